@@ -1,0 +1,45 @@
+# What every target of the library is built with, and the helpers that make them.
+
+add_library(vx_build_flags INTERFACE)
+target_compile_features(vx_build_flags INTERFACE cxx_std_20)
+target_compile_options(vx_build_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+  $<$<BOOL:${VXUTIL_WARNINGS_AS_ERRORS}>:-Werror>)
+if(VXUTIL_SANITIZE)
+  target_compile_options(vx_build_flags INTERFACE
+    -fsanitize=${VXUTIL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(vx_build_flags INTERFACE -fsanitize=${VXUTIL_SANITIZE})
+endif()
+
+# vx_room(NAME SOURCE...): one subsystem as the object library vx_NAME.
+function(vx_room name)
+  add_library(vx_${name} OBJECT ${ARGN})
+  target_link_libraries(vx_${name} PRIVATE vx_build_flags)
+  target_include_directories(vx_${name} PRIVATE
+    ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+  set_target_properties(vx_${name} PROPERTIES
+    POSITION_INDEPENDENT_CODE ON
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+endfunction()
+
+# vx_library(TARGET): what both shared libraries have in common.
+function(vx_library target)
+  set_target_properties(${target} PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    LINKER_LANGUAGE CXX
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    INSTALL_RPATH "$ORIGIN")
+  target_include_directories(${target} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_link_options(${target} PRIVATE -Wl,--as-needed)
+  if(NOT VXUTIL_SANITIZE)
+    # A sanitizer's runtime is found in the program, not linked to the library.
+    target_link_options(${target} PRIVATE -Wl,-z,defs)
+  endif()
+endfunction()

@@ -1,0 +1,25 @@
+# The installed product: two libraries, the public headers, a CMake package and
+# a pkg-config file.
+
+include(CMakePackageConfigHelpers)
+
+set_target_properties(vxframework PROPERTIES EXPORT_NAME framework)
+install(TARGETS vxutil vxframework
+  EXPORT vxutil-targets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  FILES_MATCHING PATTERN "*.h")
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vxutil)
+install(EXPORT vxutil-targets NAMESPACE vxutil:: DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/vxutil-config-version.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES
+  ${PROJECT_SOURCE_DIR}/cmake/vxutil-config.cmake
+  ${PROJECT_BINARY_DIR}/vxutil-config-version.cmake
+  DESTINATION ${package_dir})
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/vxutil.pc.in ${PROJECT_BINARY_DIR}/vxutil.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/vxutil.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

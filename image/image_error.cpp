@@ -1,0 +1,26 @@
+#include <vxframework.h>
+#include <vximage.h>
+
+#include <cstdarg>
+
+namespace {
+
+VxImageErrorHandler errorHandler;
+
+}  // namespace
+
+void vxImageError(int id, ...) {
+    va_list arguments;
+    va_start(arguments, id);
+    const char *text = vxMessageFormat(arguments, "vxmsg", id);
+    va_end(arguments);
+    if (errorHandler != nullptr) {
+        errorHandler(const_cast<char *>(text));
+    } else {
+        vxMessageReport(text, 6, 0);
+    }
+}
+
+void vxImageSetErrorHandler(VxImageErrorHandler handler) {
+    errorHandler = handler;
+}

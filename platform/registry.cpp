@@ -1,0 +1,270 @@
+#include "platform/registry.h"
+
+#include "platform/environment.h"
+#include "platform/registry_file.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <fcntl.h>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+class Descriptor {
+public:
+    explicit Descriptor(int file = -1) : file_(file) {}
+    ~Descriptor() { close(); }
+    Descriptor(Descriptor &&other) noexcept : file_(std::exchange(other.file_, -1)) {}
+    Descriptor &operator=(Descriptor &&other) noexcept {
+        close();
+        file_ = std::exchange(other.file_, -1);
+        return *this;
+    }
+    int get() const { return file_; }
+    bool isOpen() const { return file_ >= 0; }
+    bool close() { return file_ < 0 || ::close(std::exchange(file_, -1)) == 0; }
+
+private:
+    int file_;
+};
+
+const char *nonEmpty(const char *name) {
+    const char *value = getenv(name);
+    return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+std::optional<std::string> folderOf(RootKey root) {
+    if (const char *folder = nonEmpty("VX_REGISTRY_DIR")) return folder;
+    if (root == HKEY_LOCAL_MACHINE) return "/etc/vxutil";
+    if (const char *folder = nonEmpty("XDG_CONFIG_HOME")) return std::string(folder) + "/vxutil";
+    if (const char *home = nonEmpty("HOME")) return std::string(home) + "/.config/vxutil";
+    return std::nullopt;
+}
+
+std::string keyPath(RootKey root, const char *path) {
+    return std::string(root == HKEY_CURRENT_USER ? "HKEY_CURRENT_USER\\" : "HKEY_LOCAL_MACHINE\\") +
+           path;
+}
+
+bool makeFolders(const std::string &folder) {
+    for (std::size_t end = folder.find('/', 1);; end = folder.find('/', end + 1)) {
+        const std::string part = folder.substr(0, end);
+        if (::mkdir(part.c_str(), 0777) != 0 && errno != EEXIST) return false;
+        if (end == std::string::npos) return true;
+    }
+}
+
+// The whole of a regular file: 0, ERROR_FILE_NOT_FOUND when there is none, or another failure.
+int readFile(const std::string &path, std::string &text) {
+    // Opening must not wait, should somebody have put a pipe there.
+    Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file.isOpen()) return errno == ENOENT ? ERROR_FILE_NOT_FOUND : ERROR_ACCESS_DENIED;
+    struct stat status;
+    if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return ERROR_ACCESS_DENIED;
+    text.resize(static_cast<std::size_t>(status.st_size));
+    std::size_t length = 0;
+    while (length < text.size()) {
+        const ssize_t got = ::read(file.get(), text.data() + length, text.size() - length);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return ERROR_ACCESS_DENIED;
+        length += static_cast<std::size_t>(got);
+    }
+    return ERROR_SUCCESS;
+}
+
+bool writeAll(int file, const std::string &text) {
+    std::size_t length = 0;
+    while (length < text.size()) {
+        const ssize_t put = ::write(file, text.data() + length, text.size() - length);
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) return false;
+        length += static_cast<std::size_t>(put);
+    }
+    return true;
+}
+
+// People keep settings elsewhere and link to them; the link is to stay one.
+std::string behindLinks(const std::string &path) {
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
+                                                           std::free);
+    return real != nullptr ? std::string(real.get()) : path;
+}
+
+// Gives a file a second name. A file of that name is kept under the first free number.
+bool linkAside(const std::string &path, const std::string &aside) {
+    if (::link(path.c_str(), aside.c_str()) == 0) return true;
+    for (int number = 1; errno == EEXIST; ++number) {
+        const std::string numbered = aside + "." + std::to_string(number);
+        if (::link(aside.c_str(), numbered.c_str()) == 0) {
+            return ::unlink(aside.c_str()) == 0 && ::link(path.c_str(), aside.c_str()) == 0;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+class OpenKey {
+public:
+    OpenKey(RootKey root, const char *path, bool writing)
+        : path_(keyPath(root, path)), writing_(writing) {
+        if (const std::optional<std::string> folder = folderOf(root)) {
+            folder_ = *folder;
+            file_ = folder_ + (root == HKEY_CURRENT_USER ? "/user.reg" : "/machine.reg");
+        }
+    }
+
+    // Reads the file, under the lock of its root when the key is for writing.
+    int load(bool create) {
+        if (file_.empty()) return ERROR_FILE_NOT_FOUND;
+        if (create && !makeFolders(folder_)) return ERROR_ACCESS_DENIED;
+        if (writing_ && !lock()) return ERROR_ACCESS_DENIED;
+        const int failure = readFile(file_, original_);
+        if (failure != ERROR_SUCCESS && failure != ERROR_FILE_NOT_FOUND) return failure;
+        exists_ = failure == ERROR_SUCCESS;
+        if (exists_ && writing_ && ::access(file_.c_str(), W_OK) != 0) return ERROR_ACCESS_DENIED;
+        damaged_ = exists_ && !content_.parse(original_);
+        if (create) content_.addKey(path_);
+        return content_.hasKey(path_) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+    }
+
+    const RegistryValue *valueAt(unsigned index) const { return content_.valueAt(path_, index); }
+    bool removeValue(const char *name) { return content_.removeValue(path_, name); }
+    void setValue(RegistryValue value) { content_.setValue(path_, std::move(value)); }
+    bool isForWriting() const { return writing_; }
+
+    int save() {
+        if (!writing_) return ERROR_SUCCESS;
+        const std::string text = content_.text();
+        if (exists_ && text == original_) return ERROR_SUCCESS;
+        const std::string target = behindLinks(file_);
+        const std::string fresh = target + ".new";
+        if (writeFresh(fresh, text) && (!damaged_ || linkAside(target, target + ".damaged")) &&
+            ::rename(fresh.c_str(), target.c_str()) == 0) {
+            return ERROR_SUCCESS;
+        }
+        ::unlink(fresh.c_str());
+        return ERROR_WRITE_FAULT;
+    }
+
+private:
+    // The file itself is replaced by each save, so a file beside it carries the lock.
+    bool lock() {
+        lock_ = Descriptor(::open((file_ + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+        if (!lock_.isOpen()) return false;
+        int result = ::flock(lock_.get(), LOCK_EX);
+        while (result != 0 && errno == EINTR)
+            result = ::flock(lock_.get(), LOCK_EX);
+        return result == 0;
+    }
+
+    bool writeFresh(const std::string &fresh, const std::string &text) const {
+        Descriptor file(
+            ::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666));
+        if (!file.isOpen()) return false;
+        struct stat status;
+        if (exists_ && (::stat(file_.c_str(), &status) != 0 ||
+                        ::fchmod(file.get(), status.st_mode & 07777) != 0)) {
+            return false;
+        }
+        return writeAll(file.get(), text) && ::fsync(file.get()) == 0 && file.close();
+    }
+
+    std::string path_;
+    std::string folder_;
+    std::string file_;
+    bool writing_;
+    bool exists_ = false;
+    bool damaged_ = false;
+    Descriptor lock_;
+    std::string original_;
+    RegistryFile content_;
+};
+
+namespace {
+
+// Nothing is thrown past this layer: running out of memory is a failure like any other.
+template <typename Work>
+int guarded(Work work) {
+    try {
+        return work();
+    } catch (const std::bad_alloc &) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    } catch (const std::exception &) {
+        return ERROR_INVALID_PARAMETER;
+    }
+}
+
+int openKey(RootKey root, const char *path, bool writing, bool create, HKEY *key) {
+    return guarded([&] {
+        auto opened = std::make_unique<OpenKey>(root, path, writing);
+        const int failure = opened->load(create);
+        if (failure == ERROR_SUCCESS) *key = opened.release();
+        return failure;
+    });
+}
+
+bool isWritable(const char *name) {
+    for (; *name != '\0'; ++name) {
+        if (static_cast<unsigned char>(*name) < 0x20) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int RegOpenKeyExA(RootKey root, const char *path, unsigned access, HKEY *key) {
+    const bool writing = (access & KEY_WRITE & ~KEY_READ) != 0;
+    return openKey(root, path, writing, false, key);
+}
+
+int RegCreateKeyExA(RootKey root, const char *path, [[maybe_unused]] unsigned access, HKEY *key) {
+    if (!isWritable(path)) return ERROR_INVALID_PARAMETER;
+    return openKey(root, path, true, true, key);
+}
+
+int RegEnumValueA(HKEY key, unsigned index, char *name, unsigned *nameSize, unsigned *type,
+                  unsigned char *data, unsigned *dataSize) {
+    const RegistryValue *value = key->valueAt(index);
+    if (value == nullptr) return ERROR_NO_MORE_ITEMS;
+    if (value->name.size() >= *nameSize || value->data.size() > *dataSize) return ERROR_MORE_DATA;
+    std::memcpy(name, value->name.c_str(), value->name.size() + 1);
+    std::memcpy(data, value->data.data(), value->data.size());
+    *nameSize = static_cast<unsigned>(value->name.size());
+    *dataSize = static_cast<unsigned>(value->data.size());
+    *type = value->type;
+    return ERROR_SUCCESS;
+}
+
+int RegDeleteValueA(HKEY key, const char *name) {
+    if (!key->isForWriting()) return ERROR_ACCESS_DENIED;
+    return guarded([&] { return key->removeValue(name) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND; });
+}
+
+int RegSetValueExA(HKEY key, const char *name, unsigned type, const unsigned char *data,
+                   unsigned size) {
+    if (!key->isForWriting()) return ERROR_ACCESS_DENIED;
+    if (!isWritable(name)) return ERROR_INVALID_PARAMETER;
+    return guarded([&] {
+        key->setValue({name, type, std::string(reinterpret_cast<const char *>(data), size)});
+        return ERROR_SUCCESS;
+    });
+}
+
+int RegCloseKey(HKEY key) {
+    const std::unique_ptr<OpenKey> closing(key);
+    return guarded([&] { return closing->save(); });
+}
+
+}  // namespace platform

@@ -1,0 +1,81 @@
+// The multibyte services, in a single-byte page and in page 932, where a trail byte may be a
+// backslash.
+
+#include "platform/codepage.h"
+
+#include <clocale>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+using platform::__mb_cur_max;
+using platform::_mbschr;
+using platform::_mbscmp;
+using platform::_mbsnbcpy;
+using platform::_mbstok;
+using platform::currentCodePage;
+
+class InPage932 : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_NE(std::setlocale(LC_CTYPE, "ja_JP.SJIS"), nullptr); }
+    void TearDown() override { std::setlocale(LC_CTYPE, "C"); }
+};
+
+// The character whose two bytes are 83 5C.
+#define SO "\x83\\"
+
+TEST(CodePage, IsSingleByteInOtherLocales) {
+    for (const char *name : {"C", "C.UTF-8"}) {
+        ASSERT_NE(std::setlocale(LC_CTYPE, name), nullptr);
+        EXPECT_EQ(currentCodePage().number(), 0);
+        EXPECT_EQ(platform::mblen(SO, __mb_cur_max), 1);
+        EXPECT_STREQ(_mbschr(SO "x", '\\'), "\\x");
+    }
+    std::setlocale(LC_CTYPE, "C");
+}
+
+TEST_F(InPage932, CharactersHaveOneOrTwoBytes) {
+    EXPECT_EQ(currentCodePage().number(), 932);
+    EXPECT_EQ(platform::mblen("a", __mb_cur_max), 1);
+    EXPECT_EQ(platform::mblen("", __mb_cur_max), 0);
+    EXPECT_EQ(platform::mblen(SO, __mb_cur_max), 2);
+    EXPECT_EQ(platform::mblen(SO, 1), -1);
+    EXPECT_EQ(platform::mblen("\x83", __mb_cur_max), -1);   // the terminator is no trail byte
+    EXPECT_EQ(platform::mblen("\x83/", __mb_cur_max), -1);  // nor is a slash
+    EXPECT_EQ(platform::mblen("\xB1", __mb_cur_max), 1);    // a single-byte letter
+}
+
+TEST_F(InPage932, SearchesNeverMatchHalfACharacter) {
+    EXPECT_STREQ(_mbschr(SO "\\x", '\\'), "\\x");
+    EXPECT_EQ(_mbschr(SO, '\\'), nullptr);
+    EXPECT_STREQ(_mbschr("a" SO, '\0'), "");
+}
+
+TEST_F(InPage932, ComparesByCharacterCode) {
+    EXPECT_EQ(_mbscmp(SO "a", SO "a"), 0);
+    EXPECT_LT(_mbscmp("\xB1", SO), 0);  // code B1 against 835C, though byte B1 is above byte 83
+    EXPECT_LT(_mbscmp(SO, SO "a"), 0);
+    EXPECT_GT(_mbscmp("b", "a" SO), 0);
+}
+
+TEST_F(InPage932, CopiesWholeCharactersAndFillsUp) {
+    char buffer[8];
+    std::memset(buffer, '#', sizeof buffer);
+    _mbsnbcpy(buffer, "ab" SO "c", 3);
+    EXPECT_EQ(std::string(buffer, 4), std::string("ab\0#", 4));
+    _mbsnbcpy(buffer, "ab" SO "c", 4);
+    EXPECT_EQ(std::string(buffer, 5), "ab" SO "#");
+}
+
+TEST_F(InPage932, SplitsAtSeparators) {
+    char text[] = ";;a" SO ";;b;";
+    char *rest = nullptr;
+    EXPECT_STREQ(_mbstok(text, ';', &rest), "a" SO);
+    EXPECT_STREQ(_mbstok(nullptr, ';', &rest), "b");
+    EXPECT_EQ(_mbstok(nullptr, ';', &rest), nullptr);
+    EXPECT_EQ(_mbstok(nullptr, ';', &rest), nullptr);
+}
+
+}  // namespace
