@@ -141,11 +141,20 @@ public:
 
     const RegistryValue *valueAt(unsigned index) const { return content_.valueAt(path_, index); }
     bool removeValue(const char *name) { return content_.removeValue(path_, name); }
-    void setValue(RegistryValue value) { content_.setValue(path_, std::move(value)); }
+    int setValue(const char *name, unsigned type, const unsigned char *data, unsigned size) {
+        const bool wholeBefore = std::exchange(whole_, false);  // until it is done
+        content_.setValue(path_,
+                          {name, type, std::string(reinterpret_cast<const char *>(data), size)});
+        whole_ = wholeBefore;
+        return ERROR_SUCCESS;
+    }
     bool isForWriting() const { return writing_; }
 
     int save() {
         if (!writing_) return ERROR_SUCCESS;
+        // Changes go in all together or not at all: a value that there was no memory for would be
+        // lost with the old ones gone.
+        if (!whole_) return ERROR_NOT_ENOUGH_MEMORY;
         const std::string text = content_.text();
         if (exists_ && text == original_) return ERROR_SUCCESS;
         const std::string target = behindLinks(file_);
@@ -187,6 +196,7 @@ private:
     bool writing_;
     bool exists_ = false;
     bool damaged_ = false;
+    bool whole_ = true;
     Descriptor lock_;
     std::string original_;
     RegistryFile content_;
@@ -256,10 +266,7 @@ int RegSetValueExA(HKEY key, const char *name, unsigned type, const unsigned cha
                    unsigned size) {
     if (!key->isForWriting()) return ERROR_ACCESS_DENIED;
     if (!isWritable(name)) return ERROR_INVALID_PARAMETER;
-    return guarded([&] {
-        key->setValue({name, type, std::string(reinterpret_cast<const char *>(data), size)});
-        return ERROR_SUCCESS;
-    });
+    return guarded([&] { return key->setValue(name, type, data, size); });
 }
 
 int RegCloseKey(HKEY key) {
