@@ -133,7 +133,6 @@ public:
         const int failure = readFile(file_, original_);
         if (failure != ERROR_SUCCESS && failure != ERROR_FILE_NOT_FOUND) return failure;
         exists_ = failure == ERROR_SUCCESS;
-        if (exists_ && writing_ && ::access(file_.c_str(), W_OK) != 0) return ERROR_ACCESS_DENIED;
         damaged_ = exists_ && !content_.parse(original_);
         if (create) content_.addKey(path_);
         return content_.hasKey(path_) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
@@ -157,6 +156,8 @@ public:
         if (!whole_) return ERROR_NOT_ENOUGH_MEMORY;
         const std::string text = content_.text();
         if (exists_ && text == original_) return ERROR_SUCCESS;
+        // The folder would let a file be replaced that its owner has made read-only.
+        if (exists_ && ::access(file_.c_str(), W_OK) != 0) return ERROR_ACCESS_DENIED;
         const std::string target = behindLinks(file_);
         const std::string fresh = target + ".new";
         if (writeFresh(fresh, text) && (!damaged_ || linkAside(target, target + ".damaged")) &&
