@@ -261,8 +261,6 @@ TEST_F(Faults, FindingTakesOneStatusADirectoryAndOneBlock) {
 
 class SettingsFaults : public Faults {
 protected:
-    static constexpr char kKey[] = "Software\\Meridane\\Vandermire\\Texture Paths";
-
     std::string read(const char *name) const {
         std::ifstream in(folder_ / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(in), {}};
