@@ -56,31 +56,43 @@ static bool writeCopy(const std::string &name, const VxImage *original, Elements
     return vxImageClose(copy) == 0 && whole;
 }
 
+static bool fileHolds(const std::string &name, const Elements &elements) {
+    VxImage *image = vxImageOpen(name.c_str(), "r");
+    if (image == nullptr) return false;
+    const bool agree = readAll(image) == elements;
+    vxImageClose(image);
+    return agree;
+}
+
+// Reads an image found at `path`, and keeps a copy of it in the current directory.
+static bool readAndCopy(const char *path) {
+    VxImage *image = vxImageOpen(path, "r");
+    if (image == nullptr) return false;
+    const Elements elements = readAll(image);
+    bool agree = false;
+    if (elements.size() == std::size_t{image->xSize} * image->ySize * image->zSize) {
+        describe(path, image, elements);
+        const std::string place(path);
+        const std::string copy = "copy_of_" + place.substr(place.rfind('/') + 1);
+        agree = writeCopy(copy, image, elements) && fileHolds(copy, elements);
+        std::printf("  written to %s and read again: %s\n", copy.c_str(),
+                    agree ? "all elements agree" : "NOT the same");
+    }
+    vxImageClose(image);
+    return agree;
+}
+
 static bool takeTheRoad(const char *name) {
     std::printf("%s\n", name);
     VxSearchPath *list = vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_MERGED);
     char *path = vxSearchPathResolve(list, name, nullptr, 0);
-    VxImage *image = path != nullptr ? vxImageOpen(path, "r") : nullptr;
-    bool agree = false;
-    const Elements elements = image != nullptr ? readAll(image) : Elements();
-    if (!elements.empty()) {
-        describe(path, image, elements);
-        const std::string copyName =
-            "copy_of_" + std::string(name).substr(std::string(name).rfind('/') + 1);
-        if (elements.size() == std::size_t{image->xSize} * image->ySize * image->zSize &&
-            writeCopy(copyName, image, elements)) {
-            VxImage *copy = vxImageOpen(copyName.c_str(), "r");
-            agree = copy != nullptr && readAll(copy) == elements;
-            if (copy != nullptr) vxImageClose(copy);
-        }
-        std::printf("  written to %s and read again: %s\n", copyName.c_str(),
-                    agree ? "all elements agree" : "NOT the same");
-    } else {
-        std::printf("  %s\n", path == nullptr ? "not found" : "no image");
+    if (path == nullptr) {
+        std::printf("  not found\n");
+        return false;
     }
-    if (image != nullptr) vxImageClose(image);
+    const bool good = readAndCopy(path);
     std::free(path);
-    return agree;
+    return good;
 }
 
 int main(int count, char **arguments) {
