@@ -135,7 +135,8 @@ Row randomRow(std::mt19937 &random, std::size_t width) {
 
 TEST_F(Image, GivesBackWhatWasPut) {
     std::mt19937 random(1);
-    for (const unsigned width : {0U, 1U, 2U, 3U, 5U, 63U, 64U, 127U, 128U, 253U, 1000U, 16383U}) {
+    for (const unsigned width : {0U, 1U, 2U, 3U, 4U, 5U, 63U, 64U, 125U, 126U, 127U, 128U, 252U,
+                                 253U, 254U, 255U, 16383U}) {
         for (const unsigned type : {0x001U, 0x002U, 0x101U, 0x102U}) {
             for (const bool published : {false, true}) {
                 for (const auto &[y, z] : {std::pair{1U, 1U}, {5U, 1U}, {3U, 4U}}) {
@@ -390,6 +391,7 @@ TEST_F(Image, RowsBehindTheLimits) {
 
 // What becomes of a stored row, given as its elements, in an image of 6 elements a row.
 TEST_F(Image, DamagedRows) {
+    constexpr int kPastTheEnd = 1 << 30, kOneByteMore = kPastTheEnd + 1;
     struct Case {
         std::vector<unsigned> stored;
         int size;  // in bytes; 0: that of the stored elements
@@ -415,14 +417,18 @@ TEST_F(Image, DamagedRows) {
         {{0x83, 1, 2, 3, 3, 9, 0}, -1, "", {}},       // never written
         {{0x83, 1, 2, 3, 3, 9, 0}, 0x1FFFF, "", {}},  // counts as that
         {{0x83, 1, 2, 3, 3, 9, 0}, 29, "20380", {}},  // longer than any encoding of 6 elements
-        {{0x83, 1, 2, 3, 3, 9, 0}, 12, "20380", {}},  // past the end of the file
+        {{0x83, 1, 2, 3, 3, 9, 0}, kPastTheEnd, "20380", {}},
+        {{0x83, 1, 2, 3, 3, 9, 0},
+         kOneByteMore,
+         "",
+         good},  // half an element, when it has two bytes
     };
     for (const unsigned elementBytes : {1U, 2U}) {
         for (const Case &test : cases) {
             Bytes file = header(0x100 + elementBytes, 2, 6, 1, 1);
             const std::size_t stored = test.stored.size() * elementBytes;
             int size = test.size != 0 ? test.size : static_cast<int>(stored);
-            if (test.size == 12) size = static_cast<int>(stored) + 1;
+            if (test.size >= kPastTheEnd) size = static_cast<int>(stored) + 1;
             for (const auto word : {520U, static_cast<unsigned>(size)}) {
                 for (unsigned shift = 0; shift < 32; shift += 8) {
                     file.push_back(static_cast<std::uint8_t>(word >> shift));
@@ -433,6 +439,7 @@ TEST_F(Image, DamagedRows) {
                 // The high byte of a head means nothing; of values it is zero here.
                 if (elementBytes == 2) file.push_back(element == 0x83 ? 0x55 : 0);
             }
+            if (test.size == kOneByteMore) file.push_back(0xFF);
             write(file);
             VxImage *image = open();
             ASSERT_NE(image, nullptr);
