@@ -20,6 +20,8 @@ install(FILES
   ${PROJECT_BINARY_DIR}/vxutil-config-version.cmake
   DESTINATION ${package_dir})
 
+file(RELATIVE_PATH vx_pkgconfig_to_include
+  ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/vxutil.pc.in ${PROJECT_BINARY_DIR}/vxutil.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vxutil.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -42,8 +42,19 @@ bool writeHeader(int file, const VxImage *image, bool swapped) {
 
 // ---- Opening
 
-std::uint16_t nextArgument(va_list arguments) {
-    return static_cast<std::uint16_t>(va_arg(arguments, unsigned));
+struct Creation {
+    std::uint16_t type, x, y, z;
+};
+
+// All of them in one function: a va_list that was handed on is spent.
+Creation takeArguments(va_list arguments) {
+    const auto next = [&] { return static_cast<std::uint16_t>(va_arg(arguments, unsigned)); };
+    Creation creation = {next(), 0, 1, 1};
+    const unsigned dimension = next();
+    creation.x = next();
+    if (dimension > 1) creation.y = next();
+    if (dimension > 2) creation.z = next();
+    return creation;
 }
 
 bool create(VxImage *image, const char *name, va_list arguments) {
@@ -54,12 +65,12 @@ bool create(VxImage *image, const char *name, va_list arguments) {
         vxImageError(20363, name);
         return false;
     }
+    const Creation creation = takeArguments(arguments);
     image->magic = VX_IMAGE_MAGIC;
-    image->type = nextArgument(arguments);
-    const unsigned asked = nextArgument(arguments);
-    image->xSize = nextArgument(arguments);
-    image->ySize = asked > 1 ? nextArgument(arguments) : 1;
-    image->zSize = asked > 2 ? nextArgument(arguments) : 1;
+    image->type = creation.type;
+    image->xSize = creation.x;
+    image->ySize = creation.y;
+    image->zSize = creation.z;
     image->dimension = 1;
     if (image->ySize != 1) image->dimension = 2;
     if (image->zSize != 1) image->dimension = 3;
@@ -79,6 +90,7 @@ bool readHeader(VxImage *image, const char *name) {
         return false;
     }
     std::memcpy(image, block, kHeaderBytes);
+    image->name[sizeof image->name - 1] = '\0';
     constexpr std::uint16_t kSwappedMagic = (VX_IMAGE_MAGIC & 0xFF) << 8 | VX_IMAGE_MAGIC >> 8;
     if (image->magic == kSwappedMagic) {
         image->byteSwap = 1;

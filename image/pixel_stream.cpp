@@ -20,15 +20,18 @@ bool allocateRow(VxImage *image, int message) {
     return false;
 }
 
-// Moves to the next row; at the end of the image flags that and stays in the last plane.
+// Moves to the next row; at the end of the image flags that and stays in the last plane. What the
+// dimension does not count is one, whatever a file says of its size.
 bool advance(VxImage *image) {
+    const int rows = image->dimension < 2 ? 1 : image->ySize;
+    const int planes = image->dimension < 3 ? 1 : image->zSize;
     image->y = static_cast<std::int16_t>(image->y + 1);
-    if (image->y != image->ySize) return true;
+    if (image->y != rows) return true;
     image->y = 0;
     image->z = static_cast<std::int16_t>(image->z + 1);
-    if (image->z != image->zSize) return true;
+    if (image->z != planes) return true;
     image->flags |= VX_IMAGE_EOF;
-    image->z = static_cast<std::int16_t>(image->zSize - 1);
+    image->z = static_cast<std::int16_t>(planes - 1);
     return false;
 }
 
@@ -72,7 +75,8 @@ std::int32_t vxImageDrainPixels(VxImage *image, std::int32_t value) {
         held = image->nextPixel - image->pixelBuffer;
         written = vxImagePutRow(image, image->pixelBuffer, image->y, image->z);
         if (!advance(image)) {
-            // The last row is written. Nothing is pending now, and no further value has a place.
+            // That was the last row. Nothing is pending now, and no further value has a place.
+            if (written != held) image->flags |= VX_IMAGE_ERROR;
             image->nextPixel = image->pixelBuffer;
             image->x = kEnded;
             return fail(image);

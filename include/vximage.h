@@ -73,7 +73,7 @@ enum {
 /*
  * The handle of an open image. Callers read its fields, and work pixelsLeft and nextPixel of
  * the pixel stream; the rest is the library's. The fields up to `colormap` are the header of
- * the file. Sizes and `type` come from the file unchecked when it is read.
+ * the file, unchecked when it is read but for the magic and the end of the name.
  */
 typedef struct VxImage {
     uint16_t magic;      /* 474 */
@@ -245,8 +245,9 @@ VX_API int vxImageFillPixels(VxImage *image);
  * The last row stays in memory until a flush or the close.
  *
  * A value behind the last element of the image is not stored: the last row is written, VX_IMAGE_EOF
- * is set, the result is -1, and it is -1 for every further call until a seek or a row call moves
- * the stream. No row is written then that the image has no place for.
+ * is set (and VX_IMAGE_ERROR when that row failed), the result is -1, and it is -1 for every
+ * further call until a seek or a row call moves the stream. No row is written then that the image
+ * has no place for.
  */
 VX_API int32_t vxImageDrainPixels(VxImage *image, int32_t value);
 

@@ -157,7 +157,11 @@ VX_API void vxSearchPathSwap(VxSearchPath *list, uint32_t one, uint32_t other);
  * %NAME% is replaced by that environment variable, values are ordered by the number in their
  * names, texts that occur twice are taken once, and what is no text is passed over. At most
  * 128 values are read; a name of more than 15 bytes, or a text of more than 259 bytes, ends the
- * reading. Unloading replaces all values of the four keys, of whatever type, by the lists.
+ * reading. Unloading replaces all values of the four keys, of whatever type, by the lists; one
+ * that could not be read at load is read again first, and what was added goes in front of it.
+ *
+ * Lists are read in the code page that the process has when the library is loaded, which for a
+ * program that is linked to it is before the program can call setlocale.
  */
 enum {
     VX_CATEGORY_TEXTURES = 1,

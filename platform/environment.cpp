@@ -10,7 +10,8 @@ namespace {
 
 // As getenv, for a name without a terminator: looking it up must not allocate.
 const char *valueOf(std::string_view name) {
-    if (name.empty() || environ == nullptr) return nullptr;
+    if (name.empty() || name.find('=') != std::string_view::npos || environ == nullptr)
+        return nullptr;
     for (char **entry = environ; *entry != nullptr; ++entry) {
         if (std::strncmp(*entry, name.data(), name.size()) == 0 && (*entry)[name.size()] == '=') {
             return *entry + name.size() + 1;

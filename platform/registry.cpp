@@ -94,20 +94,38 @@ bool writeAll(int file, const std::string &text) {
     return true;
 }
 
-// People keep settings elsewhere and link to them; the link is to stay one.
+// People keep settings elsewhere and link to them; the link is to stay one, also while there is no
+// file behind it yet.
 std::string behindLinks(const std::string &path) {
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
                                                            std::free);
-    return real != nullptr ? std::string(real.get()) : path;
+    if (real != nullptr) return real.get();
+    char target[4096];
+    const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
+    if (length <= 0 || length == sizeof target) return path;
+    const std::string_view text(target, static_cast<std::size_t>(length));
+    return text.front() == '/' ? std::string(text)
+                               : path.substr(0, path.rfind('/') + 1).append(text);
 }
 
-// Gives a file a second name. A file of that name is kept under the first free number.
-bool linkAside(const std::string &path, const std::string &aside) {
-    if (::link(path.c_str(), aside.c_str()) == 0) return true;
+// Gives a file a further name; false with EEXIST when there is a file of that name. Where a file
+// system has no such names, the file moves there.
+bool keepAs(const std::string &path, const std::string &name) {
+    if (::link(path.c_str(), name.c_str()) == 0) return true;
+    if (errno == EEXIST || ::access(name.c_str(), F_OK) == 0) {
+        errno = EEXIST;
+        return false;
+    }
+    return ::rename(path.c_str(), name.c_str()) == 0;
+}
+
+// Keeps a file under another name. A file of that name is kept under the first free number.
+bool setAside(const std::string &path, const std::string &aside) {
+    if (keepAs(path, aside)) return true;
     for (int number = 1; errno == EEXIST; ++number) {
-        const std::string numbered = aside + "." + std::to_string(number);
-        if (::link(aside.c_str(), numbered.c_str()) == 0) {
-            return ::unlink(aside.c_str()) == 0 && ::link(path.c_str(), aside.c_str()) == 0;
+        if (keepAs(aside, aside + "." + std::to_string(number))) {
+            ::unlink(aside.c_str());
+            return keepAs(path, aside);
         }
     }
     return false;
@@ -160,7 +178,7 @@ public:
         if (exists_ && ::access(file_.c_str(), W_OK) != 0) return ERROR_ACCESS_DENIED;
         const std::string target = behindLinks(file_);
         const std::string fresh = target + ".new";
-        if (writeFresh(fresh, text) && (!damaged_ || linkAside(target, target + ".damaged")) &&
+        if (writeFresh(fresh, text) && (!damaged_ || setAside(target, target + ".damaged")) &&
             ::rename(fresh.c_str(), target.c_str()) == 0) {
             return ERROR_SUCCESS;
         }
@@ -179,14 +197,17 @@ private:
         return result == 0;
     }
 
+    // A file that a killed process left behind goes first: whatever it is, it is not written into.
     bool writeFresh(const std::string &fresh, const std::string &text) const {
-        Descriptor file(
-            ::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666));
+        ::unlink(fresh.c_str());
+        Descriptor file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
         if (!file.isOpen()) return false;
         struct stat status;
-        if (exists_ && (::stat(file_.c_str(), &status) != 0 ||
-                        ::fchmod(file.get(), status.st_mode & 07777) != 0)) {
-            return false;
+        if (exists_) {
+            if (::stat(file_.c_str(), &status) != 0) return false;
+            // Root alone can give a file away; elsewhere the owner is the same already.
+            [[maybe_unused]] const int given = ::fchown(file.get(), status.st_uid, status.st_gid);
+            if (::fchmod(file.get(), status.st_mode & 07777) != 0) return false;
         }
         return writeAll(file.get(), text) && ::fsync(file.get()) == 0 && file.close();
     }

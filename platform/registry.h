@@ -1,8 +1,8 @@
 // The registry: named values under keys, kept in one text file for each root.
 //
-//     root                 file          folder with VX_REGISTRY_DIR set   otherwise
-//     HKEY_CURRENT_USER    user.reg      that folder     $XDG_CONFIG_HOME/vxutil or
-//     $HOME/.config/vxutil HKEY_LOCAL_MACHINE   machine.reg   that folder     /etc/vxutil
+//   - HKEY_CURRENT_USER is user.reg in $XDG_CONFIG_HOME/vxutil, or in $HOME/.config/vxutil;
+//   - HKEY_LOCAL_MACHINE is machine.reg in /etc/vxutil;
+//   - with VX_REGISTRY_DIR set, both lie in that folder.
 //
 // The form of the files stands in registry_file.h. A key open for reading is a snapshot of the
 // file at that time. A key open for writing holds a lock on its root against every other opening

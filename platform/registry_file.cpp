@@ -196,8 +196,6 @@ bool RegistryFile::parse(std::string_view text) {
     std::vector<Line> lines;
     if (!parseLines(text, lines)) return false;
     lineEnd_ = lines.front().raw.ends_with("\r\n") ? "\r\n" : "\n";
-    // The last line may lack its end; what follows must not run into it.
-    if (!lines.back().raw.ends_with('\n')) lines.back().raw += lineEnd_;
     lines_ = std::move(lines);
     return true;
 }
@@ -255,8 +253,14 @@ bool RegistryFile::hasKey(std::string_view path) const {
     });
 }
 
+// The last line of a file may lack its end; what is put behind it must not run into it.
+void RegistryFile::endLastLine() {
+    if (!lines_.back().raw.ends_with('\n')) lines_.back().raw += lineEnd_;
+}
+
 void RegistryFile::addKey(std::string_view path) {
     if (hasKey(path)) return;
+    endLastLine();
     Line heading;
     heading.kind = Line::kHeading;
     heading.key = path;
@@ -309,6 +313,7 @@ void RegistryFile::setValue(std::string_view path, RegistryValue value) {
     if (place != nullptr) {
         *place = std::move(line);
     } else {
+        endLastLine();
         lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(behind), std::move(line));
     }
 }

@@ -62,6 +62,7 @@ private:
         RegistryValue value;
     };
     static bool parseLines(std::string_view text, std::vector<Line> &lines);
+    void endLastLine();
     bool isValueOf(const Line &line, std::string_view path) const;
     std::string formatted(const RegistryValue &value) const;
 

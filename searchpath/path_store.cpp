@@ -20,8 +20,8 @@ constexpr int kLevels = 4;      // 0 is the merged list
 // is first asked for, and so is a merged list.
 VxSearchPath *lists[kCategories][kLevels];
 
-// Lists that could not be read, or not whole, for another reason than that there are none. They
-// are not written back until a caller replaces them: what is stored may be good.
+// Lists that could not be read, or not whole, for another reason than that there are none: what is
+// stored may be good, and must not be written over by what little is known of it.
 bool unread[kCategories][kLevels];
 
 bool isLevelList(int category, int level) {
@@ -54,20 +54,34 @@ RegistryPlace placeOf(int category, int level) {
     return place;
 }
 
-void readRegistry(int category, int level) {
-    const RegistryPlace place = placeOf(category, level);
-    char *text = vxRegistryReadList(place.root, place.key, ';', &unread[category][level]);
-    lists[category][level] = vxSearchPathCreate(text);
-    if (text != nullptr && lists[category][level] == nullptr) unread[category][level] = true;
+// The list that a registry key holds, null without memory. `failed` tells whether there may be
+// more to it.
+VxSearchPath *storedList(const RegistryPlace &place, bool *failed) {
+    char *text = vxRegistryReadList(place.root, place.key, ';', failed);
+    VxSearchPath *list = vxSearchPathCreate(text);
+    if (text != nullptr && list == nullptr) *failed = true;
     std::free(text);
+    return list;
+}
+
+void readRegistry(int category, int level) {
+    lists[category][level] = storedList(placeOf(category, level), &unread[category][level]);
     levelList(category, level);
 }
 
+// Where the stored list could not be read before, it is read now, and what has been added in the
+// meantime goes in front of it; nothing is written when it still cannot be read.
 void writeRegistry(int category, int level) {
     const VxSearchPath *list = lists[category][level];
-    if (list == nullptr || unread[category][level]) return;
+    if (list == nullptr) return;
     const RegistryPlace place = placeOf(category, level);
-    vxRegistryWriteList(place.root, place.key, list);
+    if (!unread[category][level]) return vxRegistryWriteList(place.root, place.key, list);
+    bool failed = false;
+    VxSearchPath *stored = storedList(place, &failed);
+    if (!failed && stored != nullptr && searchPathPrepend(stored, list)) {
+        vxRegistryWriteList(place.root, place.key, stored);
+    }
+    vxSearchPathFree(stored);
 }
 
 // The three levels of a category, the environment's first; null when there is no memory for it.
@@ -116,10 +130,8 @@ VxSearchPath *vxPathStoreGet(int category, int level) {
 
 int vxPathStoreSet(int category, int level, VxSearchPath *list) {
     if (level == VX_LEVEL_MERGED) return 0;
-    if (isLevelList(category, level)) {
-        VxSearchPath *mine = levelList(category, level);
-        vxSearchPathCopy(mine, list);
-        if (list != nullptr && list != mine) unread[category][level] = false;
+    if (isLevelList(category, level) && searchPathCopy(levelList(category, level), list)) {
+        unread[category][level] = false;
     }
     if (category >= 0 && category < kCategories) drop(lists[category][VX_LEVEL_MERGED]);
     return 1;

@@ -182,16 +182,24 @@ void vxSearchPathFree(VxSearchPath *list) {
     std::free(list);
 }
 
-void vxSearchPathCopy(VxSearchPath *destination, const VxSearchPath *source) {
-    if (destination == nullptr || source == nullptr || destination == source) return;
+bool searchPathCopy(VxSearchPath *destination, const VxSearchPath *source) {
+    if (destination == nullptr || source == nullptr || destination == source) return false;
     char **entries = newEntries(source->capacity);
-    if (entries == nullptr) return;
+    if (entries == nullptr) return false;
     for (std::uint32_t i = 0; i < source->count; ++i) {
         entries[i] = copyOf(source->entries[i]);
-        if (entries[i] == nullptr) return freeEntries(entries, i);
+        if (entries[i] == nullptr) {
+            freeEntries(entries, i);
+            return false;
+        }
     }
     freeEntries(destination->entries, destination->count);
     *destination = {source->count, source->capacity, entries, source->longest};
+    return true;
+}
+
+void vxSearchPathCopy(VxSearchPath *destination, const VxSearchPath *source) {
+    searchPathCopy(destination, source);
 }
 
 int vxSearchPathCount(const VxSearchPath *list) {

@@ -8,4 +8,7 @@
 // vxSearchPathPrepend with an answer: false when there was no memory and nothing has changed.
 bool searchPathPrepend(VxSearchPath *destination, const VxSearchPath *source);
 
+// vxSearchPathCopy with an answer: false when nothing was copied.
+bool searchPathCopy(VxSearchPath *destination, const VxSearchPath *source);
+
 #endif

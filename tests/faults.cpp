@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdarg>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <new>
 #include <sys/stat.h>
@@ -24,8 +25,12 @@ struct Plan {
 
 Plan plan;
 int counts[7];
+char names[4096];  // of fixed size, since this must not allocate
 
-bool strikes(Kind kind) {
+bool strikes(Kind kind, const char *name = "") {
+    if (*name != '\0' && std::strlen(names) + std::strlen(name) + 2 < sizeof names) {
+        std::strcat(std::strcat(names, name), " ");
+    }
     for (unsigned i = 0; i < 7; ++i) {
         if (kind == 1U << i) ++counts[i];
     }
@@ -50,6 +55,10 @@ bool disarm() {
     return plan.struck;
 }
 
+const char *trace() {
+    return names;
+}
+
 int count(unsigned kinds) {
     int sum = 0;
     for (unsigned i = 0; i < 7; ++i)
@@ -58,6 +67,7 @@ int count(unsigned kinds) {
 }
 
 void resetCounts() {
+    names[0] = '\0';
     for (int &number : counts)
         number = 0;
 }
@@ -66,8 +76,8 @@ namespace {
 
 // What a struck transfer still does: nothing, or half.
 template <typename Transfer>
-ssize_t transferred(Kind kind, size_t size, Transfer transfer) {
-    if (!strikes(kind)) return transfer(size);
+ssize_t transferred(Kind kind, const char *name, size_t size, Transfer transfer) {
+    if (!strikes(kind, name)) return transfer(size);
     return plan.effect == Effect::kShort ? transfer(size / 2) : -1;
 }
 
@@ -101,34 +111,34 @@ int __wrap_open(const char *path, int flags, ...) {
     va_start(arguments, flags);
     const int mode = (flags & O_CREAT) != 0 ? va_arg(arguments, int) : 0;
     va_end(arguments);
-    return strikes(faults::kOpen) ? -1 : __real_open(path, flags, mode);
+    return strikes(faults::kOpen, "open") ? -1 : __real_open(path, flags, mode);
 }
 
 ssize_t __wrap_read(int file, void *buffer, size_t size) {
-    return faults::transferred(faults::kRead, size,
+    return faults::transferred(faults::kRead, "read", size,
                                [&](size_t some) { return __real_read(file, buffer, some); });
 }
 
 ssize_t __wrap_write(int file, const void *buffer, size_t size) {
-    return faults::transferred(faults::kWrite, size,
+    return faults::transferred(faults::kWrite, "write", size,
                                [&](size_t some) { return __real_write(file, buffer, some); });
 }
 
 off_t __wrap_lseek(int file, off_t offset, int origin) {
-    return strikes(faults::kSeek) ? -1 : __real_lseek(file, offset, origin);
+    return strikes(faults::kSeek, "lseek") ? -1 : __real_lseek(file, offset, origin);
 }
 
 // A close that fails has closed all the same.
 int __wrap_close(int file) {
-    const bool struck = strikes(faults::kOther);
+    const bool struck = strikes(faults::kOther, "close");
     const int result = __real_close(file);
     return struck ? -1 : result;
 }
 
-#define VX_WRAP(name, parameters, arguments)                           \
-    int __real_##name parameters;                                      \
-    int __wrap_##name parameters {                                     \
-        return strikes(faults::kOther) ? -1 : __real_##name arguments; \
+#define VX_WRAP(name, parameters, arguments)                                  \
+    int __real_##name parameters;                                             \
+    int __wrap_##name parameters {                                            \
+        return strikes(faults::kOther, #name) ? -1 : __real_##name arguments; \
     }
 
 VX_WRAP(stat, (const char *path, struct stat *status), (path, status))

@@ -1,7 +1,7 @@
 // Faults in the calls that the library makes: the n-th one fails, falls short or ends the process.
 //
-// A test that is linked with vx_faults and uses the library's own objects has its calls of the C
-// library go through here. Nothing strikes while no plan is armed.
+// A test that is linked with faults.cpp and the library's own objects, by a linker that wraps the
+// calls, has those of the library go through here. Nothing strikes while no plan is armed.
 
 #ifndef VX_TESTS_FAULTS_H
 #define VX_TESTS_FAULTS_H
@@ -30,8 +30,10 @@ void arm(unsigned kinds, int n, bool onward, Effect effect);
 // Ends the plan and says whether it struck.
 bool disarm();
 
-// Calls of these kinds since the last `arm` or `resetCounts`.
+// Calls of these kinds since the last `arm` or `resetCounts`, and the names of all but the
+// allocations, each with a space behind it.
 int count(unsigned kinds);
+const char *trace();
 void resetCounts();
 
 }  // namespace faults

@@ -131,6 +131,7 @@ TEST_P(ImageFaults, WritingCanBeTakenUpAgain) {
             for (int y = 0; y < kRows; ++y) {
                 Row row = rowOf(y);
                 const bool put = vxImagePutRow(image, row.data(), y, 0) == kWidth;
+                EXPECT_EQ(image->maxValue, 180U);  // also when the row failed
                 EXPECT_TRUE(put || !once || vxImagePutRow(image, row.data(), y, 0) == kWidth);
                 EXPECT_EQ(row, rowOf(y));
             }
@@ -196,7 +197,7 @@ TEST_P(ImageFaults, StreamsReportEveryFailure) {
         vxImageClose(image);
     });
     EXPECT_TRUE(everReported.contains(20358) && everReported.contains(20380));
-    strikeEach(faults::kAll, Effect::kRefuse, [&](bool) {
+    strikeEach(faults::kWrite | faults::kMemory, Effect::kRefuse, [&](bool) {
         VxImage *image = create();
         if (image == nullptr) return;
         bool good = true;
@@ -205,6 +206,10 @@ TEST_P(ImageFaults, StreamsReportEveryFailure) {
             if (good) image->nextPixel = image->pixelBuffer + kWidth;
         }
         EXPECT_FALSE(good);  // by the fault or, behind the last row, by the end
+        const std::string flags = std::to_string(image->flags);
+        EXPECT_EQ((image->flags & VX_IMAGE_ERROR) != 0,
+                  faults::disarm() && image->pixelBuffer != nullptr)
+            << flags;
         EXPECT_TRUE(image->pixelBuffer == nullptr ||
                     (image->flags & (VX_IMAGE_EOF | VX_IMAGE_ERROR)) != 0);
         faults::disarm();
@@ -214,20 +219,22 @@ TEST_P(ImageFaults, StreamsReportEveryFailure) {
 }
 
 // In file order a row costs one call of the system, and no row an allocation.
-TEST_P(ImageFaults, ReadingInFileOrderTakesOneCallARow) {
-    writeAll();
-    faults::resetCounts();
-    VxImage *image = open();
-    Row row(kWidth);
-    vxImageGetRow(image, row.data(), 0, 0);
-    const int seeks = faults::count(faults::kSeek);
-    const int blocks = faults::count(faults::kMemory);
-    for (int y = 1; y < kRows; ++y)
-        vxImageGetRow(image, row.data(), y, 0);
-    EXPECT_EQ(faults::count(faults::kSeek), seeks);
-    EXPECT_EQ(faults::count(faults::kMemory), blocks);
-    EXPECT_EQ(vxImageClose(image), 0);
-    EXPECT_LE(faults::count(faults::kFiles) - kRows, 8);
+TEST_P(ImageFaults, RowsInFileOrderTakeOneCallEach) {
+    Row row = rowOf(1);
+    for (const bool reading : {false, true}) {
+        faults::resetCounts();
+        VxImage *image = reading ? open() : create();
+        int rowCalls = 0;
+        for (int y = 0; y < kRows; ++y) {
+            const int before = faults::count(faults::kAll);
+            reading ? vxImageGetRow(image, row.data(), y, 0)
+                    : vxImagePutRow(image, row.data(), y, 0);
+            if (y != 0) rowCalls += faults::count(faults::kAll) - before;
+        }
+        EXPECT_EQ(rowCalls, kRows - 1);
+        EXPECT_EQ(vxImageClose(image), 0);
+        EXPECT_LE(faults::count(faults::kFiles) - kRows, reading ? 8 : 14);
+    }
 }
 
 // A hostile header gets no room before its tables are known to be in the file.
@@ -357,6 +364,38 @@ TEST_F(SettingsFaults, DamageIsNeverOverwritten) {
             EXPECT_TRUE(read("user.reg") == damaged || read("user.reg.damaged") == damaged);
         },
         [&] { restore(damaged); });
+}
+
+// A list that could not be read at load keeps what is stored, and what was added to it.
+TEST_F(SettingsFaults, AnUnreadListIsReadAgain) {
+    for (const bool replaced : {false, true}) {
+        restore(before_);
+        faults::arm(faults::kRead, 1, true, Effect::kRefuse);
+        pathStoreBuild();
+        faults::disarm();
+        VxSearchPath *mine = vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_USER);
+        EXPECT_EQ(mine->count, 0U);
+        VxSearchPath *other = vxSearchPathCreate("/other");
+        faults::arm(faults::kMemory, 1, !replaced, Effect::kRefuse);
+        if (replaced) faults::disarm();
+        vxPathStoreSet(VX_CATEGORY_TEXTURES, VX_LEVEL_USER, other);
+        faults::disarm();
+        vxSearchPathInsert(mine, 0, "/b");
+        pathStoreTearDown();
+        vxSearchPathFree(other);
+        const std::string text = read("user.reg");
+        EXPECT_EQ(text == after_, !replaced) << text;
+        EXPECT_EQ(text.find("\"1\"=\"/other\"") != std::string::npos, replaced) << text;
+    }
+}
+
+// What is renamed into place has reached the disk.
+TEST_F(SettingsFaults, SyncsBeforeItRenames) {
+    restore(before_);
+    faults::resetCounts();
+    live("/b");
+    EXPECT_NE(std::string(faults::trace()).find("write fsync close rename "), std::string::npos)
+        << faults::trace();
 }
 
 TEST_F(SettingsFaults, KilledAtAnyCall) {

@@ -131,6 +131,7 @@ TEST_F(Store, ReadsValuesByTheirRules) {
         {"\"a=hex\"=\"C:/x\"\n@=\"C:/y\"\n", "C:/x;C:/y"},
         {numbered(0, 60) + "\"n\"=dword:00000000\n" + numbered(60, 130), hundred28},
         {"\"0\"=\"C:/a\"\n\"1234567890123456\"=\"C:/b\"\n\"2\"=\"C:/c\"\n", "C:/a"},
+        {"\"000000000000001\"=\"/" + longText.substr(2) + "\"\n", "/" + longText.substr(2)},
         {"\"0\"=\"C:/a\"\n\"1\"=\"" + longText + "\"\n\"2\"=\"C:/c\"\n", "C:/a"},
     };
     for (const auto &[values, expected] : cases) {
@@ -162,10 +163,21 @@ TEST_F(Store, UnloadReplacesTheValuesAndNothingElse) {
             "[HKEY_CURRENT_USER\\" +
             kWebs + "]\r\n");
     // What is as it was is not written again.
+    std::string text = read("user.reg");
+    text.resize(text.size() - 2);  // nor for want of its last line end
+    write("user.reg", text);
     const fs::file_time_type longAgo = fs::file_time_type::clock::now() - std::chrono::hours(1);
     fs::last_write_time(folder_ / "user.reg", longAgo);
     { const Library library; }
     EXPECT_EQ(fs::last_write_time(folder_ / "user.reg"), longAgo);
+}
+
+TEST_F(Store, AValueTooLongEndsTheDeletionToo) {
+    writeUser("\"0\"=\"C:/a\"\n\"1234567890123456\"=\"C:/b\"\n\"2\"=\"C:/c\"\n");
+    { const Library library; }
+    EXPECT_NE(
+        read("user.reg").find("\"0\"=\"C:/a\"\n\"1234567890123456\"=\"C:/b\"\n\"2\"=\"C:/c\"\n"),
+        std::string::npos);
 }
 
 TEST_F(Store, MergedListHasTheEnvironmentFirst) {
@@ -234,6 +246,11 @@ TEST_F(Store, SettingsFollowALinkAndKeepTheirMode) {
     EXPECT_NE(read("dotfiles/mine.reg").find(kTextures), std::string::npos);
     EXPECT_EQ(fs::status(folder_ / "dotfiles/mine.reg").permissions(),
               fs::perms::owner_read | fs::perms::owner_write);
+    fs::remove(folder_ / "dotfiles/mine.reg");
+    ASSERT_EQ(::mkfifo((folder_ / "dotfiles/mine.reg.new").c_str(), 0600), 0);
+    { const Library library; }
+    EXPECT_TRUE(fs::is_symlink(folder_ / "user.reg"));
+    EXPECT_NE(read("dotfiles/mine.reg").find(kTextures), std::string::npos);
 }
 
 TEST_F(Store, HomeHasTheUsersFile) {
