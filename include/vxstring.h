@@ -43,6 +43,7 @@
 #include "vxexports.h"
 
 #include <cassert>
+#include <cstring>
 #include <string_view>
 
 class VX_API VxString {
@@ -69,15 +70,14 @@ public:
     // point of the LC_NUMERIC locale.
     VxString(double value);
 
-    VX_INLINE ~VxString() { unref(); }
+    VX_INLINE ~VxString() { leave(); }
 
     // Shares the other's body. Nothing changes if it is shared already.
     VX_INLINE VxString &operator=(VxString const &other) {
         if (rep_ != other.rep_) {
-            VxStringRep *old = rep_;
+            leave();
             rep_ = other.rep_;
             ref();
-            drop(old);
         }
         return *this;
     }
@@ -201,7 +201,6 @@ private:
 
         static VxStringRep *make(char const *text, int length, int capacity);
         static VxStringRep *empty();
-        static void free(VxStringRep *rep);
         int grownCapacity(int needed) const;
     };
 
@@ -211,19 +210,25 @@ private:
     VX_INLINE void ref() {
         if (rep_->refCount != 0) ++rep_->refCount;
     }
-    VX_INLINE void unref() { drop(rep_); }
+    void unref();
     void makeUnique();
 
-    static void drop(VxStringRep *rep) {
-        if (rep->refCount != 0 && --rep->refCount == 0) VxStringRep::free(rep);
+    // unref, without a call while there are other sharers.
+    void leave() {
+        if (rep_->refCount > 1) {
+            --rep_->refCount;
+        } else {
+            unref();
+        }
     }
     void adopt(VxStringRep *rep);
     bool separate();
     bool regrow(int needed);
     bool equals(VxString const &other) const {
-        return rep_ == other.rep_ || (rep_->length == other.rep_->length && equalBytes(other.rep_));
+        return rep_ == other.rep_ || (rep_->length == other.rep_->length &&
+                                      std::memcmp(rep_->data, other.rep_->data,
+                                                  static_cast<std::size_t>(rep_->length)) == 0);
     }
-    bool equalBytes(VxStringRep const *other) const;
 
     VxStringRep *rep_;
 

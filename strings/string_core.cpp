@@ -65,8 +65,8 @@ VxString::VxStringRep *VxString::VxStringRep::empty() {
     return &rep;
 }
 
-void VxString::VxStringRep::free(VxStringRep *rep) {
-    std::free(rep);
+void VxString::unref() {
+    if (rep_->refCount != 0 && --rep_->refCount == 0) std::free(rep_);
 }
 
 // Makes the string the only owner of its body. False without memory.

@@ -232,10 +232,6 @@ int VxString::compareC(VxString const &other) const {
     return at == n ? 0 : difference(lowered(rep_->data[at]), lowered(other.rep_->data[at]));
 }
 
-bool VxString::equalBytes(VxStringRep const *other) const {
-    return std::memcmp(rep_->data, other->data, size(rep_->length)) == 0;
-}
-
 short VxString::operator<(VxString const &other) const {
     return compare(other) < 0 ? 1 : 0;
 }
