@@ -25,12 +25,6 @@ void release(VxBuckets<List> &in) {
     in = {};
 }
 
-// REQUIRES: there are buckets.
-template <typename List>
-int indexOf(const VxBuckets<List> &in, unsigned int hash) {
-    return static_cast<int>(hash % static_cast<unsigned int>(in.numBuckets));
-}
-
 template <typename List>
 int countElements(const VxBuckets<List> &in) {
     int elements = 0;

@@ -95,7 +95,7 @@ void VxHashTable::distribute(VxHashTable const &source) {
         const VxSlotArray &stored = source.buckets_.elementBuckets[i].slots();
         for (int j = 0; j < stored.count; ++j) {
             const unsigned int hash = source.hashBuckets_[i].at(j);
-            const int target = buckets::indexOf(buckets_, hash);
+            const int target = buckets_.indexOf(hash);
             if (!hashBuckets_[target].append(hash)) {
                 empty();
                 return;
@@ -124,7 +124,7 @@ int VxHashTable::find(unsigned int hash, int bucket, void const *element) {
 
 // -1 in a table without buckets.
 int VxHashTable::bucketOf(unsigned int hash) const {
-    return buckets_.numBuckets > 0 ? buckets::indexOf(buckets_, hash) : -1;
+    return buckets_.numBuckets > 0 ? buckets_.indexOf(hash) : -1;
 }
 
 short VxHashTable::insert(void const *element) {

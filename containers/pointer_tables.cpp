@@ -13,22 +13,8 @@ int requested(int numBuckets) {
 }
 
 template <typename List>
-struct Place {
-    List *bucket;  // null in a table without buckets
-    int position;  // -1 for an element that is not there
-
-    bool found() const { return position >= 0; }
-};
-
-template <typename List>
-Place<List> find(const VxBuckets<List> &in, void const *element) {
-    if (in.numBuckets == 0) return {nullptr, -1};
-    List *bucket = in.elementBuckets + buckets::indexOf(in, VxPHashTable::hash(element));
-    const VxSlotArray &stored = bucket->slots();
-    for (int i = 0; i < stored.count; ++i) {
-        if (stored.slots[i] == element) return {bucket, i};
-    }
-    return {bucket, -1};
+typename VxBuckets<List>::Place find(const VxBuckets<List> &in, void const *element) {
+    return in.find(VxPHashTable::hash(element), element);
 }
 
 // False without memory; nothing is added then.
@@ -41,22 +27,17 @@ bool append(List &bucket, Element element) {
 
 template <typename List, typename Element>
 short insert(const VxBuckets<List> &in, Element element) {
-    const Place<List> place = find(in, element);
+    const auto place = find(in, element);
     if (place.bucket == nullptr || place.found()) return 0;
     return append(*place.bucket, element) ? 1 : 0;
 }
 
 template <typename List>
 short remove(const VxBuckets<List> &in, void const *element) {
-    const Place<List> place = find(in, element);
+    const auto place = find(in, element);
     if (!place.found()) return 0;
     place.bucket->remove(place.position, 1);
     return 1;
-}
-
-template <typename List>
-void *has(const VxBuckets<List> &in, void const *element) {
-    return find(in, element).found() ? const_cast<void *>(element) : nullptr;
 }
 
 template <typename List>
@@ -80,7 +61,7 @@ bool distribute(const VxBuckets<List> &source, const VxBuckets<List> &in) {
         const VxSlotArray &stored = source.elementBuckets[i].slots();
         for (int j = 0; j < stored.count; ++j) {
             void *element = stored.slots[j];
-            const int target = buckets::indexOf(in, VxPHashTable::hash(element));
+            const int target = in.indexOf(VxPHashTable::hash(element));
             if (!append(in.elementBuckets[target], element)) return false;
         }
     }
@@ -139,10 +120,6 @@ short VxPHashTable::insert(void *element) {
 
 short VxPHashTable::remove(void const *element) {
     return ::remove(buckets_, element);
-}
-
-void *VxPHashTable::has(void const *element) const {
-    return ::has(buckets_, element);
 }
 
 void VxPHashTable::empty() {
@@ -211,10 +188,6 @@ short VxCPHashTable::insert(void const *element) {
 
 short VxCPHashTable::remove(void const *element) {
     return ::remove(buckets_, element);
-}
-
-void const *VxCPHashTable::has(void const *element) const {
-    return ::has(buckets_, element);
 }
 
 void VxCPHashTable::empty() {

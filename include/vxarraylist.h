@@ -54,7 +54,10 @@ struct VxSlotArray {
     int capacity = 0;  // slots: 0 or a power of two
     void **slots = nullptr;
 
-    bool has(int index) const { return index >= 0 && index < count; }
+    // One comparison: a negative index is a great unsigned one.
+    bool has(int index) const {
+        return static_cast<unsigned int>(index) < static_cast<unsigned int>(count);
+    }
 };
 
 /*

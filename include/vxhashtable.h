@@ -72,6 +72,29 @@ struct VxBuckets {
     List *elementBuckets = nullptr;
 
     int length(int bucket) const { return elementBuckets[bucket].slots().count; }
+
+    // The bucket of a hash. REQUIRES: there are buckets.
+    int indexOf(unsigned int hash) const {
+        return static_cast<int>(hash % static_cast<unsigned int>(numBuckets));
+    }
+
+    struct Place {
+        List *bucket;  // null in a table without buckets
+        int position;  // -1 for an address that is not there
+
+        bool found() const { return position >= 0; }
+    };
+
+    // Where an address stands, or the bucket where it belongs.
+    Place find(unsigned int hash, void const *address) const {
+        if (numBuckets == 0) return {nullptr, -1};
+        List *bucket = elementBuckets + indexOf(hash);
+        const VxSlotArray &stored = bucket->slots();
+        for (int i = 0; i < stored.count; ++i) {
+            if (stored.slots[i] == address) return {bucket, i};
+        }
+        return {bucket, -1};
+    }
 };
 
 // A place in a table. Not for callers.
@@ -81,7 +104,7 @@ struct VxBucketCursor {
 
     template <typename List>
     bool isValid(const VxBuckets<List> &in) const {
-        return bucket >= 0 && bucket < in.numBuckets;
+        return static_cast<unsigned int>(bucket) < static_cast<unsigned int>(in.numBuckets);
     }
 
     template <typename List>
@@ -267,7 +290,10 @@ protected:
     short remove(void const *element);
 
     // The stored pointer, null if it is absent; for a stored null the two look alike.
-    void *has(void const *element) const;
+    VX_INLINE void *has(void const *element) const {
+        return buckets_.find(hash(element), element).found() ? const_cast<void *>(element)
+                                                             : nullptr;
+    }
 
 private:
     void dup(VxPHashTable const &source);
@@ -300,7 +326,9 @@ protected:
     VxCPHashTable &copyObjects(VxCPHashTable const &source);
     short insert(void const *element);
     short remove(void const *element);
-    void const *has(void const *element) const;
+    VX_INLINE void const *has(void const *element) const {
+        return buckets_.find(hash(element), element).found() ? element : nullptr;
+    }
 
 private:
     void dup(VxCPHashTable const &source);

@@ -224,6 +224,7 @@ private:
     void adopt(VxStringRep *rep);
     bool separate();
     bool regrow(int needed);
+    VxString &appendLong(VxString const &other);
     bool equals(VxString const &other) const {
         return rep_ == other.rep_ || (rep_->length == other.rep_->length &&
                                       std::memcmp(rep_->data, other.rep_->data,

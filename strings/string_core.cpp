@@ -19,22 +19,39 @@ constexpr int kMaxLength = INT_MAX - 64;
 // What operator[] refers to where there is no byte to be written.
 char scrapByte;
 
-// Copies between blocks that do not overlap. Pieces of text are mostly short, and for these two
-// moves that may meet in the middle are done before a call of memcpy has begun.
-void copyBytes(char *to, const char *from, int n) {
-    const auto size = static_cast<std::size_t>(n);
-    if (n > 16) {
-        std::memcpy(to, from, size);
-    } else if (n >= 8) {
-        std::uint64_t head;
-        std::uint64_t tail;
-        std::memcpy(&head, from, 8);
-        std::memcpy(&tail, from + size - 8, 8);
-        std::memcpy(to, &head, 8);
-        std::memcpy(to + size - 8, &tail, 8);
+// Two moves of one size that may meet in the middle copy n bytes, size <= n <= 2 * size.
+template <typename Unit>
+void copyEnds(char *to, const char *from, std::size_t n) {
+    Unit head;
+    Unit tail;
+    std::memcpy(&head, from, sizeof head);
+    std::memcpy(&tail, from + n - sizeof tail, sizeof tail);
+    std::memcpy(to, &head, sizeof head);
+    std::memcpy(to + n - sizeof tail, &tail, sizeof tail);
+}
+
+// Pieces of text are mostly short: up to this length one is there before a call has begun.
+constexpr int kShort = 16;
+
+void copyShort(char *to, const char *from, int length) {
+    const auto n = static_cast<std::size_t>(length);
+    if (n >= 8) {
+        copyEnds<std::uint64_t>(to, from, n);
+    } else if (n >= 4) {
+        copyEnds<std::uint32_t>(to, from, n);
+    } else if (n >= 2) {
+        copyEnds<std::uint16_t>(to, from, n);
+    } else if (n == 1) {
+        *to = *from;
+    }
+}
+
+// Copies between blocks that do not overlap.
+void copyBytes(char *to, const char *from, int length) {
+    if (length <= kShort) {
+        copyShort(to, from, length);
     } else {
-        for (std::size_t i = 0; i < size; ++i)
-            to[i] = from[i];
+        std::memcpy(to, from, static_cast<std::size_t>(length));
     }
 }
 
@@ -136,7 +153,7 @@ VxString::VxString(char const *text, int n) {
 }
 
 VxString::VxString(int value) {
-    char digits[16];
+    char digits[32];
     const auto length = std::to_chars(digits, digits + sizeof digits, value).ptr - digits;
     adopt(VxStringRep::make(digits, static_cast<int>(length), static_cast<int>(length)));
 }
@@ -167,6 +184,21 @@ VxString::operator double() const {
 // ---- Changing ---------------------------------------------------------------------------------
 
 VxString &VxString::operator+=(VxString const &other) {
+    VxStringRep *const rep = rep_;
+    const int added = other.rep_->length;
+    const int length = rep->length;
+    if (added > kShort || added > rep->capacity - length || rep->refCount != 1) {
+        return appendLong(other);
+    }
+    char *const end = rep->data + length;
+    rep->length = length + added;
+    end[added] = '\0';
+    copyShort(end, other.rep_->data, added);
+    return *this;
+}
+
+// Apart, so that short pieces pay nothing for it.
+[[gnu::noinline]] VxString &VxString::appendLong(VxString const &other) {
     const int added = other.rep_->length;
     const int length = rep_->length;
     if (added == 0 || added > kMaxLength - length) return *this;
