@@ -98,32 +98,28 @@ private:
 
 // ---- Comparing --------------------------------------------------------------------------------
 
+// Adds to `i` as many whole stretches of n bytes as are equal.
+template <int kStretch>
+void skipEqual(const char *one, const char *other, int n, int &i) {
+    while (n - i >= kStretch && std::memcmp(one + i, other + i, kStretch) == 0)
+        i += kStretch;
+}
+
 // The index of the first of n bytes that differ, n if none do. The C library compares fast but does
-// not tell where: it gets stretches, and the one that differs is halved.
+// not tell where; so it gets ever smaller stretches.
 int firstDifference(const char *one, const char *other, int n) {
-    constexpr int kStretch = 1024;
-    int from = 0;
-    while (n - from > kStretch && std::memcmp(one + from, other + from, kStretch) == 0)
-        from += kStretch;
-    int length = std::min(n - from, kStretch);
-    while (length > 16) {
-        const int half = length / 2;
-        if (std::memcmp(one + from, other + from, size(half)) != 0) {
-            length = half;
-        } else {
-            from += half;
-            length -= half;
-        }
-    }
-    while (length > 0 && one[from] == other[from]) {
-        ++from;
-        --length;
-    }
-    return length > 0 ? from : n;
+    if (*one != *other) return 0;
+    int i = 0;
+    skipEqual<512>(one, other, n, i);
+    skipEqual<64>(one, other, n, i);
+    skipEqual<8>(one, other, n, i);
+    while (i < n && one[i] == other[i])
+        ++i;
+    return i;
 }
 
 int firstFoldedDifference(const char *one, const char *other, int n) {
-    constexpr int kStretch = 64;
+    constexpr int kStretch = 64;  // as compilers turn into vector code
     int i = 0;
     for (; n - i >= kStretch; i += kStretch) {
         char differences = 0;
