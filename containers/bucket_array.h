@@ -29,7 +29,7 @@ template <typename List>
 int countElements(const VxBuckets<List> &in) {
     int elements = 0;
     for (int i = 0; i < in.numBuckets; ++i)
-        elements += in.length(i);
+        elements += in.slots(i).count;
     return elements;
 }
 
@@ -37,7 +37,7 @@ template <typename List>
 int countUsed(const VxBuckets<List> &in) {
     int used = 0;
     for (int i = 0; i < in.numBuckets; ++i)
-        used += in.length(i) > 0;
+        used += in.slots(i).count > 0;
     return used;
 }
 
@@ -53,8 +53,8 @@ double varianceUsedLength(const VxBuckets<List> &in) {
     double sum = 0.0;
     int used = 0;
     for (int i = 0; i < in.numBuckets; ++i) {
-        if (in.length(i) == 0) continue;
-        const double distance = in.length(i) - mean;
+        if (in.slots(i).count == 0) continue;
+        const double distance = in.slots(i).count - mean;
         sum += distance * distance;
         ++used;
     }

@@ -70,10 +70,10 @@ void VxHashTable::dup(VxHashTable const &source) {
 void VxHashTable::copyAlike(VxHashTable const &source) {
     const int number = buckets_.numBuckets;
     for (int i = 0; i < number; ++i) {
-        const int length = source.buckets_.length(i);
+        const int length = source.buckets_.slots(i).count;
         buckets_.elementBuckets[i] = source.buckets_.elementBuckets[i];
         hashBuckets_[i] = source.hashBuckets_[i];
-        if (buckets_.length(i) == length && hashBuckets_[i].isWhole(length)) continue;
+        if (buckets_.slots(i).count == length && hashBuckets_[i].isWhole(length)) continue;
         for (int done = 0; done <= i; ++done) {
             buckets_.elementBuckets[done].empty();
             hashBuckets_[done].empty();
@@ -82,7 +82,7 @@ void VxHashTable::copyAlike(VxHashTable const &source) {
     }
     VxHashTable &hooks = hooksOf(source);
     for (int i = 0; i < number; ++i) {
-        const VxSlotArray &stored = source.buckets_.elementBuckets[i].slots();
+        const VxSlotArray &stored = source.buckets_.slots(i);
         for (int j = 0; j < stored.count; ++j)
             buckets_.elementBuckets[i].set(j, hooks.copyElement(stored.slots[j]));
     }
@@ -92,7 +92,7 @@ void VxHashTable::copyAlike(VxHashTable const &source) {
 void VxHashTable::distribute(VxHashTable const &source) {
     VxHashTable &hooks = hooksOf(source);
     for (int i = 0; i < source.buckets_.numBuckets; ++i) {
-        const VxSlotArray &stored = source.buckets_.elementBuckets[i].slots();
+        const VxSlotArray &stored = source.buckets_.slots(i);
         for (int j = 0; j < stored.count; ++j) {
             const unsigned int hash = source.hashBuckets_[i].at(j);
             const int target = buckets_.indexOf(hash);
@@ -114,7 +114,7 @@ void VxHashTable::distribute(VxHashTable const &source) {
 }
 
 int VxHashTable::find(unsigned int hash, int bucket, void const *element) {
-    const VxSlotArray &stored = buckets_.elementBuckets[bucket].slots();
+    const VxSlotArray &stored = buckets_.slots(bucket);
     const VxUIntList &hashes = hashBuckets_[bucket];
     for (int i = 0; i < stored.count; ++i) {
         if (hashes.at(i) == hash && equalElements(element, stored.slots[i]) != 0) return i;
@@ -162,7 +162,7 @@ void *VxHashTable::has(void const *element) {
     const unsigned int hash = hashElement(element);
     const int bucket = bucketOf(hash);
     const int position = bucket < 0 ? -1 : find(hash, bucket, element);
-    return position < 0 ? nullptr : buckets_.elementBuckets[bucket].slots().slots[position];
+    return position < 0 ? nullptr : buckets_.slots(bucket).slots[position];
 }
 
 void const *VxHashTable::has(void const *element) const {

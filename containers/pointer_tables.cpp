@@ -28,15 +28,15 @@ bool append(List &bucket, Element element) {
 template <typename List, typename Element>
 short insert(const VxBuckets<List> &in, Element element) {
     const auto place = find(in, element);
-    if (place.bucket == nullptr || place.found()) return 0;
-    return append(*place.bucket, element) ? 1 : 0;
+    if (place.bucket < 0 || place.found()) return 0;
+    return append(in.elementBuckets[place.bucket], element) ? 1 : 0;
 }
 
 template <typename List>
 short remove(const VxBuckets<List> &in, void const *element) {
     const auto place = find(in, element);
     if (!place.found()) return 0;
-    place.bucket->remove(place.position, 1);
+    in.elementBuckets[place.bucket].remove(place.position, 1);
     return 1;
 }
 
@@ -50,7 +50,7 @@ template <typename List>
 bool copyAlike(const VxBuckets<List> &source, const VxBuckets<List> &in) {
     for (int i = 0; i < in.numBuckets; ++i) {
         in.elementBuckets[i] = source.elementBuckets[i];
-        if (in.length(i) != source.length(i)) return false;
+        if (in.slots(i).count != source.slots(i).count) return false;
     }
     return true;
 }
@@ -58,7 +58,7 @@ bool copyAlike(const VxBuckets<List> &source, const VxBuckets<List> &in) {
 template <typename List>
 bool distribute(const VxBuckets<List> &source, const VxBuckets<List> &in) {
     for (int i = 0; i < source.numBuckets; ++i) {
-        const VxSlotArray &stored = source.elementBuckets[i].slots();
+        const VxSlotArray &stored = source.slots(i);
         for (int j = 0; j < stored.count; ++j) {
             void *element = stored.slots[j];
             const int target = in.indexOf(VxPHashTable::hash(element));

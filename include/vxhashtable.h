@@ -65,13 +65,23 @@ public:
 // The list of stored hashes of a bucket.
 class VxUIntList;
 
+// UndefinedBehaviorSanitizer looks at the type information of a list before each use. That of the
+// lists below is no export; so at their only use outside the library it does not look.
+#if defined(__GNUC__)
+#define VX_NO_TYPE_CHECK __attribute__((no_sanitize("vptr")))
+#else
+#define VX_NO_TYPE_CHECK
+#endif
+
 // The fields of every table, behind its table of virtual members. Not for callers.
 template <typename List>
 struct VxBuckets {
     int numBuckets = 0;
     List *elementBuckets = nullptr;
 
-    int length(int bucket) const { return elementBuckets[bucket].slots().count; }
+    VX_NO_TYPE_CHECK const VxSlotArray &slots(int bucket) const {
+        return elementBuckets[bucket].slots();
+    }
 
     // The bucket of a hash. REQUIRES: there are buckets.
     int indexOf(unsigned int hash) const {
@@ -79,7 +89,7 @@ struct VxBuckets {
     }
 
     struct Place {
-        List *bucket;  // null in a table without buckets
+        int bucket;    // -1 in a table without buckets
         int position;  // -1 for an address that is not there
 
         bool found() const { return position >= 0; }
@@ -87,9 +97,9 @@ struct VxBuckets {
 
     // Where an address stands, or the bucket where it belongs.
     Place find(unsigned int hash, void const *address) const {
-        if (numBuckets == 0) return {nullptr, -1};
-        List *bucket = elementBuckets + indexOf(hash);
-        const VxSlotArray &stored = bucket->slots();
+        if (numBuckets == 0) return {-1, -1};
+        const int bucket = indexOf(hash);
+        const VxSlotArray &stored = slots(bucket);
         for (int i = 0; i < stored.count; ++i) {
             if (stored.slots[i] == address) return {bucket, i};
         }
@@ -109,15 +119,15 @@ struct VxBucketCursor {
 
     template <typename List>
     void *element(const VxBuckets<List> &in) const {
-        assert(isValid(in) && in.elementBuckets[bucket].slots().has(position));
-        return in.elementBuckets[bucket].slots().slots[position];
+        assert(isValid(in) && in.slots(bucket).has(position));
+        return in.slots(bucket).slots[position];
     }
 
     template <typename List>
     void toFirst(const VxBuckets<List> &in) {
         position = 0;
         bucket = 0;
-        while (bucket < in.numBuckets && in.length(bucket) == 0)
+        while (bucket < in.numBuckets && in.slots(bucket).count == 0)
             ++bucket;
     }
 
@@ -125,7 +135,7 @@ struct VxBucketCursor {
     void toLast(const VxBuckets<List> &in) {
         position = -1;
         for (bucket = in.numBuckets - 1; bucket >= 0; --bucket) {
-            position = in.length(bucket) - 1;
+            position = in.slots(bucket).count - 1;
             if (position >= 0) break;
         }
     }
@@ -133,11 +143,11 @@ struct VxBucketCursor {
     template <typename List>
     void next(const VxBuckets<List> &in) {
         ++position;
-        if (position < in.length(bucket)) return;
+        if (position < in.slots(bucket).count) return;
         position = 0;
         do {
             ++bucket;
-        } while (bucket < in.numBuckets && in.length(bucket) == 0);
+        } while (bucket < in.numBuckets && in.slots(bucket).count == 0);
     }
 
     template <typename List>
@@ -145,7 +155,7 @@ struct VxBucketCursor {
         --position;
         if (position >= 0) return;
         for (--bucket; bucket >= 0; --bucket) {
-            position = in.length(bucket) - 1;
+            position = in.slots(bucket).count - 1;
             if (position >= 0) break;
         }
     }
