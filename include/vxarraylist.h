@@ -269,6 +269,13 @@ private:
     friend class VxCPBucketList;
 };
 
+// What an iterator is made of. Not for callers.
+template <typename List>
+struct VxListSpot {
+    List *list;
+    int index;
+};
+
 /*
  * Iterators: a pointer to the list and an index, nothing more. The list does not know of them: an
  * insertion or removal shifts what the index means, and an iterator must not outlive its list.
@@ -288,7 +295,7 @@ private:
 class VX_API VxArrayListIterator {
 public:
     // Stands at index 0, also in an empty list.
-    VX_INLINE VxArrayListIterator(VxArrayList &list) : list_(&list) {}
+    VX_INLINE VxArrayListIterator(VxArrayList &list) : at_{&list, 0} {}
     VxArrayListIterator(VxArrayListIterator const &) = default;
     VX_INLINE ~VxArrayListIterator() {}
 
@@ -297,189 +304,174 @@ public:
         return assign(other);
     }
     VX_INLINE VxArrayListIterator &assign(VxArrayListIterator const &other) {
-        list_ = other.list_;
-        index_ = other.index_;
+        at_ = other.at_;
         return *this;
     }
 
     // Goes to index 0 or, when `fromEnd` is not 0, to the last index, which is -1 in an empty
     // list.
-    VX_INLINE void reset(short fromEnd) { index_ = fromEnd != 0 ? list_->length() - 1 : 0; }
+    VX_INLINE void reset(short fromEnd) { at_.index = fromEnd != 0 ? at_.list->length() - 1 : 0; }
 
     // 1 if the list has an element at the index at this moment, else 0.
-    VX_INLINE short isValid() const { return list_->array_.has(index_) ? 1 : 0; }
+    VX_INLINE short isValid() const { return at_.list->array_.has(at_.index) ? 1 : 0; }
 
-    VX_INLINE int getIndex() const { return index_; }
-    VX_INLINE VxArrayList *getList() { return list_; }
-    VX_INLINE VxArrayList const *getList() const { return list_; }
+    VX_INLINE int getIndex() const { return at_.index; }
+    VX_INLINE VxArrayList *getList() { return at_.list; }
+    VX_INLINE VxArrayList const *getList() const { return at_.list; }
 
     // The element at the index; postInc and postDec then move on by one.
-    VX_INLINE void *getElem() { return list_->get(index_); }
-    VX_INLINE void *postInc() { return list_->get(index_++); }
-    VX_INLINE void *postDec() { return list_->get(index_--); }
+    VX_INLINE void *getElem() { return at_.list->get(at_.index); }
+    VX_INLINE void *postInc() { return at_.list->get(at_.index++); }
+    VX_INLINE void *postDec() { return at_.list->get(at_.index--); }
 
 private:
-    VxArrayList *list_;
-    int index_ = 0;
+    VxListSpot<VxArrayList> at_;
 
     friend class VxArrayListConstIterator;
 };
 
 class VX_API VxArrayListConstIterator {
 public:
-    VX_INLINE VxArrayListConstIterator(VxArrayList const &list) : list_(&list) {}
+    VX_INLINE VxArrayListConstIterator(VxArrayList const &list) : at_{&list, 0} {}
     VX_INLINE VxArrayListConstIterator(VxArrayListIterator const &other)
-        : list_(other.list_), index_(other.index_) {}
+        : at_{other.at_.list, other.at_.index} {}
     VxArrayListConstIterator(VxArrayListConstIterator const &) = default;
     VX_INLINE ~VxArrayListConstIterator() {}
     VX_INLINE VxArrayListConstIterator &operator=(VxArrayListConstIterator const &other) {
         return assign(other);
     }
     VX_INLINE VxArrayListConstIterator &assign(VxArrayListConstIterator const &other) {
-        list_ = other.list_;
-        index_ = other.index_;
+        at_ = other.at_;
         return *this;
     }
     VX_INLINE VxArrayListConstIterator &assign(VxArrayListIterator const &other) {
-        list_ = other.list_;
-        index_ = other.index_;
+        at_ = {other.at_.list, other.at_.index};
         return *this;
     }
-    VX_INLINE void reset(short fromEnd) { index_ = fromEnd != 0 ? list_->length() - 1 : 0; }
-    VX_INLINE short isValid() const { return list_->array_.has(index_) ? 1 : 0; }
-    VX_INLINE int getIndex() const { return index_; }
-    VX_INLINE VxArrayList const *getList() const { return list_; }
-    VX_INLINE void const *getElem() const { return list_->get(index_); }
-    VX_INLINE void const *postInc() { return list_->get(index_++); }
-    VX_INLINE void const *postDec() { return list_->get(index_--); }
+    VX_INLINE void reset(short fromEnd) { at_.index = fromEnd != 0 ? at_.list->length() - 1 : 0; }
+    VX_INLINE short isValid() const { return at_.list->array_.has(at_.index) ? 1 : 0; }
+    VX_INLINE int getIndex() const { return at_.index; }
+    VX_INLINE VxArrayList const *getList() const { return at_.list; }
+    VX_INLINE void const *getElem() const { return at_.list->get(at_.index); }
+    VX_INLINE void const *postInc() { return at_.list->get(at_.index++); }
+    VX_INLINE void const *postDec() { return at_.list->get(at_.index--); }
 
 private:
-    VxArrayList const *list_;
-    int index_ = 0;
+    VxListSpot<VxArrayList const> at_;
 };
 
 class VX_API VxPArrayListIterator {
 public:
-    VX_INLINE VxPArrayListIterator(VxPArrayList &list) : list_(&list) {}
+    VX_INLINE VxPArrayListIterator(VxPArrayList &list) : at_{&list, 0} {}
     VxPArrayListIterator(VxPArrayListIterator const &) = default;
     VX_INLINE ~VxPArrayListIterator() {}
     VX_INLINE VxPArrayListIterator &operator=(VxPArrayListIterator const &other) {
         return assign(other);
     }
     VX_INLINE VxPArrayListIterator &assign(VxPArrayListIterator const &other) {
-        list_ = other.list_;
-        index_ = other.index_;
+        at_ = other.at_;
         return *this;
     }
-    VX_INLINE void reset(short fromEnd) { index_ = fromEnd != 0 ? list_->length() - 1 : 0; }
-    VX_INLINE short isValid() const { return list_->array_.has(index_) ? 1 : 0; }
-    VX_INLINE int getIndex() const { return index_; }
-    VX_INLINE VxPArrayList *getList() { return list_; }
-    VX_INLINE VxPArrayList const *getList() const { return list_; }
-    VX_INLINE void *&getElem() { return list_->get(index_); }
-    VX_INLINE void *&postInc() { return list_->get(index_++); }
-    VX_INLINE void *&postDec() { return list_->get(index_--); }
+    VX_INLINE void reset(short fromEnd) { at_.index = fromEnd != 0 ? at_.list->length() - 1 : 0; }
+    VX_INLINE short isValid() const { return at_.list->array_.has(at_.index) ? 1 : 0; }
+    VX_INLINE int getIndex() const { return at_.index; }
+    VX_INLINE VxPArrayList *getList() { return at_.list; }
+    VX_INLINE VxPArrayList const *getList() const { return at_.list; }
+    VX_INLINE void *&getElem() { return at_.list->get(at_.index); }
+    VX_INLINE void *&postInc() { return at_.list->get(at_.index++); }
+    VX_INLINE void *&postDec() { return at_.list->get(at_.index--); }
 
 private:
-    VxPArrayList *list_;
-    int index_ = 0;
+    VxListSpot<VxPArrayList> at_;
 
     friend class VxPArrayListConstIterator;
 };
 
 class VX_API VxPArrayListConstIterator {
 public:
-    VX_INLINE VxPArrayListConstIterator(VxPArrayList const &list) : list_(&list) {}
+    VX_INLINE VxPArrayListConstIterator(VxPArrayList const &list) : at_{&list, 0} {}
     VX_INLINE VxPArrayListConstIterator(VxPArrayListIterator const &other)
-        : list_(other.list_), index_(other.index_) {}
+        : at_{other.at_.list, other.at_.index} {}
     VxPArrayListConstIterator(VxPArrayListConstIterator const &) = default;
     VX_INLINE ~VxPArrayListConstIterator() {}
     VX_INLINE VxPArrayListConstIterator &operator=(VxPArrayListConstIterator const &other) {
         return assign(other);
     }
     VX_INLINE VxPArrayListConstIterator &assign(VxPArrayListConstIterator const &other) {
-        list_ = other.list_;
-        index_ = other.index_;
+        at_ = other.at_;
         return *this;
     }
     VX_INLINE VxPArrayListConstIterator &assign(VxPArrayListIterator const &other) {
-        list_ = other.list_;
-        index_ = other.index_;
+        at_ = {other.at_.list, other.at_.index};
         return *this;
     }
-    VX_INLINE void reset(short fromEnd) { index_ = fromEnd != 0 ? list_->length() - 1 : 0; }
-    VX_INLINE short isValid() const { return list_->array_.has(index_) ? 1 : 0; }
-    VX_INLINE int getIndex() const { return index_; }
-    VX_INLINE VxPArrayList const *getList() const { return list_; }
-    VX_INLINE void *getElem() const { return list_->get(index_); }
-    VX_INLINE void *postInc() { return list_->get(index_++); }
-    VX_INLINE void *postDec() { return list_->get(index_--); }
+    VX_INLINE void reset(short fromEnd) { at_.index = fromEnd != 0 ? at_.list->length() - 1 : 0; }
+    VX_INLINE short isValid() const { return at_.list->array_.has(at_.index) ? 1 : 0; }
+    VX_INLINE int getIndex() const { return at_.index; }
+    VX_INLINE VxPArrayList const *getList() const { return at_.list; }
+    VX_INLINE void *getElem() const { return at_.list->get(at_.index); }
+    VX_INLINE void *postInc() { return at_.list->get(at_.index++); }
+    VX_INLINE void *postDec() { return at_.list->get(at_.index--); }
 
 private:
-    VxPArrayList const *list_;
-    int index_ = 0;
+    VxListSpot<VxPArrayList const> at_;
 };
 
 class VX_API VxCPArrayListIterator {
 public:
-    VX_INLINE VxCPArrayListIterator(VxCPArrayList &list) : list_(&list) {}
+    VX_INLINE VxCPArrayListIterator(VxCPArrayList &list) : at_{&list, 0} {}
     VxCPArrayListIterator(VxCPArrayListIterator const &) = default;
     VX_INLINE ~VxCPArrayListIterator() {}
     VX_INLINE VxCPArrayListIterator &operator=(VxCPArrayListIterator const &other) {
         return assign(other);
     }
     VX_INLINE VxCPArrayListIterator &assign(VxCPArrayListIterator const &other) {
-        list_ = other.list_;
-        index_ = other.index_;
+        at_ = other.at_;
         return *this;
     }
-    VX_INLINE void reset(short fromEnd) { index_ = fromEnd != 0 ? list_->length() - 1 : 0; }
-    VX_INLINE short isValid() const { return list_->array_.has(index_) ? 1 : 0; }
-    VX_INLINE int getIndex() const { return index_; }
-    VX_INLINE VxCPArrayList *getList() { return list_; }
-    VX_INLINE VxCPArrayList const *getList() const { return list_; }
-    VX_INLINE void const *&getElem() { return list_->get(index_); }
-    VX_INLINE void const *&postInc() { return list_->get(index_++); }
-    VX_INLINE void const *&postDec() { return list_->get(index_--); }
+    VX_INLINE void reset(short fromEnd) { at_.index = fromEnd != 0 ? at_.list->length() - 1 : 0; }
+    VX_INLINE short isValid() const { return at_.list->array_.has(at_.index) ? 1 : 0; }
+    VX_INLINE int getIndex() const { return at_.index; }
+    VX_INLINE VxCPArrayList *getList() { return at_.list; }
+    VX_INLINE VxCPArrayList const *getList() const { return at_.list; }
+    VX_INLINE void const *&getElem() { return at_.list->get(at_.index); }
+    VX_INLINE void const *&postInc() { return at_.list->get(at_.index++); }
+    VX_INLINE void const *&postDec() { return at_.list->get(at_.index--); }
 
 private:
-    VxCPArrayList *list_;
-    int index_ = 0;
+    VxListSpot<VxCPArrayList> at_;
 
     friend class VxCPArrayListConstIterator;
 };
 
 class VX_API VxCPArrayListConstIterator {
 public:
-    VX_INLINE VxCPArrayListConstIterator(VxCPArrayList const &list) : list_(&list) {}
+    VX_INLINE VxCPArrayListConstIterator(VxCPArrayList const &list) : at_{&list, 0} {}
     VX_INLINE VxCPArrayListConstIterator(VxCPArrayListIterator const &other)
-        : list_(other.list_), index_(other.index_) {}
+        : at_{other.at_.list, other.at_.index} {}
     VxCPArrayListConstIterator(VxCPArrayListConstIterator const &) = default;
     VX_INLINE ~VxCPArrayListConstIterator() {}
     VX_INLINE VxCPArrayListConstIterator &operator=(VxCPArrayListConstIterator const &other) {
         return assign(other);
     }
     VX_INLINE VxCPArrayListConstIterator &assign(VxCPArrayListConstIterator const &other) {
-        list_ = other.list_;
-        index_ = other.index_;
+        at_ = other.at_;
         return *this;
     }
     VX_INLINE VxCPArrayListConstIterator &assign(VxCPArrayListIterator const &other) {
-        list_ = other.list_;
-        index_ = other.index_;
+        at_ = {other.at_.list, other.at_.index};
         return *this;
     }
-    VX_INLINE void reset(short fromEnd) { index_ = fromEnd != 0 ? list_->length() - 1 : 0; }
-    VX_INLINE short isValid() const { return list_->array_.has(index_) ? 1 : 0; }
-    VX_INLINE int getIndex() const { return index_; }
-    VX_INLINE VxCPArrayList const *getList() const { return list_; }
-    VX_INLINE void const *getElem() const { return list_->get(index_); }
-    VX_INLINE void const *postInc() { return list_->get(index_++); }
-    VX_INLINE void const *postDec() { return list_->get(index_--); }
+    VX_INLINE void reset(short fromEnd) { at_.index = fromEnd != 0 ? at_.list->length() - 1 : 0; }
+    VX_INLINE short isValid() const { return at_.list->array_.has(at_.index) ? 1 : 0; }
+    VX_INLINE int getIndex() const { return at_.index; }
+    VX_INLINE VxCPArrayList const *getList() const { return at_.list; }
+    VX_INLINE void const *getElem() const { return at_.list->get(at_.index); }
+    VX_INLINE void const *postInc() { return at_.list->get(at_.index++); }
+    VX_INLINE void const *postDec() { return at_.list->get(at_.index--); }
 
 private:
-    VxCPArrayList const *list_;
-    int index_ = 0;
+    VxListSpot<VxCPArrayList const> at_;
 };
 
 #endif

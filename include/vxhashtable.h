@@ -38,6 +38,9 @@
 
 #include <cstdint>
 
+template <typename Table>
+struct VxTableSpot;
+
 // The lists that buckets are made of. Not for callers, who never make one.
 class VxPBucketList : public VxPArrayList {
 public:
@@ -104,60 +107,6 @@ struct VxBuckets {
             if (stored.slots[i] == address) return {bucket, i};
         }
         return {bucket, -1};
-    }
-};
-
-// A place in a table. Not for callers.
-struct VxBucketCursor {
-    int bucket = 0;
-    int position = 0;
-
-    template <typename List>
-    bool isValid(const VxBuckets<List> &in) const {
-        return static_cast<unsigned int>(bucket) < static_cast<unsigned int>(in.numBuckets);
-    }
-
-    template <typename List>
-    void *element(const VxBuckets<List> &in) const {
-        assert(isValid(in) && in.slots(bucket).has(position));
-        return in.slots(bucket).slots[position];
-    }
-
-    template <typename List>
-    void toFirst(const VxBuckets<List> &in) {
-        position = 0;
-        bucket = 0;
-        while (bucket < in.numBuckets && in.slots(bucket).count == 0)
-            ++bucket;
-    }
-
-    template <typename List>
-    void toLast(const VxBuckets<List> &in) {
-        position = -1;
-        for (bucket = in.numBuckets - 1; bucket >= 0; --bucket) {
-            position = in.slots(bucket).count - 1;
-            if (position >= 0) break;
-        }
-    }
-
-    template <typename List>
-    void next(const VxBuckets<List> &in) {
-        ++position;
-        if (position < in.slots(bucket).count) return;
-        position = 0;
-        do {
-            ++bucket;
-        } while (bucket < in.numBuckets && in.slots(bucket).count == 0);
-    }
-
-    template <typename List>
-    void previous(const VxBuckets<List> &in) {
-        --position;
-        if (position >= 0) return;
-        for (--bucket; bucket >= 0; --bucket) {
-            position = in.slots(bucket).count - 1;
-            if (position >= 0) break;
-        }
     }
 };
 
@@ -242,8 +191,8 @@ private:
     VxBuckets<VxPBucketList> buckets_;
     VxUIntList *hashBuckets_ = nullptr;  // entry by entry in step with the element lists
 
-    friend class VxHashTableIterator;
-    friend class VxHashTableConstIterator;
+    template <typename Table>
+    friend struct VxTableSpot;
 };
 
 /*
@@ -310,7 +259,8 @@ private:
 
     VxBuckets<VxPBucketList> buckets_;
 
-    friend class VxPHashTableConstIterator;
+    template <typename Table>
+    friend struct VxTableSpot;
 };
 
 /*
@@ -345,7 +295,75 @@ private:
 
     VxBuckets<VxCPBucketList> buckets_;
 
-    friend class VxCPHashTableConstIterator;
+    template <typename Table>
+    friend struct VxTableSpot;
+};
+
+// What an iterator is made of. Not for callers.
+template <typename Table>
+struct VxTableSpot {
+    Table *table;
+    int bucket = 0;
+    int position = 0;
+
+    // One comparison: a negative bucket is a great unsigned one.
+    bool isValid() const {
+        return static_cast<unsigned int>(bucket) <
+               static_cast<unsigned int>(table->buckets_.numBuckets);
+    }
+
+    void *element() const {
+        assert(isValid() && table->buckets_.slots(bucket).has(position));
+        return table->buckets_.slots(bucket).slots[position];
+    }
+
+    void *postInc() {
+        void *found = element();
+        ++position;
+        if (position >= length()) {
+            position = 0;
+            ++bucket;
+            skipEmpty();
+        }
+        return found;
+    }
+
+    void *postDec() {
+        void *found = element();
+        --position;
+        if (position < 0) {
+            --bucket;
+            findLast();
+        }
+        return found;
+    }
+
+    void reset(short fromEnd) {
+        if (fromEnd != 0) {
+            position = -1;
+            bucket = table->buckets_.numBuckets - 1;
+            findLast();
+        } else {
+            position = 0;
+            bucket = 0;
+            skipEmpty();
+        }
+    }
+
+private:
+    int length() const { return table->buckets_.slots(bucket).count; }
+
+    void skipEmpty() {
+        while (bucket < table->buckets_.numBuckets && length() == 0)
+            ++bucket;
+    }
+
+    void findLast() {
+        for (; bucket >= 0; --bucket) {
+            position = length() - 1;
+            if (position >= 0) return;
+        }
+    }
 };
 
 /*
@@ -366,7 +384,7 @@ private:
  */
 class VX_API VxHashTableIterator {
 public:
-    VX_INLINE VxHashTableIterator(VxHashTable &table) : table_(&table) { reset(0); }
+    VX_INLINE VxHashTableIterator(VxHashTable &table) : spot_{&table} { reset(0); }
     VxHashTableIterator(VxHashTableIterator const &) = default;
     VX_INLINE ~VxHashTableIterator() {}
 
@@ -375,146 +393,98 @@ public:
         return assign(other);
     }
     VX_INLINE VxHashTableIterator &assign(VxHashTableIterator const &other) {
-        table_ = other.table_;
-        at_ = other.at_;
+        spot_ = other.spot_;
         return *this;
     }
 
     // Goes to the first element or, when `fromEnd` is not 0, to the last. In an empty table the
     // iterator is not valid then.
-    VX_INLINE void reset(short fromEnd) {
-        fromEnd != 0 ? at_.toLast(table_->buckets_) : at_.toFirst(table_->buckets_);
-    }
+    VX_INLINE void reset(short fromEnd) { spot_.reset(fromEnd); }
 
     // 1 as long as a walk has not left the table, else 0.
-    VX_INLINE short isValid() const { return at_.isValid(table_->buckets_) ? 1 : 0; }
+    VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
 
-    VX_INLINE VxHashTable *getTable() { return table_; }
-    VX_INLINE VxHashTable const *getTable() const { return table_; }
+    VX_INLINE VxHashTable *getTable() { return spot_.table; }
+    VX_INLINE VxHashTable const *getTable() const { return spot_.table; }
 
     // The element at the iterator; postInc and postDec then go on to the next one in the order of
     // the walk or against it.
-    VX_INLINE void *getElem() { return at_.element(table_->buckets_); }
-    VX_INLINE void const *getElem() const { return at_.element(table_->buckets_); }
-    VX_INLINE void *postInc() {
-        void *element = at_.element(table_->buckets_);
-        at_.next(table_->buckets_);
-        return element;
-    }
-    VX_INLINE void *postDec() {
-        void *element = at_.element(table_->buckets_);
-        at_.previous(table_->buckets_);
-        return element;
-    }
+    VX_INLINE void *getElem() { return spot_.element(); }
+    VX_INLINE void const *getElem() const { return spot_.element(); }
+    VX_INLINE void *postInc() { return spot_.postInc(); }
+    VX_INLINE void *postDec() { return spot_.postDec(); }
 
 private:
-    VxHashTable *table_;
-    VxBucketCursor at_;
+    VxTableSpot<VxHashTable> spot_;
 };
 
 class VX_API VxHashTableConstIterator {
 public:
-    VX_INLINE VxHashTableConstIterator(VxHashTable const &table) : table_(&table) { reset(0); }
+    VX_INLINE VxHashTableConstIterator(VxHashTable const &table) : spot_{&table} { reset(0); }
     VxHashTableConstIterator(VxHashTableConstIterator const &) = default;
     VX_INLINE ~VxHashTableConstIterator() {}
     VX_INLINE VxHashTableConstIterator &operator=(VxHashTableConstIterator const &other) {
         return assign(other);
     }
     VX_INLINE VxHashTableConstIterator &assign(VxHashTableConstIterator const &other) {
-        table_ = other.table_;
-        at_ = other.at_;
+        spot_ = other.spot_;
         return *this;
     }
-    VX_INLINE void reset(short fromEnd) {
-        fromEnd != 0 ? at_.toLast(table_->buckets_) : at_.toFirst(table_->buckets_);
-    }
-    VX_INLINE short isValid() const { return at_.isValid(table_->buckets_) ? 1 : 0; }
-    VX_INLINE VxHashTable const *getTable() const { return table_; }
-    VX_INLINE void const *getElem() const { return at_.element(table_->buckets_); }
-    VX_INLINE void const *postInc() {
-        void const *element = at_.element(table_->buckets_);
-        at_.next(table_->buckets_);
-        return element;
-    }
-    VX_INLINE void const *postDec() {
-        void const *element = at_.element(table_->buckets_);
-        at_.previous(table_->buckets_);
-        return element;
-    }
+    VX_INLINE void reset(short fromEnd) { spot_.reset(fromEnd); }
+    VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
+    VX_INLINE VxHashTable const *getTable() const { return spot_.table; }
+    VX_INLINE void const *getElem() const { return spot_.element(); }
+    VX_INLINE void const *postInc() { return spot_.postInc(); }
+    VX_INLINE void const *postDec() { return spot_.postDec(); }
 
 private:
-    VxHashTable const *table_;
-    VxBucketCursor at_;
+    VxTableSpot<VxHashTable const> spot_;
 };
 
 class VX_API VxPHashTableConstIterator {
 public:
-    VX_INLINE VxPHashTableConstIterator(VxPHashTable const &table) : table_(&table) { reset(0); }
+    VX_INLINE VxPHashTableConstIterator(VxPHashTable const &table) : spot_{&table} { reset(0); }
     VxPHashTableConstIterator(VxPHashTableConstIterator const &) = default;
     VX_INLINE ~VxPHashTableConstIterator() {}
     VX_INLINE VxPHashTableConstIterator &operator=(VxPHashTableConstIterator const &other) {
         return assign(other);
     }
     VX_INLINE VxPHashTableConstIterator &assign(VxPHashTableConstIterator const &other) {
-        table_ = other.table_;
-        at_ = other.at_;
+        spot_ = other.spot_;
         return *this;
     }
-    VX_INLINE void reset(short fromEnd) {
-        fromEnd != 0 ? at_.toLast(table_->buckets_) : at_.toFirst(table_->buckets_);
-    }
-    VX_INLINE short isValid() const { return at_.isValid(table_->buckets_) ? 1 : 0; }
-    VX_INLINE VxPHashTable const *getTable() const { return table_; }
-    VX_INLINE void *getElem() const { return at_.element(table_->buckets_); }
-    VX_INLINE void *postInc() {
-        void *element = at_.element(table_->buckets_);
-        at_.next(table_->buckets_);
-        return element;
-    }
-    VX_INLINE void *postDec() {
-        void *element = at_.element(table_->buckets_);
-        at_.previous(table_->buckets_);
-        return element;
-    }
+    VX_INLINE void reset(short fromEnd) { spot_.reset(fromEnd); }
+    VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
+    VX_INLINE VxPHashTable const *getTable() const { return spot_.table; }
+    VX_INLINE void *getElem() const { return spot_.element(); }
+    VX_INLINE void *postInc() { return spot_.postInc(); }
+    VX_INLINE void *postDec() { return spot_.postDec(); }
 
 private:
-    VxPHashTable const *table_;
-    VxBucketCursor at_;
+    VxTableSpot<VxPHashTable const> spot_;
 };
 
 class VX_API VxCPHashTableConstIterator {
 public:
-    VX_INLINE VxCPHashTableConstIterator(VxCPHashTable const &table) : table_(&table) { reset(0); }
+    VX_INLINE VxCPHashTableConstIterator(VxCPHashTable const &table) : spot_{&table} { reset(0); }
     VxCPHashTableConstIterator(VxCPHashTableConstIterator const &) = default;
     VX_INLINE ~VxCPHashTableConstIterator() {}
     VX_INLINE VxCPHashTableConstIterator &operator=(VxCPHashTableConstIterator const &other) {
         return assign(other);
     }
     VX_INLINE VxCPHashTableConstIterator &assign(VxCPHashTableConstIterator const &other) {
-        table_ = other.table_;
-        at_ = other.at_;
+        spot_ = other.spot_;
         return *this;
     }
-    VX_INLINE void reset(short fromEnd) {
-        fromEnd != 0 ? at_.toLast(table_->buckets_) : at_.toFirst(table_->buckets_);
-    }
-    VX_INLINE short isValid() const { return at_.isValid(table_->buckets_) ? 1 : 0; }
-    VX_INLINE VxCPHashTable const *getTable() const { return table_; }
-    VX_INLINE void const *getElem() const { return at_.element(table_->buckets_); }
-    VX_INLINE void const *postInc() {
-        void const *element = at_.element(table_->buckets_);
-        at_.next(table_->buckets_);
-        return element;
-    }
-    VX_INLINE void const *postDec() {
-        void const *element = at_.element(table_->buckets_);
-        at_.previous(table_->buckets_);
-        return element;
-    }
+    VX_INLINE void reset(short fromEnd) { spot_.reset(fromEnd); }
+    VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
+    VX_INLINE VxCPHashTable const *getTable() const { return spot_.table; }
+    VX_INLINE void const *getElem() const { return spot_.element(); }
+    VX_INLINE void const *postInc() { return spot_.postInc(); }
+    VX_INLINE void const *postDec() { return spot_.postDec(); }
 
 private:
-    VxCPHashTable const *table_;
-    VxBucketCursor at_;
+    VxTableSpot<VxCPHashTable const> spot_;
 };
 
 #endif

@@ -73,6 +73,7 @@ public:
     VX_INLINE ~VxString() { leave(); }
 
     // Shares the other's body. Nothing changes if it is shared already.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): a string shares its body with itself
     VX_INLINE VxString &operator=(VxString const &other) {
         if (rep_ != other.rep_) {
             leave();
@@ -204,7 +205,7 @@ private:
         int grownCapacity(int needed) const;
     };
 
-    // The first n bytes of a text; with null the bytes are unset.
+    // The first n bytes of a text; NUL bytes with a null text.
     VxString(char const *text, int n);
 
     VX_INLINE void ref() {

@@ -42,7 +42,7 @@ void copyShort(char *to, const char *from, int length) {
     } else if (n >= 2) {
         copyEnds<std::uint16_t>(to, from, n);
     } else if (n == 1) {
-        *to = *from;
+        std::memcpy(to, from, 1);
     }
 }
 
@@ -69,7 +69,11 @@ VxString::VxStringRep *VxString::VxStringRep::make(char const *text, int length,
     rep->capacity = capacity;
     rep->memoryHint = kExactRoom;
     rep->refCount = 1;
-    if (text != nullptr && length > 0) copyBytes(rep->data, text, length);
+    if (text != nullptr) {
+        copyBytes(rep->data, text, length);
+    } else {
+        std::memset(rep->data, 0, static_cast<std::size_t>(length));
+    }
     rep->data[length] = '\0';
     return rep;
 }

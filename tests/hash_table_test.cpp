@@ -131,8 +131,9 @@ TYPED_TEST(EveryTable, HasBucketsAndNothingElseAtFirst) {
 
 TYPED_TEST(EveryTable, KeepsTheOrderOfInsertionInABucket) {
     TypeParam table(1);
-    for (const int v : {5, 3, 9, 3})
-        EXPECT_EQ(table.insert(v), v == 3 && table.getNumElements() > 1 ? 0 : 1);
+    for (const int v : {5, 3, 9})
+        EXPECT_EQ(table.insert(v), 1);
+    EXPECT_EQ(table.insert(3), 0);
     EXPECT_EQ(walk(table), V({5, 3, 9}));
     EXPECT_EQ(walkBack(table), V({5, 3, 9}));
     EXPECT_EQ(table.remove(3), 1);
@@ -276,7 +277,7 @@ TEST(PointerTables, FoldAnAddressOfThirtyTwoBits) {
 }
 
 TEST(PointerTables, SpreadAddressesOfTheHeap) {
-    for (const std::uintptr_t stride : {4, 8, 16, 24, 32, 48, 64, 80, 96, 112, 128, 4096}) {
+    for (const unsigned stride : {4U, 8U, 16U, 24U, 32U, 48U, 64U, 80U, 96U, 112U, 128U, 4096U}) {
         PTable table(1009);
         for (std::uintptr_t i = 0; i < 1000; ++i)
             table.insert(reinterpret_cast<void *>(0x55d0c0a3f2a0 + i * stride));
