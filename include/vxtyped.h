@@ -300,7 +300,8 @@ public:
     using iterator = const_iterator;
 
     // The number of buckets; 0 gives 83.
-    explicit VxOwningTable(int numBuckets = 0) : VxHashTable(numBuckets) {}
+    explicit VxOwningTable(int numBuckets = 0, Hash hash = Hash(), Equal equal = Equal())
+        : VxHashTable(numBuckets), hash_(hash), equal_(equal) {}
     VxOwningTable(VxOwningTable const &source)
         : VxHashTable(source), hash_(source.hash_), equal_(source.equal_) {
         takeWhole(source);
@@ -310,6 +311,7 @@ public:
     VxOwningTable &operator=(VxOwningTable const &source) {
         if (this != &source) {
             VxHashTable::operator=(source);
+            takeFunctions(source);
             takeWhole(source);
         }
         return *this;
@@ -319,6 +321,7 @@ public:
     VxOwningTable &copyObjects(VxOwningTable const &source) {
         if (this != &source) {
             VxHashTable::copyObjects(source);
+            takeFunctions(source);
             takeWhole(source);
         }
         return *this;
@@ -360,6 +363,11 @@ protected:
     void destroyElement(void *stored) override { delete static_cast<T *>(stored); }
 
 private:
+    // The hashes of the source come along, and so what made them.
+    void takeFunctions(VxOwningTable const &source) {
+        hash_ = source.hash_;
+        equal_ = source.equal_;
+    }
     // It was the source that made the copies.
     void takeWhole(VxOwningTable const &source) {
         if (source.failed_) empty();
