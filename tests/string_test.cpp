@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -51,24 +53,17 @@ TEST(String, IsMadeOfTextBytesAndNumbers) {
     EXPECT_EQ(text(VxString('\xE9')), "\xE9");
     EXPECT_EQ(text(VxString("abc")), "abc");
     EXPECT_NE(body(VxString()), body(VxString()));  // bodies of their own
-    constexpr struct {
-        int value;
-        const char *text;
-    } kInts[] = {{0, "0"}, {-5, "-5"}, {INT_MAX, "2147483647"}, {INT_MIN, "-2147483648"}};
-    for (const auto &row : kInts)
-        EXPECT_EQ(text(VxString(row.value)), row.text);
-    constexpr struct {
-        double value;
-        const char *text;
-    } kDoubles[] = {{0.5, "0.5"},
-                    {1.0, "1"},
-                    {1e300, "1e+300"},
-                    {-0.0, "-0"},
-                    {1.0 / 3, "0.333333333333333"},
-                    {HUGE_VAL, "inf"},
-                    {-1.25e-7, "-1.25e-07"}};
-    for (const auto &row : kDoubles)
-        EXPECT_EQ(text(VxString(row.value)), row.text);
+    for (const int value : {0, -5, INT_MAX, INT_MIN})
+        EXPECT_EQ(text(VxString(value)), std::to_string(value));
+    const std::pair<double, const char *> kDoubles[] = {{0.5, "0.5"},
+                                                        {1.0, "1"},
+                                                        {1e300, "1e+300"},
+                                                        {-1.25e-7, "-1.25e-07"},
+                                                        {-0.0, "-0"},
+                                                        {HUGE_VAL, "inf"},
+                                                        {1.0 / 3, "0.333333333333333"}};
+    for (const auto &[value, written] : kDoubles)
+        EXPECT_EQ(text(VxString(value)), written);
     EXPECT_EQ(text(vx("a\0b"s)), "a\0b"s);
 }
 
@@ -293,66 +288,59 @@ TEST(StringSearch, FindsLongPatternsAcrossStretches) {
 // ---- Order, hash, numbers ---------------------------------------------------------------------
 
 TEST(StringOrder, ComparesSignedBytesAndTheTerminator) {
-    const struct {
-        std::string one, other;
-        int order, folded;
-    } kTable[] = {{"abc", "abd", -1, -1},     {"abc", "ab", 99, 99},
-                  {"ab", "abc", -99, -99},    {"", "", 0, 0},
-                  {"a", "a\0"s, 0, 0},        {"a", "a\xE9", 23, 23},
-                  {"\x7F", "\x80", 255, 255}, {"aB", "Ab", 32, 0},
-                  {"[", "a", -6, -6},         {"a\0b"s, "a\0c"s, -1, -1},
-                  {"\xC9", "\xE9", -32, -32}};
-    for (const auto &row : kTable) {
+    const std::tuple<std::string, std::string, int, int> kTable[] = {
+        {"abc", "abd", -1, -1},     {"abc", "ab", 99, 99},
+        {"ab", "abc", -99, -99},    {"", "", 0, 0},
+        {"a", "a\0"s, 0, 0},        {"a", "a\xE9", 23, 23},
+        {"\x7F", "\x80", 255, 255}, {"aB", "Ab", 32, 0},
+        {"[", "a", -6, -6},         {"a\0b"s, "a\0c"s, -1, -1},
+        {"\xC9", "\xE9", -32, -32}};
+    for (const auto &[left, right, order, folded] : kTable) {
         // Behind equal text of any length: stretches are compared at once.
         for (const std::size_t length : {0U, 5U, 63U, 64U, 500U, 1023U, 2000U}) {
             const std::string head(length, 'q');
-            const VxString one = vx(head + row.one);
-            const VxString other = vx(head + row.other);
-            ASSERT_EQ(one.compare(other), row.order) << row.one << " " << row.other << length;
-            ASSERT_EQ(other.compare(one), -row.order);
-            ASSERT_EQ(one.compareC(other), row.folded);
-            const bool same = row.one == row.other;
+            const VxString one = vx(head + left);
+            const VxString other = vx(head + right);
+            ASSERT_EQ(one.compare(other), order) << left << " " << right << length;
+            ASSERT_EQ(other.compare(one), -order);
+            ASSERT_EQ(one.compareC(other), folded);
+            const bool same = left == right;
             EXPECT_EQ(one == other, same ? 1 : 0);
             EXPECT_EQ(one != other, same ? 0 : 1);
-            EXPECT_EQ(one < other, row.order < 0 ? 1 : 0);
-            EXPECT_EQ(one <= other, row.order <= 0 ? 1 : 0);
-            EXPECT_EQ(one > other, row.order > 0 ? 1 : 0);
-            EXPECT_EQ(one >= other, row.order >= 0 ? 1 : 0);
+            EXPECT_EQ(one < other, order < 0 ? 1 : 0);
+            EXPECT_EQ(one <= other, order <= 0 ? 1 : 0);
+            EXPECT_EQ(one > other, order > 0 ? 1 : 0);
+            EXPECT_EQ(one >= other, order >= 0 ? 1 : 0);
         }
     }
 }
 
 TEST(StringHash, IsThatOfSignedBytesUpToTheFirstNul) {
-    const struct {
-        std::string text;
-        unsigned int hash;
-    } kTable[] = {{"", 0},
-                  {"a", 97},
-                  {"abc", 26499},
-                  {"abc\0x"s, 26499},
-                  {"\xE9", 0x0fffff19},
-                  {"abcdefgh", 0x089abaa8},
-                  {"abcdefghi", 0x09abaa69}};
-    for (const auto &row : kTable)
-        EXPECT_EQ(vx(row.text).hash(), row.hash) << row.text;
+    const std::pair<std::string, unsigned int> kTable[] = {{"", 0},
+                                                           {"a", 97},
+                                                           {"abc", 26499},
+                                                           {"abc\0x"s, 26499},
+                                                           {"\xE9", 0x0fffff19},
+                                                           {"abcdefgh", 0x089abaa8},
+                                                           {"abcdefghi", 0x09abaa69}};
+    for (const auto &[hashed, hash] : kTable)
+        EXPECT_EQ(vx(hashed).hash(), hash) << hashed;
 }
 
 TEST(StringNumbers, AreReadLikeStrtolAndStrtod) {
-    const struct {
-        const char *text;
-        int start, value, end;
-    } kInts[] = {{"12ab", 0, 12, 2},
-                 {" 42", 0, 42, 3},
-                 {"ab", 0, 0, 0},
-                 {"ab", 2, 0, 2},
-                 {"x-7", 1, -7, 3},
-                 {"2147483648", 0, INT_MAX, 10},
-                 {"-99999999999999999999", 0, INT_MIN, 21}};
-    for (const auto &row : kInts) {
+    const std::tuple<const char *, int, int, int> kInts[] = {
+        {"12ab", 0, 12, 2},
+        {" 42", 0, 42, 3},
+        {"ab", 0, 0, 0},
+        {"ab", 2, 0, 2},
+        {"2147483648", 0, INT_MAX, 10},
+        {"x-7", 1, -7, 3},
+        {"-99999999999999999999", 0, INT_MIN, 21}};
+    for (const auto &[read, start, value, behind] : kInts) {
         int end = -1;
-        EXPECT_EQ(VxString(row.text).getInt(row.start, end), row.value) << row.text;
-        EXPECT_EQ(end, row.end) << row.text;
-        EXPECT_EQ(VxString(row.text).getInt(row.start), row.value);
+        EXPECT_EQ(VxString(read).getInt(start, end), value) << read;
+        EXPECT_EQ(end, behind) << read;
+        EXPECT_EQ(VxString(read).getInt(start), value);
     }
     int end = -1;
     EXPECT_EQ(VxString("1.5e3x").getDouble(0, end), 1500.0);
