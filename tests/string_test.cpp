@@ -115,6 +115,8 @@ TEST(String, GrowsByTheHint) {
     VxString sharer(doubling);
     sharer += VxString("y");  // takes the hint along
     EXPECT_EQ(capacity(sharer), 16);
+    sharer += VxString("123456789");
+    EXPECT_EQ(capacity(sharer), 34);
     VxString written(doubling);
     written[0] = 'w';  // does not
     EXPECT_EQ(capacity(written), 7);
