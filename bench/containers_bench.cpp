@@ -1,5 +1,5 @@
-// Lists and tables beside the containers that people would take otherwise. The time of a
-// benchmark is that of one element: BENCHMARK(...)/elements is done by items per second.
+// Lists and tables beside the containers that people would take otherwise. Items are elements, so
+// that items per second compare whatever the size.
 
 #include <vxtyped.h>
 

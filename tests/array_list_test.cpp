@@ -87,6 +87,16 @@ TYPED_TEST(EveryList, CopiesHaveTheCapacityOfTheirSource) {
     EXPECT_EQ(fields(TypeParam(list)).capacity, fields(list).capacity);
 }
 
+#ifndef NDEBUG
+TYPED_TEST(EveryList, AssertsItsLimits) {
+    TypeParam list = listOf<TypeParam>(3);
+    EXPECT_DEATH(list.swap(0, 3), "");
+    EXPECT_DEATH(list.set(-1, element<TypeParam>(0)), "");
+    EXPECT_DEATH(list.insert(4, element<TypeParam>(0)), "");
+    EXPECT_DEATH(list.remove(2, 2), "");
+}
+#endif
+
 // The iterators of each class, which the typed classes do not use.
 template <typename Iterator, typename ConstIterator, typename List>
 void walkBothWays(List list, int (*valueOf)(const void *)) {
