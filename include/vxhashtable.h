@@ -69,7 +69,7 @@ public:
 class VxUIntList;
 
 // UndefinedBehaviorSanitizer looks at the type information of a list before each use. That of the
-// lists below is no export; so at their only use outside the library it does not look.
+// bucket lists is no export; so at their only use outside the library it does not look.
 #if defined(__GNUC__)
 #define VX_NO_TYPE_CHECK __attribute__((no_sanitize("vptr")))
 #else
