@@ -1,4 +1,5 @@
-# The export table is one list: a line an export, its ordinal and its symbol.
+# The export table is one list: a line an export, its ordinal, its symbol and
+# for class members a decorated name that only people and tests read.
 # From it come the linker's version script and the table behind vxExportAddress,
 # so that the two cannot disagree.
 
@@ -8,12 +9,18 @@ function(vx_read_exports list_file out_lines)
   set(${out_lines} ${lines} PARENT_SCOPE)
 endfunction()
 
-# vx_export_only(TARGET LIST): nothing leaves TARGET but what LIST names.
-function(vx_export_only target list_file)
+# vx_export_only(TARGET LIST ABI_LIST): nothing leaves TARGET but what the export table and the
+# plain list of further symbols name.
+function(vx_export_only target list_file abi_file)
   vx_read_exports(${list_file} lines)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${abi_file})
+  file(STRINGS ${abi_file} abi_symbols REGEX "^_")
   set(script "{\nglobal:\n    vxExportAddress;\n")
   foreach(line IN LISTS lines)
     string(REGEX REPLACE "^[0-9]+ +([^ ]+).*$" "\\1" symbol "${line}")
+    string(APPEND script "    ${symbol};\n")
+  endforeach()
+  foreach(symbol IN LISTS abi_symbols)
     string(APPEND script "    ${symbol};\n")
   endforeach()
   string(APPEND script "local:\n    *;\n};\n")

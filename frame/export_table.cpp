@@ -2,6 +2,9 @@
 
 #include <vxexports.h>
 
+#include <algorithm>
+#include <iterator>
+
 // Only the address of an export is wanted here, so each symbol, function or table, is
 // declared as bytes under a name of its own and bound to the real one by the assembler.
 extern "C" {
@@ -10,14 +13,25 @@ extern "C" {
 #undef VX_EXPORT
 }
 
-const void *vxExportAddress(int ordinal) {
-    switch (ordinal) {
-#define VX_EXPORT(number, symbol) \
-    case number:                  \
-        return vxExport##number;
+namespace {
+
+struct Export {
+    int ordinal;
+    const void *address;
+};
+
+// In the order of the ordinals, as the list is.
+constexpr Export kTable[] = {
+#define VX_EXPORT(ordinal, symbol) {ordinal, vxExport##ordinal},
 #include "exports.inc"
 #undef VX_EXPORT
-        default:
-            return nullptr;
-    }
+};
+
+}  // namespace
+
+const void *vxExportAddress(int ordinal) {
+    const auto *const found =
+        std::lower_bound(std::begin(kTable), std::end(kTable), ordinal,
+                         [](const Export &entry, int wanted) { return entry.ordinal < wanted; });
+    return found != std::end(kTable) && found->ordinal == ordinal ? found->address : nullptr;
 }

@@ -33,6 +33,19 @@
 #define VX_END_C
 #endif
 
+/*
+ * Members that callers run in loops are defined in the headers and are exports all the same:
+ * one source of each family, which defines VX_EMIT_INLINE, asks the compiler to write them out.
+ * Of a constructor or destructor clang writes both symbols only if it is weak as well.
+ */
+#if !defined(VX_EMIT_INLINE)
+#define VX_INLINE VX_API inline
+#elif defined(__clang__)
+#define VX_INLINE VX_API __attribute__((used, weak)) inline
+#else
+#define VX_INLINE VX_API __attribute__((used)) inline
+#endif
+
 VX_BEGIN_C
 
 /*

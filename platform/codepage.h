@@ -68,6 +68,26 @@ int mblen(const char *text, std::size_t limit);
 // Is this single-byte character a letter. Anything above 255 is none.
 int _ismbcalpha(unsigned character);
 
+// The other case of a character code. Only A to Z and a to z have one, in every page; all other
+// codes come back as they are, a byte of 0x80 or above widened as a signed char among them.
+constexpr unsigned _mbctolower(unsigned character) {
+    return character - 'A' < 26 ? character + ('a' - 'A') : character;
+}
+constexpr unsigned _mbctoupper(unsigned character) {
+    return character - 'a' < 26 ? character - ('a' - 'A') : character;
+}
+
+// The low byte of what these two give for a byte widened as a signed char. Being the same in every
+// page it can be taken in a loop over a text, which compilers turn into vector code.
+constexpr char lowered(char byte) {
+    const bool isUpper = static_cast<unsigned char>(byte - 'A') < 26;
+    return static_cast<char>(byte | (isUpper ? 0x20 : 0));
+}
+constexpr char uppered(char byte) {
+    const bool isLower = static_cast<unsigned char>(byte - 'a') < 26;
+    return static_cast<char>(byte & (isLower ? ~0x20 : ~0));
+}
+
 // The first occurrence of a single-byte character, which may be the terminator; null without one.
 const char *_mbschr(const char *text, char character);
 

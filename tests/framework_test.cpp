@@ -1,58 +1,14 @@
-// The surface of the library as a whole, and the messages of its sibling.
+// The messages of the sibling library.
 
-#include <vxexports.h>
 #include <vxframework.h>
 
+#include <algorithm>
 #include <cstdarg>
-#include <cstdio>
-#include <dlfcn.h>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <map>
 #include <set>
-#include <sstream>
 #include <string>
 
 namespace {
-
-std::map<int, std::string> exportTable() {
-    std::map<int, std::string> table;
-    std::ifstream file(VX_TEST_DATA "/../../frame/exports.txt");
-    for (std::string line; std::getline(file, line);) {
-        int ordinal = 0;
-        std::string symbol;
-        if (std::istringstream(line) >> ordinal >> symbol) {
-            EXPECT_TRUE(table.emplace(ordinal, symbol).second) << line;
-        }
-    }
-    return table;
-}
-
-TEST(Frame, OrdinalsLeadToTheirSymbols) {
-    const std::map<int, std::string> table = exportTable();
-    EXPECT_GE(table.size(), 44U);
-    for (int ordinal = -1; ordinal < 600; ++ordinal) {
-        const auto entry = table.find(ordinal);
-        const void *expected =
-            entry != table.end() ? ::dlsym(RTLD_DEFAULT, entry->second.c_str()) : nullptr;
-        EXPECT_EQ(vxExportAddress(ordinal), expected) << ordinal;
-        EXPECT_EQ(expected != nullptr, entry != table.end()) << ordinal;
-    }
-}
-
-TEST(Frame, NothingElseLeavesTheLibrary) {
-    std::set<std::string> expected = {"vxExportAddress"};
-    for (const auto &[ordinal, symbol] : exportTable())
-        expected.insert(symbol);
-    std::set<std::string> found;
-    FILE *symbols = ::popen("nm -D --defined-only --format=just-symbols " VX_LIBRARY, "r");
-    ASSERT_NE(symbols, nullptr);
-    for (char line[512]; std::fgets(line, sizeof line, symbols) != nullptr;) {
-        found.insert(std::string(line, std::string_view(line).find('\n')));
-    }
-    ::pclose(symbols);
-    EXPECT_EQ(found, expected);
-}
 
 std::string formatted(const char *catalogue, int id, ...) {
     va_list arguments;

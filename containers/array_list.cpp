@@ -1,0 +1,100 @@
+// The list that owns its elements.
+
+#include "containers/slot_array.h"
+
+namespace {
+
+// Hooks are no const members, since a derived class may count or cache in them; the source of a
+// copy is const. This is the one place where the two meet.
+VxArrayList &hooksOf(VxArrayList const &list) {
+    return const_cast<VxArrayList &>(list);
+}
+
+}  // namespace
+
+VxArrayList::VxArrayList() = default;
+
+VxArrayList::VxArrayList(VxArrayList const &source) {
+    dup(source);
+}
+
+VxArrayList::~VxArrayList() {
+    slots::release(array_);
+}
+
+VxArrayList &VxArrayList::operator=(VxArrayList const &source) {
+    if (this != &source) {
+        empty();
+        dup(source);
+    }
+    return *this;
+}
+
+void VxArrayList::dup(VxArrayList const &source) {
+    if (!slots::allocateLike(source.array_, array_)) return;
+    VxArrayList &hooks = hooksOf(source);
+    for (int i = 0; i < array_.count; ++i)
+        array_.slots[i] = hooks.copyElement(source.array_.slots[i]);
+}
+
+void VxArrayList::set(int index, void const *element) {
+    assert(array_.has(index));
+    destroyElement(array_.slots[index]);
+    array_.slots[index] = copyElement(element);
+}
+
+void VxArrayList::insert(int index, void const *element) {
+    if (!slots::makeRoom(array_, index, 1, [this](int at, int n) { grow(at, n); })) return;
+    array_.slots[index] = copyElement(element);
+}
+
+void VxArrayList::insert(int index, VxArrayList const &list) {
+    assert(this != &list);
+    const int n = list.array_.count;
+    if (!slots::makeRoom(array_, index, n, [this](int at, int more) { grow(at, more); })) return;
+    for (int i = 0; i < n; ++i)
+        array_.slots[index + i] = copyElement(list.array_.slots[i]);
+}
+
+void VxArrayList::append(void const *element) {
+    insert(array_.count, element);
+}
+
+void VxArrayList::append(VxArrayList const &list) {
+    insert(array_.count, list);
+}
+
+void VxArrayList::remove(int first, int n) {
+    if (n == 0) return;
+    assert(first >= 0 && n > 0 && n <= array_.count - first);
+    array_.count -= n;
+    if (slots::isSparse(array_)) {
+        shrink(first, n);
+        return;
+    }
+    for (int i = first; i < first + n; ++i)
+        destroyElement(array_.slots[i]);
+    slots::closeGap(array_, first, n);
+}
+
+void VxArrayList::empty() {
+    for (int i = 0; i < array_.count; ++i)
+        destroyElement(array_.slots[i]);
+    slots::release(array_);
+}
+
+void VxArrayList::grow(int index, int n) {
+    slots::grow(array_, index, n);
+}
+
+void VxArrayList::shrink(int first, int n) {
+    const int capacity = slots::shrunkCapacity(array_);
+    void **fresh = slots::allocate(capacity);
+    for (int i = first; i < first + n; ++i)
+        destroyElement(array_.slots[i]);
+    if (fresh != nullptr) {
+        slots::moveTo(fresh, capacity, array_, first, n);
+    } else {
+        slots::closeGap(array_, first, n);
+    }
+}

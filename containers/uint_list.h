@@ -1,0 +1,28 @@
+// The list of stored hashes of a bucket: each slot points to a cell of its own.
+
+#ifndef VX_CONTAINERS_UINT_LIST_H
+#define VX_CONTAINERS_UINT_LIST_H
+
+#include <vxarraylist.h>
+
+class VxUIntList final : public VxArrayList {
+public:
+    VxUIntList() = default;
+    VxUIntList(VxUIntList const &) = delete;
+    VxUIntList &operator=(VxUIntList const &) = default;
+    ~VxUIntList() override;
+
+    unsigned int at(int index) const { return *static_cast<unsigned int const *>(get(index)); }
+
+    // False without memory; nothing is added then.
+    bool append(unsigned int value);
+
+    // Has a copy as many entries as its source, and each of them its cell.
+    bool isWhole(int length) const;
+
+protected:
+    void *copyElement(void const *value) override;
+    void destroyElement(void *cell) override;
+};
+
+#endif

@@ -1,0 +1,490 @@
+/*
+ * vxhashtable.h: sets of pointers in a fixed number of buckets, the bases of typed tables.
+ *
+ *     class            what identifies an element              the elements belong to
+ *     VxHashTable      the hooks hashElement, equalElements    the table: each enters through
+ *                                                              copyElement and leaves through
+ *                                                              destroyElement
+ *     VxPHashTable     the address, void *                     the caller
+ *     VxCPHashTable    the address, void const *               the caller
+ *
+ * No table is made directly. A typed class derives from one of the three and casts in its own
+ * forms of the protected members; empty and the statistics stay as they are. vxtyped.h has such
+ * classes ready; by hand one looks like the list in vxarraylist.h, with four hooks.
+ *
+ * What holds for all three:
+ *
+ *  - Buckets and load. An element stands in bucket (hash modulo number of buckets). A table never
+ *    changes its number of buckets by itself; only operator= does, to that of the source. A look
+ *    up walks one bucket, so its time follows the load, elements divided by buckets: up to 1 is
+ *    good, from about 4 on the walk is most of the time, and 100 buckets with 100,000 elements are
+ *    a list. To grow, make a table with more buckets and fill it with copyObjects, which keeps
+ *    the hashes and runs no hashElement. vxNumBuckets of vxtyped.h picks a number.
+ *  - Tables of addresses use no more than 4096 buckets, since no hash of an address is above
+ *    4095; past some 16,000 elements they get slow whatever the number.
+ *  - Order. A walk gives the buckets in ascending order, and the elements of a bucket in the order
+ *    of their insertion. It survives copies and operator=, and copyObjects between tables of the
+ *    same number of buckets.
+ *  - Without memory insert answers 0 and changes nothing. A copy, assignment or copyObjects is
+ *    whole or leaves an empty table. A table that could not have its buckets has none: it
+ *    answers 0 or null to everything until an assignment gives it some.
+ *  - Nothing is locked: a table and its iterators serve one thread at a time. As far as the hooks
+ *    keep to it, `has` and the statistics write nothing.
+ */
+#ifndef VXHASHTABLE_H
+#define VXHASHTABLE_H
+
+#include "vxarraylist.h"
+
+#include <cstdint>
+
+template <typename Table>
+struct VxTableSpot;
+
+// The lists that buckets are made of. Not for callers, who never make one.
+class VxPBucketList : public VxPArrayList {
+public:
+    VxPBucketList() = default;
+    VxPBucketList(VxPBucketList const &) = delete;
+    VxPBucketList &operator=(VxPBucketList const &) = default;
+    ~VxPBucketList() override;
+
+    const VxSlotArray &slots() const { return array_; }
+    using VxPArrayList::append;
+    using VxPArrayList::set;
+};
+
+class VxCPBucketList : public VxCPArrayList {
+public:
+    VxCPBucketList() = default;
+    VxCPBucketList(VxCPBucketList const &) = delete;
+    VxCPBucketList &operator=(VxCPBucketList const &) = default;
+    ~VxCPBucketList() override;
+
+    const VxSlotArray &slots() const { return array_; }
+    using VxCPArrayList::append;
+};
+
+// The list of stored hashes of a bucket.
+class VxUIntList;
+
+// UndefinedBehaviorSanitizer looks at the type information of a list before each use. That of the
+// bucket lists is no export; so at their only use outside the library it does not look.
+#if defined(__GNUC__)
+#define VX_NO_TYPE_CHECK __attribute__((no_sanitize("vptr")))
+#else
+#define VX_NO_TYPE_CHECK
+#endif
+
+// The fields of every table, behind its table of virtual members. Not for callers.
+template <typename List>
+struct VxBuckets {
+    int numBuckets = 0;
+    List *elementBuckets = nullptr;
+
+    VX_NO_TYPE_CHECK const VxSlotArray &slots(int bucket) const {
+        return elementBuckets[bucket].slots();
+    }
+
+    // The bucket of a hash. REQUIRES: there are buckets.
+    int indexOf(unsigned int hash) const {
+        return static_cast<int>(hash % static_cast<unsigned int>(numBuckets));
+    }
+
+    struct Place {
+        int bucket;    // -1 in a table without buckets
+        int position;  // -1 for an address that is not there
+
+        bool found() const { return position >= 0; }
+    };
+
+    // Where an address stands, or the bucket where it belongs.
+    Place find(unsigned int hash, void const *address) const {
+        if (numBuckets == 0) return {-1, -1};
+        const int bucket = indexOf(hash);
+        const VxSlotArray &stored = slots(bucket);
+        for (int i = 0; i < stored.count; ++i) {
+            if (stored.slots[i] == address) return {bucket, i};
+        }
+        return {bucket, -1};
+    }
+};
+
+/*
+ * A table that owns its elements.
+ */
+class VX_API VxHashTable {
+public:
+    // Removes all elements, by destroyElement bucket by bucket in the order of a walk. The number
+    // of buckets stays.
+    void empty();
+
+    // The number of buckets; of elements, counted at each call by a walk over all buckets; of
+    // buckets that hold elements; of those that hold none.
+    VX_INLINE int getNumBuckets() const { return buckets_.numBuckets; }
+    int getNumElements() const;
+    int getNumUsedBuckets() const;
+    int getNumUnusedBuckets() const;
+
+    // Mean and population variance of the number of elements over the used buckets. 0.0 when
+    // there are none.
+    double getMeanUsedBucketLength() const;
+    double getVarianceUsedBucketLength() const;
+
+protected:
+    // The number of buckets; 0 or less gives 83.
+    explicit VxHashTable(int numBuckets);
+
+    // As many buckets as the source, then for each element the *source's* copyElement: the hooks
+    // of the new object do not exist yet.
+    VxHashTable(VxHashTable const &source);
+
+    // Frees the buckets and runs no hook, since those of the derived class are gone by now: its
+    // own destructor calls empty(), or the elements leak.
+    virtual ~VxHashTable();
+
+    // The four hooks. None may throw, nor change this table. A `given` element is what a caller
+    // passed to insert, remove or has.
+    //
+    // hashElement: runs exactly once in each of these three. Equal elements have equal hashes.
+    virtual unsigned int hashElement(void const *given) = 0;
+
+    // equalElements: not 0 if both are the same element. Runs only for stored elements whose
+    // whole hash is that of the given one.
+    virtual short equalElements(void const *given, void const *stored) = 0;
+
+    // copyElement: the value to store for an element, null to refuse the insertion. When a table
+    // is copied it gets a stored value of the source, and a null is stored as it comes.
+    virtual void *copyElement(void const *element) = 0;
+
+    // destroyElement: releases a value that copyElement returned.
+    virtual void destroyElement(void *stored) = 0;
+
+    // Nothing on self-assignment. operator= empties the table, takes over the number of buckets
+    // and copies as above. copyObjects empties the table, keeps its own number of buckets and
+    // puts in a copy of each element of the source under the hash stored with it, by the
+    // source's copyElement.
+    VxHashTable &operator=(VxHashTable const &source);
+    VxHashTable &copyObjects(VxHashTable const &source);
+
+    // 1 if a copy of the element was added. 0, with nothing changed, for null (no hook runs), for
+    // an element that is there already and for one that copyElement refused.
+    short insert(void const *element);
+
+    // 1 if an equal element was there and is destroyed, else 0. Null goes to hashElement.
+    short remove(void const *element);
+
+    // The stored element that equals the given one, null if there is none. Null goes to
+    // hashElement. The element stays the table's; its hash and equality must not change.
+    void *has(void const *element);
+    void const *has(void const *element) const;
+
+private:
+    void dup(VxHashTable const &source);
+    void copyAlike(VxHashTable const &source);
+    void distribute(VxHashTable const &source);
+    void makeBuckets(int numBuckets);
+    void releaseBuckets();
+    int find(unsigned int hash, int bucket, void const *element);
+    int bucketOf(unsigned int hash) const;
+
+    VxBuckets<VxPBucketList> buckets_;
+    VxUIntList *hashBuckets_ = nullptr;  // entry by entry in step with the element lists
+
+    template <typename Table>
+    friend struct VxTableSpot;
+};
+
+/*
+ * A set of the caller's pointers. Members as in VxHashTable, without hooks: what the pointers
+ * point to is never touched. Null is an element like any other.
+ */
+class VX_API VxPHashTable {
+public:
+    void empty();
+    VX_INLINE int getNumBuckets() const { return buckets_.numBuckets; }
+    int getNumElements() const;
+    int getNumUsedBuckets() const;
+    int getNumUnusedBuckets() const;
+    double getMeanUsedBucketLength() const;
+    double getVarianceUsedBucketLength() const;
+
+    /*
+     * The hash of an address, 0 to 4095. With p the address as a 32-bit number, bits 2 to 13, 14
+     * to 25 and 26 to 31 are folded onto each other by XOR; the two lowest bits do not count.
+     *
+     *     0 -> 0    0x1000 -> 1024    0x4000 -> 1    0x4000000 -> 4
+     *
+     * An address of 32 bits is p itself. Of a wider one p is
+     *
+     *     address >> 2  XOR  address >> 32  XOR  (address AND 12) << 8
+     *
+     * so that neighbours on the heap, which lie 16 bytes or a multiple apart, get neighbouring
+     * hashes, and elements of one array that lie closer still get different ones.
+     */
+    VX_INLINE static unsigned int hash(void const *element) {
+        const auto address = reinterpret_cast<std::uintptr_t>(element);
+        auto p = static_cast<std::uint32_t>(address);
+        const auto high = static_cast<std::uint32_t>(static_cast<std::uint64_t>(address) >> 32);
+        if (high != 0) p = static_cast<std::uint32_t>(address >> 2) ^ high ^ (p & 0xc) << 8;
+        const std::uint32_t a = p >> 10 & 0x3f0000;
+        const std::uint32_t b = p & 0x3ffc000;
+        const std::uint32_t c = p & 0x3ffc;
+        return ((a ^ b) >> 12 ^ c) >> 2;
+    }
+
+protected:
+    // The number of buckets; 0 or less, and no argument, give 83.
+    explicit VxPHashTable(int numBuckets);
+    VxPHashTable();
+    VxPHashTable(VxPHashTable const &source);
+    virtual ~VxPHashTable();
+    VxPHashTable &operator=(VxPHashTable const &source);
+    VxPHashTable &copyObjects(VxPHashTable const &source);
+
+    // 1 if the pointer was added; 0 if it is there already.
+    short insert(void *element);
+
+    // 1 if the pointer was there and is removed, else 0.
+    short remove(void const *element);
+
+    // The stored pointer, null if it is absent; for a stored null the two look alike.
+    VX_INLINE void *has(void const *element) const {
+        return buckets_.find(hash(element), element).found() ? const_cast<void *>(element)
+                                                             : nullptr;
+    }
+
+private:
+    void dup(VxPHashTable const &source);
+
+    VxBuckets<VxPBucketList> buckets_;
+
+    template <typename Table>
+    friend struct VxTableSpot;
+};
+
+/*
+ * A set of the caller's pointers to const. Members as in VxPHashTable.
+ */
+class VX_API VxCPHashTable {
+public:
+    void empty();
+    VX_INLINE int getNumBuckets() const { return buckets_.numBuckets; }
+    int getNumElements() const;
+    int getNumUsedBuckets() const;
+    int getNumUnusedBuckets() const;
+    double getMeanUsedBucketLength() const;
+    double getVarianceUsedBucketLength() const;
+    VX_INLINE static unsigned int hash(void const *element) { return VxPHashTable::hash(element); }
+
+protected:
+    explicit VxCPHashTable(int numBuckets);
+    VxCPHashTable();
+    VxCPHashTable(VxCPHashTable const &source);
+    virtual ~VxCPHashTable();
+    VxCPHashTable &operator=(VxCPHashTable const &source);
+    VxCPHashTable &copyObjects(VxCPHashTable const &source);
+    short insert(void const *element);
+    short remove(void const *element);
+    VX_INLINE void const *has(void const *element) const {
+        return buckets_.find(hash(element), element).found() ? element : nullptr;
+    }
+
+private:
+    void dup(VxCPHashTable const &source);
+
+    VxBuckets<VxCPBucketList> buckets_;
+
+    template <typename Table>
+    friend struct VxTableSpot;
+};
+
+// What an iterator is made of. Not for callers.
+template <typename Table>
+struct VxTableSpot {
+    Table *table;
+    int bucket = 0;
+    int position = 0;
+
+    // One comparison: a negative bucket is a great unsigned one.
+    bool isValid() const {
+        return static_cast<unsigned int>(bucket) <
+               static_cast<unsigned int>(table->buckets_.numBuckets);
+    }
+
+    void *element() const {
+        assert(isValid() && table->buckets_.slots(bucket).has(position));
+        return table->buckets_.slots(bucket).slots[position];
+    }
+
+    void *postInc() {
+        void *found = element();
+        ++position;
+        if (position >= length()) {
+            position = 0;
+            ++bucket;
+            skipEmpty();
+        }
+        return found;
+    }
+
+    void *postDec() {
+        void *found = element();
+        --position;
+        if (position < 0) {
+            --bucket;
+            findLast();
+        }
+        return found;
+    }
+
+    void reset(short fromEnd) {
+        if (fromEnd != 0) {
+            position = -1;
+            bucket = table->buckets_.numBuckets - 1;
+            findLast();
+        } else {
+            position = 0;
+            bucket = 0;
+            skipEmpty();
+        }
+    }
+
+private:
+    int length() const { return table->buckets_.slots(bucket).count; }
+
+    void skipEmpty() {
+        while (bucket < table->buckets_.numBuckets && length() == 0)
+            ++bucket;
+    }
+
+    void findLast() {
+        for (; bucket >= 0; --bucket) {
+            position = length() - 1;
+            if (position >= 0) return;
+        }
+    }
+};
+
+/*
+ * Iterators: a pointer to the table and a place in it. A new one stands on the first element. The
+ * table does not know of them: after an insertion or removal an iterator may stand on another
+ * element or on none, so start anew. It must not outlive its table.
+ *
+ *     for (it.reset(0); it.isValid();) use(it.postInc());    first to last
+ *     for (it.reset(1); it.isValid();) use(it.postDec());    the exact reverse
+ *
+ * getElem, postInc and postDec are for an iterator of which isValid is 1. They give the stored
+ * value:
+ *
+ *     VxHashTableIterator          void *, but void const * from the const form of getElem
+ *     VxHashTableConstIterator     void const *
+ *     VxPHashTableConstIterator    void *
+ *     VxCPHashTableConstIterator   void const *
+ */
+class VX_API VxHashTableIterator {
+public:
+    VX_INLINE VxHashTableIterator(VxHashTable &table) : spot_{&table} { reset(0); }
+    VxHashTableIterator(VxHashTableIterator const &) = default;
+    VX_INLINE ~VxHashTableIterator() {}
+
+    // Both take over the table and the place.
+    VX_INLINE VxHashTableIterator &operator=(VxHashTableIterator const &other) {
+        return assign(other);
+    }
+    VX_INLINE VxHashTableIterator &assign(VxHashTableIterator const &other) {
+        spot_ = other.spot_;
+        return *this;
+    }
+
+    // Goes to the first element or, when `fromEnd` is not 0, to the last. In an empty table the
+    // iterator is not valid then.
+    VX_INLINE void reset(short fromEnd) { spot_.reset(fromEnd); }
+
+    // 1 as long as a walk has not left the table, else 0.
+    VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
+
+    VX_INLINE VxHashTable *getTable() { return spot_.table; }
+    VX_INLINE VxHashTable const *getTable() const { return spot_.table; }
+
+    // The element at the iterator; postInc and postDec then go on to the next one in the order of
+    // the walk or against it.
+    VX_INLINE void *getElem() { return spot_.element(); }
+    VX_INLINE void const *getElem() const { return spot_.element(); }
+    VX_INLINE void *postInc() { return spot_.postInc(); }
+    VX_INLINE void *postDec() { return spot_.postDec(); }
+
+private:
+    VxTableSpot<VxHashTable> spot_;
+};
+
+class VX_API VxHashTableConstIterator {
+public:
+    VX_INLINE VxHashTableConstIterator(VxHashTable const &table) : spot_{&table} { reset(0); }
+    VxHashTableConstIterator(VxHashTableConstIterator const &) = default;
+    VX_INLINE ~VxHashTableConstIterator() {}
+    VX_INLINE VxHashTableConstIterator &operator=(VxHashTableConstIterator const &other) {
+        return assign(other);
+    }
+    VX_INLINE VxHashTableConstIterator &assign(VxHashTableConstIterator const &other) {
+        spot_ = other.spot_;
+        return *this;
+    }
+    VX_INLINE void reset(short fromEnd) { spot_.reset(fromEnd); }
+    VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
+    VX_INLINE VxHashTable const *getTable() const { return spot_.table; }
+    VX_INLINE void const *getElem() const { return spot_.element(); }
+    VX_INLINE void const *postInc() { return spot_.postInc(); }
+    VX_INLINE void const *postDec() { return spot_.postDec(); }
+
+private:
+    VxTableSpot<VxHashTable const> spot_;
+};
+
+class VX_API VxPHashTableConstIterator {
+public:
+    VX_INLINE VxPHashTableConstIterator(VxPHashTable const &table) : spot_{&table} { reset(0); }
+    VxPHashTableConstIterator(VxPHashTableConstIterator const &) = default;
+    VX_INLINE ~VxPHashTableConstIterator() {}
+    VX_INLINE VxPHashTableConstIterator &operator=(VxPHashTableConstIterator const &other) {
+        return assign(other);
+    }
+    VX_INLINE VxPHashTableConstIterator &assign(VxPHashTableConstIterator const &other) {
+        spot_ = other.spot_;
+        return *this;
+    }
+    VX_INLINE void reset(short fromEnd) { spot_.reset(fromEnd); }
+    VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
+    VX_INLINE VxPHashTable const *getTable() const { return spot_.table; }
+    VX_INLINE void *getElem() const { return spot_.element(); }
+    VX_INLINE void *postInc() { return spot_.postInc(); }
+    VX_INLINE void *postDec() { return spot_.postDec(); }
+
+private:
+    VxTableSpot<VxPHashTable const> spot_;
+};
+
+class VX_API VxCPHashTableConstIterator {
+public:
+    VX_INLINE VxCPHashTableConstIterator(VxCPHashTable const &table) : spot_{&table} { reset(0); }
+    VxCPHashTableConstIterator(VxCPHashTableConstIterator const &) = default;
+    VX_INLINE ~VxCPHashTableConstIterator() {}
+    VX_INLINE VxCPHashTableConstIterator &operator=(VxCPHashTableConstIterator const &other) {
+        return assign(other);
+    }
+    VX_INLINE VxCPHashTableConstIterator &assign(VxCPHashTableConstIterator const &other) {
+        spot_ = other.spot_;
+        return *this;
+    }
+    VX_INLINE void reset(short fromEnd) { spot_.reset(fromEnd); }
+    VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
+    VX_INLINE VxCPHashTable const *getTable() const { return spot_.table; }
+    VX_INLINE void const *getElem() const { return spot_.element(); }
+    VX_INLINE void const *postInc() { return spot_.postInc(); }
+    VX_INLINE void const *postDec() { return spot_.postDec(); }
+
+private:
+    VxTableSpot<VxCPHashTable const> spot_;
+};
+
+#endif

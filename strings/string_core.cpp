@@ -1,0 +1,286 @@
+// The body of a string, its sharing, and everything that changes text.
+
+#include "platform/codepage.h"
+
+#include <vxstring.h>
+
+#include <charconv>
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+// The longest text; a body with it still has a size that fits an int.
+constexpr int kMaxLength = INT_MAX - 64;
+
+// What operator[] refers to where there is no byte to be written.
+char scrapByte;
+
+// Two moves of one size that may meet in the middle copy n bytes, size <= n <= 2 * size.
+template <typename Unit>
+void copyEnds(char *to, const char *from, std::size_t n) {
+    Unit head;
+    Unit tail;
+    std::memcpy(&head, from, sizeof head);
+    std::memcpy(&tail, from + n - sizeof tail, sizeof tail);
+    std::memcpy(to, &head, sizeof head);
+    std::memcpy(to + n - sizeof tail, &tail, sizeof tail);
+}
+
+// Pieces of text are mostly short: up to this length one is there before a call has begun.
+constexpr int kShort = 16;
+
+void copyShort(char *to, const char *from, int length) {
+    const auto n = static_cast<std::size_t>(length);
+    if (n >= 8) {
+        copyEnds<std::uint64_t>(to, from, n);
+    } else if (n >= 4) {
+        copyEnds<std::uint32_t>(to, from, n);
+    } else if (n >= 2) {
+        copyEnds<std::uint16_t>(to, from, n);
+    } else if (n == 1) {
+        std::memcpy(to, from, 1);
+    }
+}
+
+// Copies between blocks that do not overlap.
+void copyBytes(char *to, const char *from, int length) {
+    if (length <= kShort) {
+        copyShort(to, from, length);
+    } else {
+        std::memcpy(to, from, static_cast<std::size_t>(length));
+    }
+}
+
+}  // namespace
+
+// ---- Bodies ---------------------------------------------------------------------------------
+
+VxString::VxStringRep *VxString::VxStringRep::make(char const *text, int length, int capacity) {
+    if (capacity > kMaxLength) return nullptr;
+    const std::size_t size = sizeof(VxStringRep) + static_cast<std::size_t>(capacity) + 1;
+    auto *rep = static_cast<VxStringRep *>(std::malloc(size));
+    if (rep == nullptr) return nullptr;
+    rep->data = reinterpret_cast<char *>(rep + 1);
+    rep->length = length;
+    rep->capacity = capacity;
+    rep->memoryHint = kExactRoom;
+    rep->refCount = 1;
+    if (text != nullptr) {
+        copyBytes(rep->data, text, length);
+    } else {
+        std::memset(rep->data, 0, static_cast<std::size_t>(length));
+    }
+    rep->data[length] = '\0';
+    return rep;
+}
+
+// The body of strings that could not have one of their own. Nothing ever writes to it, its
+// counter included, so that it serves all threads.
+VxString::VxStringRep *VxString::VxStringRep::empty() {
+    static char text[1];
+    static VxStringRep rep{text, 0, 0, kExactRoom, 0};
+    return &rep;
+}
+
+void VxString::unref() {
+    if (rep_->refCount != 0 && --rep_->refCount == 0) std::free(rep_);
+}
+
+// Makes the string the only owner of its body. False without memory.
+bool VxString::separate() {
+    if (rep_->refCount == 1) return true;
+    VxStringRep *own = VxStringRep::make(rep_->data, rep_->length, rep_->length);
+    if (own == nullptr) return false;
+    unref();
+    rep_ = own;
+    return true;
+}
+
+void VxString::makeUnique() {
+    separate();
+}
+
+// The capacity of a body that must grow to hold a text.
+int VxString::VxStringRep::grownCapacity(int needed) const {
+    if (memoryHint == kExactRoom) return needed;
+    return needed <= kMaxLength / 2 ? 2 * needed : kMaxLength;
+}
+
+// Gives the string a body of its own that holds `needed` bytes, with the present text and hint.
+// False without memory.
+bool VxString::regrow(int needed) {
+    const int capacity = rep_->grownCapacity(needed);
+    VxStringRep *grown = nullptr;
+    if (rep_->refCount == 1) {
+        const std::size_t size = sizeof(VxStringRep) + static_cast<std::size_t>(capacity) + 1;
+        grown = static_cast<VxStringRep *>(std::realloc(rep_, size));
+        if (grown == nullptr) return false;
+        grown->data = reinterpret_cast<char *>(grown + 1);
+        grown->capacity = capacity;
+    } else {
+        grown = VxStringRep::make(rep_->data, rep_->length, capacity);
+        if (grown == nullptr) return false;
+        grown->memoryHint = rep_->memoryHint;
+        unref();
+    }
+    rep_ = grown;
+    return true;
+}
+
+// ---- Making -----------------------------------------------------------------------------------
+
+void VxString::adopt(VxStringRep *rep) {
+    rep_ = rep != nullptr ? rep : VxStringRep::empty();
+}
+
+VxString::VxString() {
+    adopt(VxStringRep::make(nullptr, 0, 0));
+}
+
+VxString::VxString(char byte) {
+    adopt(VxStringRep::make(&byte, 1, 1));
+}
+
+VxString::VxString(char const *text) {
+    const std::size_t length = text != nullptr ? std::strlen(text) : 0;
+    const int n = length <= kMaxLength ? static_cast<int>(length) : INT_MAX;
+    adopt(VxStringRep::make(text, n, n));
+}
+
+VxString::VxString(char const *text, int n) {
+    assert(n >= 0);
+    adopt(VxStringRep::make(text, n, n));
+}
+
+VxString::VxString(int value) {
+    char digits[32];
+    const auto length = std::to_chars(digits, digits + sizeof digits, value).ptr - digits;
+    adopt(VxStringRep::make(digits, static_cast<int>(length), static_cast<int>(length)));
+}
+
+VxString::VxString(double value) {
+    char text[64];
+    const int length = std::snprintf(text, sizeof text, "%-.*g", 15, value);
+    adopt(VxStringRep::make(text, length, length));
+}
+
+VxString VxString::get(int start) const {
+    return get(start, rep_->length - start);
+}
+
+VxString VxString::get(int start, int n) const {
+    assert(start >= 0 && n >= 0 && n <= rep_->length - start);
+    return VxString(rep_->data + start, n);
+}
+
+VxString::operator int() const {
+    return getInt(0);
+}
+
+VxString::operator double() const {
+    return getDouble(0);
+}
+
+// ---- Changing ---------------------------------------------------------------------------------
+
+VxString &VxString::operator+=(VxString const &other) {
+    VxStringRep *const rep = rep_;
+    const int added = other.rep_->length;
+    const int length = rep->length;
+    if (added > kShort || added > rep->capacity - length || rep->refCount != 1) {
+        return appendLong(other);
+    }
+    char *const end = rep->data + length;
+    rep->length = length + added;
+    end[added] = '\0';
+    copyShort(end, other.rep_->data, added);
+    return *this;
+}
+
+// Apart, so that short pieces pay nothing for it.
+[[gnu::noinline]] VxString &VxString::appendLong(VxString const &other) {
+    const int added = other.rep_->length;
+    const int length = rep_->length;
+    if (added == 0 || added > kMaxLength - length) return *this;
+    if ((length + added > rep_->capacity || rep_->refCount != 1) && !regrow(length + added)) {
+        return *this;
+    }
+    // Read only now: the other string may be this one.
+    copyBytes(rep_->data + length, other.rep_->data, added);
+    rep_->length = length + added;
+    rep_->data[length + added] = '\0';
+    return *this;
+}
+
+VxString VxString::operator+(VxString const &other) const {
+    VxString sum(*this);
+    sum += other;
+    return sum;
+}
+
+char &VxString::operator[](int index) {
+    assert(index >= 0 && index <= rep_->length);
+    if (index < rep_->length && separate()) return rep_->data[index];
+    if (index == rep_->length) separate();
+    scrapByte = rep_->data[index];
+    return scrapByte;
+}
+
+VxString &VxString::set(int start, int n, VxString const &text) {
+    assert(this != &text && start >= 0 && n >= 0 && n <= rep_->length - start);
+    const int added = text.rep_->length;
+    const int kept = rep_->length - n;
+    if (added > kMaxLength - kept || !separate()) return *this;
+
+    const int length = kept + added;
+    const auto tail = static_cast<std::size_t>(kept - start);
+    if (length > rep_->capacity) {
+        VxStringRep *grown = VxStringRep::make(nullptr, 0, rep_->grownCapacity(length));
+        if (grown == nullptr) return *this;
+        grown->memoryHint = rep_->memoryHint;
+        copyBytes(grown->data, rep_->data, start);
+        std::memcpy(grown->data + start + added, rep_->data + start + n, tail);
+        unref();
+        rep_ = grown;
+    } else if (added != n) {
+        std::memmove(rep_->data + start + added, rep_->data + start + n, tail);
+    }
+    copyBytes(rep_->data + start, text.rep_->data, added);
+    rep_->length = length;
+    rep_->data[length] = '\0';
+    return *this;
+}
+
+VxString &VxString::toUpper() {
+    if (!separate()) return *this;
+    char *const text = rep_->data;
+    const int length = rep_->length;
+    for (int i = 0; i < length; ++i)
+        text[i] = platform::uppered(text[i]);
+    return *this;
+}
+
+VxString &VxString::toLower() {
+    if (!separate()) return *this;
+    char *const text = rep_->data;
+    const int length = rep_->length;
+    for (int i = 0; i < length; ++i)
+        text[i] = platform::lowered(text[i]);
+    return *this;
+}
+
+void VxString::setMemoryHint(MemoryHint hint) {
+    if (rep_->refCount != 0) rep_->memoryHint = hint;
+}
+
+void VxString::setLengthHint(int n) {
+    if (n <= rep_->length) return;
+    VxStringRep *roomy = VxStringRep::make(rep_->data, rep_->length, n);
+    if (roomy == nullptr) return;
+    unref();
+    rep_ = roomy;
+}

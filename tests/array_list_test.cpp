@@ -1,0 +1,238 @@
+// The three lists: hooks, capacities, walks, copies, and long random runs against std::vector.
+
+#include "container_values.h"
+
+#include <vxtyped.h>
+
+#include <algorithm>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace {
+
+using V = std::vector<int>;
+
+// The fields, as they lie behind the table of virtual members.
+struct Fields {
+    const void *table;
+    int count, capacity;
+    void **slots;
+};
+
+Fields fields(const auto &list) {
+    Fields result;
+    std::memcpy(&result, static_cast<const void *>(&list), sizeof result);
+    return result;
+}
+
+template <typename List>
+List listOf(int n) {
+    List list;
+    for (int v = 0; v < n; ++v)
+        list.append(element<List>(v));
+    return list;
+}
+
+template <typename List>
+class EveryList : public testing::Test {};
+using Lists = testing::Types<VxOwningList<int>, VxPointerList<int>, VxPointerList<const int>>;
+TYPED_TEST_SUITE(EveryList, Lists);
+
+TYPED_TEST(EveryList, GrowsToPowersOfTwo) {
+    TypeParam list;
+    EXPECT_EQ(fields(list).slots, nullptr);
+    for (const int capacity : {1, 2, 4, 4, 8}) {
+        list.append(element<TypeParam>(7));
+        EXPECT_EQ(fields(list).capacity, capacity);
+    }
+    TypeParam other;
+    other.insert(0, list);
+    EXPECT_EQ(fields(other).capacity, 8);
+    other.append(TypeParam());
+    EXPECT_EQ(fields(other).capacity, 8);
+    other.append(listOf<TypeParam>(30));
+    EXPECT_EQ(fields(other).capacity, 64);
+}
+
+TYPED_TEST(EveryList, ShrinksBelowAQuarter) {
+    constexpr int kBeforeCountAfter[][3] = {{1, 0, 1},  {2, 0, 2},   {4, 0, 2}, {4, 1, 4},
+                                            {8, 2, 8},  {8, 1, 4},   {8, 0, 2}, {64, 16, 64},
+                                            {64, 3, 8}, {64, 15, 32}};
+    for (const auto &[before, count, after] : kBeforeCountAfter) {
+        TypeParam list = listOf<TypeParam>(before);
+        ASSERT_EQ(fields(list).capacity, before);
+        list.remove(count / 2, before - count);
+        EXPECT_EQ(fields(list).capacity, after) << before << " to " << count;
+        list.empty();
+        EXPECT_EQ(fields(list).slots, nullptr);
+        EXPECT_EQ(fields(list).capacity, 0);
+    }
+}
+
+TYPED_TEST(EveryList, CopiesHaveTheCapacityOfTheirSource) {
+    TypeParam list = listOf<TypeParam>(8);
+    list.remove(3, 5);
+    const TypeParam copy(list);
+    TypeParam assigned = listOf<TypeParam>(20);
+    assigned = list;
+    list.set(0, element<TypeParam>(9));
+    const TypeParam &self = assigned;
+    assigned = self;
+    for (const TypeParam *it : {&copy, &self}) {
+        EXPECT_EQ(values(*it), V({0, 1, 2}));
+        EXPECT_EQ(fields(*it).capacity, 8);
+    }
+    list.remove(0, 3);
+    EXPECT_EQ(fields(TypeParam(list)).capacity, fields(list).capacity);
+}
+
+#ifndef NDEBUG
+TYPED_TEST(EveryList, AssertsItsLimits) {
+    TypeParam list = listOf<TypeParam>(3);
+    EXPECT_DEATH(list.swap(0, 3), "");
+    EXPECT_DEATH(list.set(-1, element<TypeParam>(0)), "");
+    EXPECT_DEATH(list.insert(4, element<TypeParam>(0)), "");
+    EXPECT_DEATH(list.remove(2, 2), "");
+}
+#endif
+
+// The iterators of each class, which the typed classes do not use.
+template <typename Iterator, typename ConstIterator, typename List>
+void walkBothWays(List list, int (*valueOf)(const void *)) {
+    Iterator it(list);
+    V seen;
+    for (it.reset(0); it.isValid() != 0;)
+        seen.push_back(valueOf(it.postInc()));
+    EXPECT_EQ(it.getIndex(), 3);
+    for (it.reset(1); it.isValid() != 0;)
+        seen.push_back(valueOf(it.postDec()));
+    EXPECT_EQ(it.getIndex(), -1);
+    EXPECT_EQ(seen, V({0, 1, 2, 2, 1, 0}));
+
+    it.reset(-3);  // any number but 0 is the end
+    ConstIterator constIt(it);
+    EXPECT_EQ(valueOf(constIt.getElem()), 2);
+    list.remove(2, 1);
+    EXPECT_EQ(it.isValid(), 0);
+    EXPECT_EQ(constIt.isValid(), 0);
+    const List none;
+    ConstIterator noneIt(none);
+    noneIt.reset(1);
+    EXPECT_EQ(noneIt.getIndex(), -1);
+    EXPECT_EQ(constIt.assign(noneIt).getList(), &none);
+    EXPECT_EQ(constIt.assign(it).getIndex(), 2);
+    EXPECT_EQ((noneIt = it, noneIt.getList()), &list);
+}
+
+TEST(ListIterators, WalkBothWays) {
+    walkBothWays<VxArrayListIterator, VxArrayListConstIterator>(
+        listOf<VxOwningList<int>>(3), [](const void *e) { return *static_cast<const int *>(e); });
+    const auto cell = [](const void *e) { return value(static_cast<const int *>(e)); };
+    walkBothWays<VxPArrayListIterator, VxPArrayListConstIterator>(listOf<VxPointerList<int>>(3),
+                                                                  cell);
+    walkBothWays<VxCPArrayListIterator, VxCPArrayListConstIterator>(
+        listOf<VxPointerList<const int>>(3), cell);
+}
+
+TEST(ListIterators, GiveReferencesToSlotsOfPointers) {
+    auto list = listOf<VxPointerList<int>>(3);
+    VxPArrayListIterator it(list);
+    it.postInc() = &cells[40];
+    it.getElem() = &cells[41];
+    auto constants = listOf<VxPointerList<const int>>(2);
+    VxCPArrayListIterator constIt(constants);
+    constIt.reset(1);
+    constIt.postDec() = &cells[50];
+    EXPECT_EQ(values(list), V({40, 41, 2}));
+    EXPECT_EQ(values(constants), V({0, 50}));
+}
+
+TYPED_TEST(EveryList, DoesWhatAVectorDoes) {
+    std::mt19937 random(20);
+    const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+    TypeParam list;
+    V model;
+    for (int step = 0; step < 20000; ++step) {
+        const int n = list.length();
+        const int at = below(n + 1);
+        const int v = below(1000);
+        const int action = below(n == 0 ? 5 : 8);
+        if (action == 0) {
+            list.append(element<TypeParam>(v));
+            model.push_back(v);
+        } else if (action < 3) {
+            list.insert(at, element<TypeParam>(v));
+            model.insert(model.begin() + at, v);
+        } else if (action == 3) {
+            const TypeParam more = listOf<TypeParam>(below(6));
+            const V all = values(more);
+            list.insert(at, more);
+            model.insert(model.begin() + at, all.begin(), all.end());
+        } else if (action == 4) {
+            const int gone = below(below(40) == 0 ? n - at + 1 : std::min(n - at, 9) + 1);
+            list.remove(at, gone);
+            model.erase(model.begin() + at, model.begin() + at + gone);
+        } else if (action == 5) {
+            list.set(at % n, element<TypeParam>(v));
+            model[static_cast<std::size_t>(at % n)] = v;
+        } else {
+            list.swap(at % n, v % n);
+            std::swap(model[static_cast<std::size_t>(at % n)],
+                      model[static_cast<std::size_t>(v % n)]);
+        }
+        ASSERT_EQ(values(list), model) << "step " << step;
+        ASSERT_LE(fields(list).count, fields(list).capacity);
+    }
+}
+
+// Typed by hand, with hooks that leave a word each in the log: whose, what, on which number.
+class Logged : public VxArrayList {
+public:
+    explicit Logged(char name) : name_(name) {}
+    Logged(const Logged &source) : VxArrayList(source), name_('b') {}
+    Logged &operator=(const Logged &source) {
+        VxArrayList::operator=(source);
+        return *this;
+    }
+    ~Logged() override { empty(); }
+    void set(int i, int v) { VxArrayList::set(i, &v); }
+    void append(int v) { VxArrayList::append(&v); }
+    using VxArrayList::insert;
+
+protected:
+    void *copyElement(const void *given) override {
+        return new int(log('+', *static_cast<const int *>(given)));
+    }
+    void destroyElement(void *stored) override {
+        log('-', *static_cast<int *>(stored));
+        delete static_cast<int *>(stored);
+    }
+
+private:
+    int log(char what, int v) {
+        hookLog += std::string({name_, what}) + std::to_string(v) + ' ';
+        return v;
+    }
+    char name_;
+};
+
+TEST(OwningList, RunsItsHooksInOrder) {
+    Logged list('a');
+    Logged more('m');
+    for (const int v : {7, 8})
+        more.append(v);
+    for (int v = 0; v < 8; ++v)
+        list.append(v);
+    EXPECT_EQ(logOf([&] { list.set(1, 9); }), "a-1 a+9 ");
+    EXPECT_EQ(logOf([&] { list.insert(1, more); }), "a+7 a+8 ");
+    EXPECT_EQ(logOf([&] { list.swap(0, 2); }), "");
+    EXPECT_EQ(logOf([&] { list.remove(1, 3); }), "a-7 a-0 a-9 ");
+    EXPECT_EQ(logOf([&] { list.remove(99, 0); }), "");
+    EXPECT_EQ(logOf([&] { list.remove(1, 6); }), "a-2 a-3 a-4 a-5 a-6 a-7 ");
+    EXPECT_EQ(logOf([&] { Logged copy(more); }), "m+7 m+8 b-7 b-8 ");
+    EXPECT_EQ(logOf([&] { list = more; }), "a-8 m+7 m+8 ");
+    EXPECT_EQ(logOf([&] { list.empty(); }), "a-7 a-8 ");
+}
+
+}  // namespace

@@ -1,0 +1,46 @@
+// The same ints in every kind of container: as copies, and as pointers to cells of that number.
+
+#ifndef VX_TESTS_CONTAINER_VALUES_H
+#define VX_TESTS_CONTAINER_VALUES_H
+
+#include <string>
+#include <type_traits>
+#include <vector>
+
+alignas(16) inline int cells[1000];
+
+inline int value(int v) {
+    return v;
+}
+inline int value(const int *cell) {
+    return static_cast<int>(cell - cells);
+}
+
+// The element for a number, as this container takes it.
+template <typename Container>
+auto element(int v) {
+    using Element = std::decay_t<decltype(*std::declval<Container &>().begin())>;
+    if constexpr (std::is_pointer_v<Element>) {
+        return &cells[v];
+    } else {
+        return v;
+    }
+}
+
+inline std::vector<int> values(const auto &container) {
+    std::vector<int> all;
+    for (const auto &each : container)
+        all.push_back(value(each));
+    return all;
+}
+
+// What the hooks of containers under test leave behind.
+inline std::string hookLog;
+
+std::string logOf(auto &&action) {
+    hookLog.clear();
+    action();
+    return hookLog;
+}
+
+#endif

@@ -1,0 +1,235 @@
+// The three tables: hooks, the order of walks, copies, figures, and long random runs against a set.
+
+#include "container_values.h"
+
+#include <vxtyped.h>
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <random>
+#include <set>
+
+namespace {
+
+using V = std::vector<int>;
+
+// Values from the last to the first, by the iterators of the base, in the order of a walk forward.
+template <typename Iterator>
+V walkBack(const auto &table, auto &&valueOf) {
+    V seen;
+    Iterator it(table);
+    for (it.reset(1); it.isValid() != 0;)
+        seen.push_back(valueOf(it.postDec()));
+    std::reverse(seen.begin(), seen.end());
+    return seen;
+}
+
+int cellOf(const void *cell) {
+    return value(static_cast<const int *>(cell));
+}
+V valuesBack(const VxOwningTable<int> &table) {
+    return walkBack<VxHashTableConstIterator>(
+        table, [](const void *e) { return *static_cast<const int *>(e); });
+}
+V valuesBack(const VxPointerTable<int> &table) {
+    return walkBack<VxPHashTableConstIterator>(table, cellOf);
+}
+V valuesBack(const VxPointerTable<const int> &table) {
+    return walkBack<VxCPHashTableConstIterator>(table, cellOf);
+}
+
+template <typename Table>
+class EveryTable : public testing::Test {};
+using Tables = testing::Types<VxOwningTable<int>, VxPointerTable<int>, VxPointerTable<const int>>;
+TYPED_TEST_SUITE(EveryTable, Tables);
+
+TYPED_TEST(EveryTable, HasBucketsAndNothingElseAtFirst) {
+    for (const int asked : {0, -5, 1, 500}) {
+        const TypeParam table(asked);
+        EXPECT_EQ(table.getNumBuckets(), asked > 0 ? asked : 83);
+        EXPECT_EQ(table.getNumElements(), 0);
+        EXPECT_EQ(table.getNumUnusedBuckets(), table.getNumBuckets());
+        EXPECT_EQ(table.getMeanUsedBucketLength(), 0.0);
+        EXPECT_EQ(table.getVarianceUsedBucketLength(), 0.0);
+        EXPECT_EQ(values(table), V());
+        EXPECT_EQ(valuesBack(table), V());
+    }
+}
+
+TYPED_TEST(EveryTable, KeepsTheOrderOfInsertionInABucket) {
+    TypeParam table(1);
+    for (const int v : {5, 3, 9})
+        EXPECT_TRUE(table.insert(element<TypeParam>(v)));
+    EXPECT_FALSE(table.insert(element<TypeParam>(3)));
+    EXPECT_EQ(values(table), V({5, 3, 9}));
+    EXPECT_TRUE(table.remove(element<TypeParam>(3)));
+    EXPECT_EQ(values(table), V({5, 9}));
+    table.empty();
+    EXPECT_EQ(table.getNumBuckets(), 1);
+    EXPECT_TRUE(table.insert(element<TypeParam>(3)));
+}
+
+TYPED_TEST(EveryTable, CopiesWholeOrIntoOtherBuckets) {
+    TypeParam source(40);
+    for (int v = 0; v < 100; ++v)
+        source.insert(element<TypeParam>(v * 7 % 300));
+    TypeParam copy(source);
+    TypeParam assigned(7);
+    assigned.insert(element<TypeParam>(299));
+    assigned = source;
+    TypeParam alike(40);
+    alike.copyObjects(source);
+    for (TypeParam *it : {&copy, &assigned, &alike}) {
+        EXPECT_EQ(it->getNumBuckets(), 40);
+        EXPECT_EQ(values(*it), values(source));
+        EXPECT_TRUE(it->insert(element<TypeParam>(900)));
+    }
+    TypeParam one(1);
+    one.insert(element<TypeParam>(299));
+    one.copyObjects(source);
+    EXPECT_EQ(values(one), values(source));
+    TypeParam wide(500);
+    wide.copyObjects(one);
+    const TypeParam &self = wide;
+    wide.copyObjects(self);
+    EXPECT_EQ(wide.getNumBuckets(), 500);
+    EXPECT_EQ(wide.getNumElements(), 100);
+    EXPECT_FALSE(wide.insert(element<TypeParam>(7)));
+}
+
+TYPED_TEST(EveryTable, DoesWhatASetDoes) {
+    std::mt19937 random(21);
+    for (const int numBuckets : {1, 7, 83}) {
+        TypeParam table(numBuckets);
+        std::set<int> model;
+        for (int step = 0; step < 4000; ++step) {
+            const int v = static_cast<int>(random() % 300);
+            const auto given = element<TypeParam>(v);
+            if (random() % 2 == 0) {
+                ASSERT_EQ(table.insert(given), model.insert(v).second);
+            } else {
+                ASSERT_EQ(table.remove(given), model.erase(v) == 1);
+            }
+            ASSERT_EQ(static_cast<bool>(table.has(given)), model.count(v) == 1);
+            if (step % 16 != 0) continue;
+            V seen = values(table);
+            ASSERT_EQ(valuesBack(table), seen);
+            std::sort(seen.begin(), seen.end());
+            ASSERT_EQ(seen, V(model.begin(), model.end()));
+            ASSERT_EQ(table.getNumElements(), static_cast<int>(model.size()));
+        }
+    }
+}
+
+// Typed by hand, with hooks that leave a word each in the log: whose, what, on which number. The
+// hash of a number repeats from `spread` on.
+class Logged : public VxHashTable {
+public:
+    static constexpr int kRefused = 666;
+
+    explicit Logged(int numBuckets, int spread, char name)
+        : VxHashTable(numBuckets), spread_(spread), name_(name) {}
+    Logged(const Logged &source) : VxHashTable(source), spread_(source.spread_), name_('b') {}
+    Logged &operator=(const Logged &source) {
+        VxHashTable::operator=(source);
+        return *this;
+    }
+    ~Logged() override { empty(); }
+    int insert(int v) { return VxHashTable::insert(&v); }
+    int remove(int v) { return VxHashTable::remove(&v); }
+    bool has(int v) const { return VxHashTable::has(&v) != nullptr; }
+    using VxHashTable::copyObjects;
+    using VxHashTable::insert;
+
+protected:
+    unsigned int hashElement(const void *given) override {
+        return static_cast<unsigned int>(log('#', given) % spread_);
+    }
+    short equalElements(const void *given, const void *stored) override {
+        return log('=', stored) == *static_cast<const int *>(given) ? -2 : 0;  // not 0 is yes
+    }
+    void *copyElement(const void *given) override {
+        const int v = log('+', given);
+        return v == kRefused ? nullptr : new int(v);
+    }
+    void destroyElement(void *stored) override {
+        log('-', stored);
+        delete static_cast<int *>(stored);
+    }
+
+private:
+    int log(char what, const void *which) {
+        const int v = *static_cast<const int *>(which);
+        hookLog += std::string({name_, what}) + std::to_string(v) + ' ';
+        return v;
+    }
+    int spread_;
+    char name_;
+};
+
+TEST(OwningTable, RunsItsHooksInOrder) {
+    Logged table(10, 4, 'a');  // 1, 5 and 9 have one hash
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(nullptr), 0); }), "");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(1), 1); }), "a#1 a+1 ");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(5), 1); }), "a#5 a=1 a+5 ");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(1), 0); }), "a#1 a=1 ");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(666), 0); }), "a#666 a+666 ");
+    EXPECT_EQ(logOf([&] { EXPECT_TRUE(table.has(5)); }), "a#5 a=1 a=5 ");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.remove(9), 0); }), "a#9 a=1 a=5 ");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.remove(1), 1); }), "a#1 a=1 a-1 ");
+    EXPECT_EQ(logOf([&] { EXPECT_TRUE(table.has(5)); }), "a#5 a=5 ");
+
+    Logged other(3, 1000, 'o');
+    other.insert(2);
+    EXPECT_EQ(logOf([&] { other.insert(5); }), "o#5 o+5 ");  // its bucket, but not its hash
+    EXPECT_EQ(logOf([&] { Logged copy(other); }), "o+2 o+5 b-2 b-5 ");
+    EXPECT_EQ(logOf([&] { table.copyObjects(other); }), "a-5 o+2 o+5 ");
+    EXPECT_EQ(logOf([&] { table = other; }), "a-2 a-5 o+2 o+5 ");
+    EXPECT_EQ(logOf([&] { table.empty(); }), "a-2 a-5 ");
+}
+
+TEST(OwningTable, CountsOverUsedBuckets) {
+    VxOwningTable<int> table(10);  // the hash of an int is the int
+    for (const int v : {1, 2, 12, 3, 13, 23})
+        table.insert(v);
+    EXPECT_EQ(table.getNumUsedBuckets(), 3);
+    EXPECT_EQ(table.getNumUnusedBuckets(), 7);
+    EXPECT_DOUBLE_EQ(table.getMeanUsedBucketLength(), 2.0);
+    EXPECT_DOUBLE_EQ(table.getVarianceUsedBucketLength(), 2.0 / 3.0);
+
+    VxHashTableIterator it(table);
+    VxHashTableIterator other(it);
+    it.postInc();
+    EXPECT_EQ(other.assign(it).getElem(), it.getElem());
+    EXPECT_EQ(*static_cast<int *>(it.getElem()), 2);
+    EXPECT_EQ(it.getTable(), &table);
+}
+
+TEST(PointerTables, TakeNullLikeAnyOther) {
+    VxPointerTable<int> table;
+    EXPECT_TRUE(table.insert(nullptr));
+    EXPECT_FALSE(table.insert(nullptr));
+    EXPECT_EQ(table.getNumElements(), 1);
+    EXPECT_TRUE(table.remove(nullptr));
+    EXPECT_FALSE(table.remove(nullptr));
+}
+
+TEST(PointerTables, FoldAnAddressOfThirtyTwoBits) {
+    constexpr std::uintptr_t kAddressAndHash[][2] = {
+        {0, 0},         {0x1000, 1024},    {0x4000, 1},       {0x4000000, 4},   {3, 0},
+        {0x3ffc, 4095}, {0xffffffff, 252}, {0xfc000000, 252}, {0x3ffc000, 4095}};
+    for (const auto &[address, hash] : kAddressAndHash)
+        EXPECT_EQ(VxPHashTable::hash(reinterpret_cast<const void *>(address)), hash) << address;
+}
+
+TEST(PointerTables, SpreadAddressesOfTheHeap) {
+    for (const unsigned stride : {4U, 8U, 16U, 24U, 32U, 48U, 64U, 80U, 96U, 112U, 128U, 4096U}) {
+        VxPointerTable<char> table(1009);
+        for (std::uintptr_t i = 0; i < 1000; ++i)
+            table.insert(reinterpret_cast<char *>(0x55d0c0a3f2a0 + i * stride));
+        // Random hashes would use 634 buckets.
+        EXPECT_GT(table.getNumUsedBuckets(), 450) << stride;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,195 @@
+// What lists, tables and strings do when the n-th allocation fails, for every n, once and from then
+// on; and which members allocate at all. The linker puts the functions below in front of the
+// allocator.
+
+#include <vxstring.h>
+#include <vxtyped.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <gtest/gtest.h>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+int allocations;    // since the count began
+int failFrom = -1;  // the first allocation that fails, -1 for none
+bool failsForGood;  // the ones behind it too
+
+bool fails() {
+    const int number = allocations++;
+    return failFrom >= 0 && (failsForGood ? number >= failFrom : number == failFrom);
+}
+
+}  // namespace
+
+extern "C" {
+void *__real_malloc(std::size_t size);
+void *__real_realloc(void *block, std::size_t size);
+void *__real__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag);
+void *__real__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag);
+
+void *__wrap_malloc(std::size_t size) {
+    return fails() ? nullptr : __real_malloc(size);
+}
+void *__wrap_realloc(void *block, std::size_t size) {
+    return fails() ? nullptr : __real_realloc(block, size);
+}
+void *__wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag) {
+    return fails() ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
+}
+void *__wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag) {
+    return fails() ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
+}
+}
+
+namespace {
+
+// Runs an attempt for each allocation that can fail. It checks what it finds, and answers whether
+// it got all that it asked for.
+void failEach(const std::function<bool()> &attempt) {
+    for (const bool forGood : {false, true}) {
+        bool reached = true;
+        for (int n = 0; reached; ++n) {
+            allocations = 0;
+            failFrom = n;
+            failsForGood = forGood;
+            const bool whole = attempt();
+            reached = allocations > n;
+            failFrom = -1;
+            EXPECT_TRUE(whole || reached) << "allocation " << n;
+            EXPECT_TRUE(reached || n > 0);  // something is allocated at all
+            ASSERT_LT(n, 1000);
+        }
+    }
+}
+
+// What an attempt starts from is there in any case.
+template <typename Subject, typename... Arguments>
+Subject withMemory(const Arguments &...arguments) {
+    const int kept = std::exchange(failFrom, -1);
+    const int count = allocations;
+    Subject subject(arguments...);
+    failFrom = kept;
+    allocations = count;
+    return subject;
+}
+
+TEST(OutOfMemory, ListsStayAsTheyWere) {
+    using Texts = VxOwningList<std::string>;
+    Texts five;
+    for (const char *text : {"a", "b", "c", "d", "e"})
+        five.append(text);
+    failEach([&five] {
+        Texts list = withMemory<Texts>(five);
+        const bool one = list.insert(2, "x");
+        EXPECT_EQ(list[2], one ? "x" : "c");
+        const int before = list.length();
+        EXPECT_EQ(before, one ? 6 : 5);
+        const bool all = list.append(five);
+        EXPECT_EQ(list.length(), all ? before + 5 : before);
+        list.remove(1, list.length() - 1);  // shrinks, or goes on in the old slots
+        EXPECT_EQ(list[0], "a");
+        const Texts copy(list);
+        EXPECT_TRUE(copy.length() == 0 || copy[0] == "a");
+        return one && all && copy.length() == 1;
+    });
+    failEach([] {
+        VxPointerList<bool> list;
+        bool whole = true;
+        for (int i = 0; i < 20; ++i)
+            whole &= list.append(&whole);
+        VxPointerList<bool> copy;
+        copy = list;
+        EXPECT_TRUE(copy.length() == 0 || copy.length() == list.length());
+        return whole && copy.length() == 20;
+    });
+}
+
+// A table, a copy and one in other buckets; elements are pointers or copies.
+template <typename Table, typename Elements>
+bool fillAndCopy(const Elements &elements) {
+    Table table(3);
+    int inserted = 0;
+    for (const auto &element : elements)
+        inserted += table.insert(element) ? 1 : 0;
+    EXPECT_EQ(table.getNumElements(), inserted);
+    const Table copy(table);
+    Table wide(50);
+    wide.copyObjects(table);
+    for (const Table *it : {&copy, static_cast<const Table *>(&wide)}) {
+        const int n = it->getNumElements();
+        EXPECT_TRUE(n == 0 || n == inserted) << n;
+        EXPECT_EQ(n, std::count_if(elements.begin(), elements.end(), [it](const auto &each) {
+                      return static_cast<bool>(it->has(each));
+                  }));
+    }
+    const int copied = copy.getNumElements() + wide.getNumElements();
+    wide = withMemory<Table>(5);
+    const bool planted = wide.insert(elements[0]);  // even in one that had no buckets before
+    EXPECT_EQ(static_cast<bool>(wide.has(elements[0])), planted);
+    return inserted == 6 && copied == 12 && planted;
+}
+
+TEST(OutOfMemory, TablesStayAsTheyWereAndCopiesAreWholeOrEmpty) {
+    const std::vector<std::string> words = {"ash", "beech", "fir", "oak", "pine", "yew"};
+    failEach([&] { return fillAndCopy<VxOwningTable<std::string>>(words); });
+    std::vector<const std::string *> pointers;
+    for (const std::string &word : words)
+        pointers.push_back(&word);
+    failEach([&] { return fillAndCopy<VxPointerTable<const std::string>>(pointers); });
+}
+
+TEST(OutOfMemory, StringsStayAsTheyWere) {
+    const VxString abc("abc");
+    const VxString piece("defgh");
+    const std::vector<std::pair<std::function<void(VxString &)>, const char *>> changes = {
+        {[&](VxString &s) { s += piece; }, "abcdefgh"},
+        {[&](VxString &s) { s.set(1, 1, piece); }, "adefghc"},
+        {[](VxString &s) { s.toUpper(); }, "ABC"},
+        {[](VxString &s) { s[1] = 'x'; }, "axc"},
+        {[](VxString &s) { s = s.get(1); }, "bc"},
+        {[](VxString &s) { s = VxString("12"); }, "12"}};
+    for (const auto &row : changes) {
+        failEach([&row, &abc, &piece] {
+            const auto &[change, result] = row;
+            VxString changed(abc);
+            change(changed);
+            const std::string text(vxStringView(changed));
+            EXPECT_TRUE(text == result || text == "abc" || text.empty()) << text;
+            EXPECT_STREQ(changed, text.c_str());
+            EXPECT_EQ(vxStringView(abc), "abc");  // no sharer is written to
+            changed.setMemoryHint(VxString::kDoubleRoom);
+            const int kept = std::exchange(failFrom, -1);
+            changed += piece;  // and the string can still be used
+            failFrom = kept;
+            EXPECT_EQ(std::string(vxStringView(changed)), text + "defgh");
+            return text == result;
+        });
+    }
+}
+
+TEST(Allocations, NoneForReadingAStringOrSharingIt) {
+    const VxString text("some text with a Needle");
+    const VxString same("some text with a Needle");
+    const VxString pattern("needle");
+    allocations = 0;
+    VxString copy(text);
+    VxString other(copy);
+    other = text;
+    EXPECT_EQ(copy.findC(pattern, 0), 17);
+    EXPECT_EQ(other.find(pattern, 0), -1);
+    EXPECT_EQ(text.findNotInSetC(pattern, 0) + text.compareC(same), 3);
+    EXPECT_TRUE(text == same && text <= same && text.hash() == same.hash());
+    EXPECT_EQ(text[3], 'e');
+    EXPECT_EQ(text.getInt(0), 0);
+    EXPECT_EQ(allocations, 0);
+    copy.toUpper();
+    EXPECT_EQ(allocations, 1);
+}
+
+}  // namespace

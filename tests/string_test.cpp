@@ -1,0 +1,356 @@
+// The string: sharing and separating, growth, searches, order, numbers, and long random runs
+// against std::string.
+
+#include "platform/codepage.h"
+
+#include <vxstring.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using std::string_literals::operator""s;
+
+VxString vx(std::string_view text) {
+    return vxStringFrom(text);
+}
+
+std::string text(const VxString &string) {
+    return std::string(vxStringView(string));
+}
+
+const char *body(const VxString &string) {
+    return string;
+}
+
+// The capacity of a body, which lies before its text: length, capacity.
+int capacity(const VxString &string) {
+    struct Body {
+        char *data;
+        int length, capacity;
+    };
+    const Body *rep = nullptr;
+    std::memcpy(&rep, static_cast<const void *>(&string), sizeof rep);
+    return rep->capacity;
+}
+
+constexpr auto kHint = VxString::kDoubleRoom;
+
+TEST(String, IsMadeOfTextBytesAndNumbers) {
+    EXPECT_EQ(text(VxString()), "");
+    EXPECT_EQ(text(VxString(static_cast<const char *>(nullptr))), "");
+    EXPECT_STREQ(body(VxString(static_cast<const char *>(nullptr))), "");
+    EXPECT_EQ(text(VxString('\0')), "\0"s);
+    EXPECT_EQ(text(VxString('\xE9')), "\xE9");
+    EXPECT_EQ(text(VxString("abc")), "abc");
+    EXPECT_NE(body(VxString()), body(VxString()));  // bodies of their own
+    for (const int value : {0, -5, INT_MAX, INT_MIN})
+        EXPECT_EQ(text(VxString(value)), std::to_string(value));
+    const std::pair<double, const char *> kDoubles[] = {{0.5, "0.5"},
+                                                        {1.0, "1"},
+                                                        {1e300, "1e+300"},
+                                                        {-1.25e-7, "-1.25e-07"},
+                                                        {-0.0, "-0"},
+                                                        {HUGE_VAL, "inf"},
+                                                        {1.0 / 3, "0.333333333333333"}};
+    for (const auto &[value, written] : kDoubles)
+        EXPECT_EQ(text(VxString(value)), written);
+    EXPECT_EQ(text(vx("a\0b"s)), "a\0b"s);
+}
+
+TEST(String, SharesUntilOneIsWrittenTo) {
+    VxString s("abc");
+    const VxString t = s;
+    VxString u;
+    u = t;
+    EXPECT_EQ(body(s), body(t));
+    EXPECT_EQ(body(u), body(t));
+    EXPECT_EQ(body(s + VxString()), body(s));
+    s += VxString();
+    EXPECT_EQ(body(s), body(t));
+
+    const std::vector<void (*)(VxString &)> writers = {
+        [](VxString &x) { x += VxString("d"); }, [](VxString &x) { x.set(0, 1, VxString("x")); },
+        [](VxString &x) { x.toUpper(); },        [](VxString &x) { x.toLower(); },
+        [](VxString &x) { x[0] = 'y'; },         [](VxString &x) { x[3]; },
+        [](VxString &x) { x.setLengthHint(9); }, [](VxString &x) { x.set(1, 1, x.get(0)); }};
+    for (const auto write : writers) {
+        VxString copy(t);
+        write(copy);
+        EXPECT_NE(body(copy), body(t));
+        EXPECT_EQ(text(t), "abc");
+        const char *own = body(copy);
+        copy[0] = 'z';  // alone now: written in place
+        EXPECT_EQ(body(copy), own);
+    }
+    u.setLengthHint(3);
+    EXPECT_EQ(body(u), body(t));
+    EXPECT_NE(body(t.get(0)), body(t));
+    const VxString &self = u;
+    u = self;
+    EXPECT_EQ(body(u), body(t));
+}
+
+TEST(String, GrowsByTheHint) {
+    VxString exact("ab");
+    exact += VxString("c");
+    EXPECT_EQ(capacity(exact), 3);
+
+    VxString doubling("ab");
+    doubling.setMemoryHint(kHint);
+    const int expected[][2] = {{1, 6}, {3, 6}, {1, 14}};
+    for (const auto &[added, room] : expected) {
+        doubling += vx(std::string(static_cast<std::size_t>(added), 'x'));
+        EXPECT_EQ(capacity(doubling), room);
+    }
+    VxString sharer(doubling);
+    sharer += VxString("y");  // takes the hint along
+    EXPECT_EQ(capacity(sharer), 16);
+    sharer += VxString("123456789");
+    EXPECT_EQ(capacity(sharer), 34);
+    VxString written(doubling);
+    written[0] = 'w';  // does not
+    EXPECT_EQ(capacity(written), 7);
+    written += VxString("y");
+    EXPECT_EQ(capacity(written), 8);
+
+    VxString hinted("ab");
+    VxString before(hinted);
+    before.setMemoryHint(kHint);  // of both, and gone with the body
+    hinted.setLengthHint(100);
+    EXPECT_EQ(capacity(hinted), 100);
+    hinted.setLengthHint(50);
+    EXPECT_EQ(capacity(hinted), 50);
+    hinted += VxString("c");
+    EXPECT_EQ(capacity(hinted), 50);
+    before.set(2, 0, VxString("cd"));
+    EXPECT_EQ(capacity(before), 8);
+    before.set(0, 4, VxString());
+    EXPECT_EQ(text(before), "");
+    EXPECT_EQ(capacity(before), 8);
+}
+
+TEST(String, TheByteAtTheEndIsNobodys) {
+    VxString s("ab");
+    VxString t("cd");
+    s[2] = 'x';
+    EXPECT_EQ(text(s), "ab");
+    EXPECT_EQ(body(s)[2], '\0');
+    EXPECT_EQ(t[2], '\0');
+    EXPECT_EQ(&s[2], &t[2]);
+    s[1] = '\0';
+    EXPECT_EQ(s.length(), 2);
+    const VxString &constant = s;
+    EXPECT_EQ(constant[2], '\0');
+}
+
+// Every operation that changes text, on strings that share bodies at random.
+TEST(String, DoesWhatStdStringDoes) {
+    std::mt19937 random(22);
+    const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+    constexpr int kStrings = 6;
+    VxString strings[kStrings];
+    std::string models[kStrings];
+    for (int step = 0; step < 40000; ++step) {
+        const int i = below(kStrings);
+        const int j = below(kStrings);
+        VxString &s = strings[i];
+        std::string &m = models[i];
+        const int n = s.length();
+        const int start = below(n + 1);
+        const int count = below(n - start + 1);
+        const auto at = static_cast<std::size_t>(start);
+        const auto many = static_cast<std::size_t>(count);
+        const int action = n > 200 ? 2 : below(8);
+        if (action == 0) {
+            s = strings[j];
+            m = models[j];
+        } else if (action == 1) {
+            s += strings[j];
+            m += std::string(models[j]);
+        } else if (action == 2) {
+            const bool deletes = n > 200 || i == j;
+            s.set(start, count, deletes ? VxString() : strings[j]);
+            m.replace(at, many, deletes ? "" : models[j]);
+        } else if (action == 3) {
+            s = strings[j] + VxString(static_cast<char>(step));
+            m = models[j] + static_cast<char>(step);
+        } else if (action == 4) {
+            s = s.get(start, count);
+            m = m.substr(at, many);
+        } else if (action == 5) {
+            s.setMemoryHint(below(2) == 0 ? kHint : VxString::kExactRoom);
+            if (below(2) == 0) s.setLengthHint(n + below(20));
+        } else if (action == 6) {
+            s.toLower().toUpper();
+            std::transform(m.begin(), m.end(), m.begin(), platform::uppered);
+        } else if (start < n) {
+            s[start] = static_cast<char>(step);
+            m[at] = static_cast<char>(step);
+        }
+        for (int k = 0; k < kStrings; ++k) {
+            ASSERT_EQ(text(strings[k]), models[k]) << "step " << step << " string " << k;
+            ASSERT_EQ(body(strings[k])[strings[k].length()], '\0');
+        }
+    }
+}
+
+TEST(String, ChangesTheCaseOfLettersOnly) {
+    std::string all;
+    std::string upper;
+    std::string lower;
+    for (int byte = 0; byte < 256; ++byte) {
+        const auto widened = static_cast<unsigned>(static_cast<signed char>(byte));
+        all += static_cast<char>(byte);
+        upper += static_cast<char>(platform::_mbctoupper(widened));
+        lower += static_cast<char>(platform::_mbctolower(widened));
+    }
+    EXPECT_EQ(text(vx(all).toUpper()), upper);
+    EXPECT_EQ(text(vx(all).toLower()), lower);
+    EXPECT_EQ(text(vx("aZ[`{@\xE9\0z"s).toUpper()), "AZ[`{@\xE9\0Z"s);
+    EXPECT_EQ(text(vx("aZ[`{@\xC9\0Z"s).toLower()), "az[`{@\xC9\0z"s);
+}
+
+// ---- Searches against those of std::string, whose npos is -1 as an int -------------------------
+
+std::string mapped(std::string text, char (*change)(char)) {
+    std::transform(text.begin(), text.end(), text.begin(), change);
+    return text;
+}
+
+int find(const std::string &in, const std::string &what, std::size_t from) {
+    return static_cast<int>(in.find(what.empty() ? "\0"s : what, from));
+}
+
+int findLast(const std::string &in, char byte, std::size_t leftOut) {
+    return leftOut < in.size() ? static_cast<int>(in.rfind(byte, in.size() - leftOut - 1)) : -1;
+}
+
+int span(const std::string &in, std::size_t from, std::size_t end) {
+    return from < in.size() ? static_cast<int>(std::min(end, in.size()) - from) : 0;
+}
+
+TEST(StringSearch, FindsWhatStdStringFinds) {
+    using platform::lowered;
+    std::mt19937 random(23);
+    const auto textOf = [&](std::size_t n) {
+        std::string result;
+        while (result.size() < n)
+            result += "aAbB\0\xE9zZ"s[random() % 8];
+        return result;
+    };
+    for (int round = 0; round < 4000; ++round) {
+        // Now and then longer than what is folded at a time.
+        const std::string in = textOf(round % 50 == 0 ? random() % 9000 : random() % 70);
+        const std::string what = textOf(random() % 5);
+        const std::string low = mapped(in, lowered);
+        const std::string lowWhat = mapped(what, lowered);
+        const std::string bothWhat = lowWhat + mapped(what, platform::uppered);
+        const char byte = textOf(1)[0];
+        const std::size_t from = random() % (in.size() + 3);
+        const auto start = static_cast<int>(from);
+        const VxString s = vx(in);
+        const VxString w = vx(what);
+        ASSERT_EQ(s.find(w, start), find(in, what, from)) << round;
+        ASSERT_EQ(s.findC(w, start), find(low, lowWhat, from)) << round;
+        ASSERT_EQ(s.find(byte, start, 0), find(in, {byte}, from));
+        ASSERT_EQ(s.findC(byte, start, 0), find(low, {lowered(byte)}, from));
+        ASSERT_EQ(s.find(byte, start, -2), findLast(in, byte, from));
+        ASSERT_EQ(s.findC(byte, start, 1), findLast(low, lowered(byte), from));
+        ASSERT_EQ(s.findInSet(w, start), span(in, from, in.find_first_not_of(what, from)));
+        ASSERT_EQ(s.findNotInSet(w, start), span(in, from, in.find_first_of(what, from)));
+        ASSERT_EQ(s.findInSetC(w, start), span(in, from, in.find_first_not_of(bothWhat, from)));
+        ASSERT_EQ(s.findNotInSetC(w, start), span(in, from, in.find_first_of(bothWhat, from)));
+    }
+}
+
+TEST(StringSearch, FindsLongPatternsAcrossStretches) {
+    for (const std::size_t length : {1U, 300U, 511U, 512U, 513U, 1500U, 3000U}) {
+        std::string pattern(length, 'A');
+        pattern.back() = 'B';
+        for (const std::size_t at : {0U, 1U, 1000U, 1535U, 2047U, 2048U, 5000U}) {
+            std::string in(at, 'a');  // every place up to the match agrees nearly to the end
+            in += mapped(pattern, platform::lowered);
+            EXPECT_EQ(vx(in).findC(vx(pattern), 0), static_cast<int>(at)) << length;
+            in.pop_back();
+            EXPECT_EQ(vx(in).findC(vx(pattern), 0), -1) << length;
+        }
+    }
+}
+
+// ---- Order, hash, numbers ---------------------------------------------------------------------
+
+TEST(StringOrder, ComparesSignedBytesAndTheTerminator) {
+    const std::tuple<std::string, std::string, int, int> kTable[] = {
+        {"abc", "abd", -1, -1},     {"abc", "ab", 99, 99},
+        {"ab", "abc", -99, -99},    {"", "", 0, 0},
+        {"a", "a\0"s, 0, 0},        {"a", "a\xE9", 23, 23},
+        {"\x7F", "\x80", 255, 255}, {"aB", "Ab", 32, 0},
+        {"[", "a", -6, -6},         {"a\0b"s, "a\0c"s, -1, -1},
+        {"\xC9", "\xE9", -32, -32}};
+    for (const auto &[left, right, order, folded] : kTable) {
+        // Behind equal text of any length: stretches are compared at once.
+        for (const std::size_t length : {0U, 5U, 63U, 64U, 500U, 1023U, 2000U}) {
+            const std::string head(length, 'q');
+            const VxString one = vx(head + left);
+            const VxString other = vx(head + right);
+            ASSERT_EQ(one.compare(other), order) << left << " " << right << length;
+            ASSERT_EQ(other.compare(one), -order);
+            ASSERT_EQ(one.compareC(other), folded);
+            const bool same = left == right;
+            EXPECT_EQ(one == other, same ? 1 : 0);
+            EXPECT_EQ(one != other, same ? 0 : 1);
+            EXPECT_EQ(one < other, order < 0 ? 1 : 0);
+            EXPECT_EQ(one <= other, order <= 0 ? 1 : 0);
+            EXPECT_EQ(one > other, order > 0 ? 1 : 0);
+            EXPECT_EQ(one >= other, order >= 0 ? 1 : 0);
+        }
+    }
+}
+
+TEST(StringHash, IsThatOfSignedBytesUpToTheFirstNul) {
+    const std::pair<std::string, unsigned int> kTable[] = {{"", 0},
+                                                           {"a", 97},
+                                                           {"abc", 26499},
+                                                           {"abc\0x"s, 26499},
+                                                           {"\xE9", 0x0fffff19},
+                                                           {"abcdefgh", 0x089abaa8},
+                                                           {"abcdefghi", 0x09abaa69}};
+    for (const auto &[hashed, hash] : kTable)
+        EXPECT_EQ(vx(hashed).hash(), hash) << hashed;
+}
+
+TEST(StringNumbers, AreReadLikeStrtolAndStrtod) {
+    const std::tuple<const char *, int, int, int> kInts[] = {
+        {"12ab", 0, 12, 2},
+        {" 42", 0, 42, 3},
+        {"ab", 0, 0, 0},
+        {"ab", 2, 0, 2},
+        {"2147483648", 0, INT_MAX, 10},
+        {"x-7", 1, -7, 3},
+        {"-99999999999999999999", 0, INT_MIN, 21}};
+    for (const auto &[read, start, value, behind] : kInts) {
+        int end = -1;
+        EXPECT_EQ(VxString(read).getInt(start, end), value) << read;
+        EXPECT_EQ(end, behind) << read;
+        EXPECT_EQ(VxString(read).getInt(start), value);
+    }
+    int end = -1;
+    EXPECT_EQ(VxString("1.5e3x").getDouble(0, end), 1500.0);
+    EXPECT_EQ(end, 5);
+    EXPECT_EQ(VxString("x").getDouble(0, end), 0.0);
+    EXPECT_EQ(end, 0);
+    EXPECT_EQ(static_cast<int>(VxString("17")), 17);
+    EXPECT_EQ(static_cast<double>(VxString("0.25")), 0.25);
+}
+
+}  // namespace
