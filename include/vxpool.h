@@ -45,12 +45,12 @@ typedef struct VxPoolBlock {
 typedef struct VxPool {
     int32_t elementSize;      /* bytes in an element, used unchanged */
     int32_t elementsPerBlock; /* elements of a block that vxPoolAlloc makes */
-    VxPoolBlock *blocks;      /* in use, newest first */
+    VxPoolBlock *blocks;      /* in use; the current block is the head unless runs came since */
     VxPoolBlock *spareBlocks; /* retired, to be taken up again before new ones are made */
     void *freeElements;       /* freed, last first; the first word of each is the link */
-    void *nextElement;     /* the next one to cut from the current block; null when there is none */
-    int32_t totalElements; /* elements of all blocks, in use or retired */
-    int32_t blockCount;    /* blocks, in use or retired */
+    void *nextElement;        /* the next one to cut from the current block, or null */
+    int32_t totalElements;    /* elements of all blocks, in use or retired */
+    int32_t blockCount;       /* blocks, in use or retired */
 } VxPool;
 
 /* Sets up an empty pool. Allocates nothing; what the record held before does not matter. */
