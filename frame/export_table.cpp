@@ -2,6 +2,9 @@
 
 #include <vxexports.h>
 
+#include <array>
+#include <cstddef>
+
 // Only the address of an export is wanted here, so each symbol, function or table, is
 // declared as bytes under a name of its own and bound to the real one by the assembler.
 extern "C" {
@@ -10,14 +13,32 @@ extern "C" {
 #undef VX_EXPORT
 }
 
-const void *vxExportAddress(int ordinal) {
-    switch (ordinal) {
-#define VX_EXPORT(number, symbol) \
-    case number:                  \
-        return vxExport##number;
+namespace {
+
+constexpr int kFirst = 100;
+constexpr int kLast = 495;
+
+struct Export {
+    int ordinal;
+    const void *address;
+};
+
+constexpr Export kExports[] = {
+#define VX_EXPORT(ordinal, symbol) {ordinal, vxExport##ordinal},
 #include "exports.inc"
 #undef VX_EXPORT
-        default:
-            return nullptr;
-    }
+};
+
+constexpr auto kAddresses = [] {
+    std::array<const void *, kLast - kFirst + 1> addresses{};
+    for (const Export &entry : kExports)
+        addresses[static_cast<std::size_t>(entry.ordinal - kFirst)] = entry.address;
+    return addresses;
+}();
+
+}  // namespace
+
+const void *vxExportAddress(int ordinal) {
+    if (ordinal < kFirst || ordinal > kLast) return nullptr;
+    return kAddresses[static_cast<std::size_t>(ordinal - kFirst)];
 }

@@ -16,16 +16,17 @@
 #ifdef VX_POISON
 #include <sanitizer/asan_interface.h>
 
-inline void poison(const void *memory, std::size_t size) {
+// Not inlined: gcc would warn of new memory that is handed on before it is written.
+[[gnu::noinline]] inline void poison(void *memory, std::size_t size) {
     __asan_poison_memory_region(memory, size);
 }
 
-inline void unpoison(const void *memory, std::size_t size) {
+inline void unpoison(void *memory, std::size_t size) {
     __asan_unpoison_memory_region(memory, size);
 }
 #else
-inline void poison(const void *, std::size_t) {}
-inline void unpoison(const void *, std::size_t) {}
+inline void poison(void *, std::size_t) {}
+inline void unpoison(void *, std::size_t) {}
 #endif
 
 #endif
