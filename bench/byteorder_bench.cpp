@@ -1,5 +1,5 @@
-// Record converters beside the same swaps by hand, and swapping of word arrays beside swab and
-// memcpy.
+// Record converters beside the same swaps by hand in functions of their own, and swapping of word
+// arrays beside swab and memcpy.
 
 #include <vxbyteorder.h>
 #include <vximage.h>
@@ -47,13 +47,13 @@ void hand64(unsigned char *at) {
     std::memcpy(at, &word, sizeof word);
 }
 
-void hand249(void *record) {
+[[gnu::noinline]] void hand249(void *record) {
     auto *at = static_cast<unsigned char *>(record);
     for (int i = 0; i < 3; ++i)
         hand32(at + i * 4);
 }
 
-void hand252(void *record) {
+[[gnu::noinline]] void hand252(void *record) {
     auto *at = static_cast<unsigned char *>(record);
     hand16(at);
     for (int i = 0; i < 4; ++i)
@@ -62,7 +62,7 @@ void hand252(void *record) {
         hand16(at + 20 + i * 2);
 }
 
-void hand229(void *record) {
+[[gnu::noinline]] void hand229(void *record) {
     auto *at = static_cast<unsigned char *>(record);
     hand16(at);
     for (int i = 0; i < 15; ++i)
@@ -70,7 +70,7 @@ void hand229(void *record) {
     hand16(at + 64);
 }
 
-void hand241(void *record) {
+[[gnu::noinline]] void hand241(void *record) {
     auto *at = static_cast<unsigned char *>(record);
     hand16(at);
     for (int i = 0; i < 18; ++i)

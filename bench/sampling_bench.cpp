@@ -9,56 +9,75 @@
 
 namespace {
 
-constexpr int kTables = 64;  // filled between two stops of the clock
-
 void fill(benchmark::State &state, int square) {
-    static VxSampleTable tables[kTables];
     const int grid = static_cast<int>(state.range(0));
-    while (state.KeepRunningBatch(kTables)) {
-        for (VxSampleTable &table : tables)
-            vxSampleTableInit(&table, grid, 0.5F, 0, 1.0F, square);
-        state.PauseTiming();
-        for (VxSampleTable &table : tables)
-            vxSampleTableRelease(&table);
-        state.ResumeTiming();
-    }
-}
-
-void fillSquare(benchmark::State &state) {
-    fill(state, 1);
-}
-BENCHMARK(fillSquare)->Arg(4)->Arg(8);
-
-void bareSquare(benchmark::State &state) {
-    const auto draws = 2 * VX_SAMPLE_SETS * state.range(0) * state.range(0);
     for (auto _ : state) {
-        for (int i = 0; i < draws; ++i)
-            benchmark::DoNotOptimize(std::rand());
+        VxSampleTable table;
+        vxSampleTableInit(&table, grid, 0.5F, 0, 1.0F, square);
+        benchmark::DoNotOptimize(table);
+        vxSampleTableRelease(&table);
     }
 }
-BENCHMARK(bareSquare)->Arg(4)->Arg(8);
 
-void fillDisk(benchmark::State &state) {
-    fill(state, 0);
-}
-BENCHMARK(fillDisk)->Arg(4)->Arg(8);
-
-void bareDisk(benchmark::State &state) {
+// The calls alone: memory, if asked for, then the draws, then mathematics for a disk.
+void bareCalls(benchmark::State &state, bool memory, bool disk) {
     const auto samples = state.range(0) * state.range(0);
     for (auto _ : state) {
+        void *arrays[2 * VX_SAMPLE_SETS] = {};
+        if (memory) {
+            for (void *&array : arrays)
+                array = std::calloc(static_cast<std::size_t>(samples), sizeof(float));
+        }
         for (int set = 0; set < VX_SAMPLE_SETS; ++set) {
-            benchmark::DoNotOptimize(std::rand());
+            if (disk) benchmark::DoNotOptimize(std::rand());
             for (int i = 0; i < samples; ++i) {
-                const double angle = std::rand() * 2.9e-9;
-                const double share = (std::rand() + 1) * 4.6e-10;
-                const double radius = std::sqrt(-2.0 * std::log(share));
+                const int one = std::rand();
+                const int other = std::rand();
+                benchmark::DoNotOptimize(one);
+                benchmark::DoNotOptimize(other);
+                if (!disk) continue;
+                const double angle = one * 2.9e-9;
+                const double radius = std::sqrt(-2.0 * std::log(other * 2.7e-10 + 0.42));
                 benchmark::DoNotOptimize(radius * std::cos(angle));
                 benchmark::DoNotOptimize(radius * std::sin(angle));
             }
         }
+        benchmark::DoNotOptimize(arrays);
+        for (void *array : arrays)
+            std::free(array);
     }
 }
-BENCHMARK(bareDisk)->Arg(4)->Arg(8);
+
+void square(benchmark::State &state) {
+    fill(state, 1);
+}
+
+void squareBareCalls(benchmark::State &state) {
+    bareCalls(state, false, false);
+}
+
+void squareBareCallsAndMemory(benchmark::State &state) {
+    bareCalls(state, true, false);
+}
+
+void disk(benchmark::State &state) {
+    fill(state, 0);
+}
+
+void diskBareCalls(benchmark::State &state) {
+    bareCalls(state, false, true);
+}
+
+void diskBareCallsAndMemory(benchmark::State &state) {
+    bareCalls(state, true, true);
+}
+
+BENCHMARK(square)->Arg(4)->Arg(8);
+BENCHMARK(squareBareCalls)->Arg(4)->Arg(8);
+BENCHMARK(squareBareCallsAndMemory)->Arg(4)->Arg(8);
+BENCHMARK(disk)->Arg(4)->Arg(8);
+BENCHMARK(diskBareCalls)->Arg(4)->Arg(8);
+BENCHMARK(diskBareCallsAndMemory)->Arg(4)->Arg(8);
 
 // ---- A pixel ------------------------------------------------------------------------------
 

@@ -12,18 +12,26 @@ namespace {
 constexpr int kChannels = 3;
 constexpr double kSets = VX_SAMPLE_SETS;
 
-// Extremes by comparison, so that a NaN leaves them alone.
+void copy(const float *from, float *to) {
+    for (int c = 0; c < kChannels; ++c)
+        to[c] = from[c];
+}
+
+// Without branches, which colours make hard to foresee. A NaN leaves the extremes alone.
 void widen(VxPixelSampler *sampler, const float *color) {
     for (int c = 0; c < kChannels; ++c) {
-        if (color[c] < sampler->minColor[c]) sampler->minColor[c] = color[c];
-        if (color[c] > sampler->maxColor[c]) sampler->maxColor[c] = color[c];
+        const float value = color[c];
+        sampler->minColor[c] = std::min(sampler->minColor[c], value);
+        sampler->maxColor[c] = std::max(sampler->maxColor[c], value);
     }
 }
 
 // Each term in double, each sum rounded to float at once. A scale of 1 changes no term.
 void accumulate(float *sum, const float *value, double weight, double scale) {
+    float next[kChannels];
     for (int c = 0; c < kChannels; ++c)
-        sum[c] = static_cast<float>(sum[c] + weight * value[c] * scale);
+        next[c] = static_cast<float>(sum[c] + weight * value[c] * scale);
+    copy(next, sum);
 }
 
 }  // namespace
@@ -52,8 +60,8 @@ void vxPixelSamplerNext(VxPixelSampler *sampler, float *x, float *y) {
 void vxPixelSamplerAdd(VxPixelSampler *sampler, const float *color, const float *second,
                        std::uint32_t id, int quarter) {
     if (sampler->firstSample != 0) {
-        std::copy_n(color, kChannels, sampler->minColor);
-        std::copy_n(color, kChannels, sampler->maxColor);
+        copy(color, sampler->minColor);
+        copy(color, sampler->maxColor);
         sampler->firstSample = 0;
         sampler->firstId = id;
     } else {
@@ -78,6 +86,6 @@ int vxPixelSamplerNeedsMore(const VxPixelSampler *sampler, float contrast) {
 }
 
 void vxPixelSamplerResult(const VxPixelSampler *sampler, float *color, float *second) {
-    std::copy_n(sampler->colorSum, kChannels, color);
-    std::copy_n(sampler->secondSum, kChannels, second);
+    copy(sampler->colorSum, color);
+    copy(sampler->secondSum, second);
 }

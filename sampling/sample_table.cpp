@@ -26,18 +26,37 @@ struct Grid {
     float sizeY;
 };
 
-// A position inside a cell of side 1.
-double jitterValue() {
-    return draw() * jitterAmount + (1.0 - jitterAmount) * 0.5;
+// The draws of a set come first, into its own arrays, which hold them exactly: the arithmetic
+// that follows is then free of calls of the generator, between which nothing stays in registers.
+void drawSet(int samples, float *x, float *y) {
+    for (int k = 0; k < samples; ++k) {
+        x[k] = static_cast<float>(draw());
+        y[k] = static_cast<float>(draw());
+    }
 }
 
+// Draws to positions inside a cell of side 1.
+class Jitter {
+public:
+    explicit Jitter(double amount) : amount_(amount), least_((1.0 - amount) * 0.5) {}
+    double operator()(float drawn) const { return drawn * amount_ + least_; }
+
+private:
+    double amount_;
+    double least_;
+};
+
 void fillSquare(const Grid &grid, float *x, float *y) {
+    drawSet(grid.size * grid.size, x, y);
+    const Jitter jitter(jitterAmount);
+    const auto place = [&](float drawn, int cell, float size) {
+        const double along = (jitter(drawn) + cell) * grid.cell - 0.5;
+        return static_cast<float>(2 * (along * size));
+    };
     for (int row = 0; row < grid.size; ++row) {
-        for (int column = 0; column < grid.size; ++column) {
-            const double across = (jitterValue() + row) * grid.cell - 0.5;
-            *x++ = static_cast<float>(2 * (across * grid.sizeX));
-            const double along = (jitterValue() + column) * grid.cell - 0.5;
-            *y++ = static_cast<float>(2 * (along * grid.sizeY));
+        for (int column = 0; column < grid.size; ++column, ++x, ++y) {
+            *x = place(*x, row, grid.sizeX);
+            *y = place(*y, column, grid.sizeY);
         }
     }
 }
@@ -45,17 +64,19 @@ void fillSquare(const Grid &grid, float *x, float *y) {
 void fillDisk(const Grid &grid, float *x, float *y) {
     const auto least = static_cast<float>(std::exp(-(kCutOff * kCutOff) / 2));
     const auto rotation = static_cast<float>(draw());
+    drawSet(grid.size * grid.size, x, y);
+    const Jitter jitter(jitterAmount);
     for (int row = 0; row < grid.size; ++row) {
-        for (int column = 1; column <= grid.size; ++column) {
-            const auto turns = static_cast<float>((jitterValue() + row) * grid.cell + rotation);
-            double share = ((column - jitterValue()) * grid.cell) * (1.0 - least) + least;
+        for (int column = 1; column <= grid.size; ++column, ++x, ++y) {
+            const auto turns = static_cast<float>((jitter(*x) + row) * grid.cell + rotation);
+            double share = ((column - jitter(*y)) * grid.cell) * (1.0 - least) + least;
             // A cell rounded upwards can take the outer edge of the last column past 1, where
             // the logarithm changes its sign: that sample is the centre.
             share = std::min(share, 1.0);
             const double radius = std::sqrt(-2.0 * std::log(share));
             const double angle = turns * kTwoPi;
-            *x++ = static_cast<float>(radius * std::cos(angle) * grid.sizeX);
-            *y++ = static_cast<float>(radius * std::sin(angle) * grid.sizeY);
+            *x = static_cast<float>(radius * std::cos(angle) * grid.sizeX);
+            *y = static_cast<float>(radius * std::sin(angle) * grid.sizeY);
         }
     }
 }
