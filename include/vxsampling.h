@@ -71,8 +71,8 @@ typedef struct VxSampleTable {
  *              set has its one sample at the centre, and nothing is drawn.
  *   size       sizeX, in the caller's units
  *   doubleY    not 0: sizeY is twice sizeX; 0: they are equal
- *   jitter     0 puts each sample at the centre of its cell of the grid, 1 anywhere in it; what
- *              comes of values outside 0 to 1 is undefined (but harmless)
+ *   jitter     0 puts each sample at the centre of its cell of the grid, 1 anywhere in it; values
+ *              outside 0 to 1 put samples outside their cells, or nowhere (NaN)
  *   square     not 0: the square pattern; 0: the disk
  *
  * Calls srand(1234) first, always, so that a table follows from its arguments and the generator.
