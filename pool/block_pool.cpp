@@ -86,7 +86,7 @@ bool currentToFront(VxPool *pool) {
 // A block that is on no list yet, entered in the pool's counts; null when it is refused.
 VxPoolBlock *newBlock(VxPool *pool, int count) {
     const std::int64_t bytes = elementBytes(pool, count);
-    if (count < 1 || pool->elementSize < 1 ||
+    if (pool->elementSize < 1 ||
         bytes > INT32_MAX - static_cast<std::int64_t>(sizeof(VxPoolBlock)) ||
         count > INT32_MAX - pool->totalElements) {
         return nullptr;

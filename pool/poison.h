@@ -1,4 +1,4 @@
-// Elements that nobody may touch, told to AddressSanitizer; nothing in other builds.
+// Elements that nobody may touch, for AddressSanitizer; nothing in other builds.
 
 #ifndef VX_POOL_POISON_H
 #define VX_POOL_POISON_H
