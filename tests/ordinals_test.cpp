@@ -4,6 +4,7 @@
 #include <vxsampling.h>
 
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace {
 
@@ -13,10 +14,7 @@ const void *address(Function *function) {
 }
 
 TEST(Ordinals, OfPoolsAndSampling) {
-    const struct {
-        int ordinal;
-        const void *function;
-    } exports[] = {
+    const std::pair<int, const void *> exports[] = {
         {143, address(vxPoolAlloc)},          {144, address(vxPoolSetBlockCount)},
         {145, address(vxPoolAllocBlock)},     {146, address(vxPoolDestroy)},
         {147, address(vxPoolFree)},           {148, address(vxPoolRecycle)},
@@ -25,10 +23,9 @@ TEST(Ordinals, OfPoolsAndSampling) {
         {201, address(vxPixelSamplerResult)}, {202, address(vxPixelSamplerNeedsMore)},
         {203, address(vxPixelSamplerNext)},   {204, address(vxPixelSamplerStart)},
         {205, address(vxSampleTableInit)},    {206, address(vxPixelSamplerHasNext)},
-        {207, address(vxSampleTableWeight)},
-    };
-    for (const auto &entry : exports)
-        EXPECT_EQ(vxExportAddress(entry.ordinal), entry.function) << entry.ordinal;
+        {207, address(vxSampleTableWeight)}};
+    for (const auto &[ordinal, function] : exports)
+        EXPECT_EQ(vxExportAddress(ordinal), function) << ordinal;
 }
 
 }  // namespace

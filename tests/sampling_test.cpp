@@ -152,18 +152,6 @@ TEST(SampleTable, OfOneSampleIsTheCentreAndDrawsNothing) {
     }
 }
 
-TEST(SampleTable, SquareSamplesStayInTheirCells) {
-    for (const Rand extreme : {Rand::Zero, Rand::AllOnes}) {
-        mode = extreme;
-        const Table table({4, 1.0F, 1, 1.0F, 1});
-        mode = Rand::Sequence;
-        for (int k = 0; k < table.sampleCount; ++k) {
-            EXPECT_EQ(std::floor(table.offsetX[66][k] * 2) + 2, k / 4) << k;
-            EXPECT_EQ(std::floor(table.offsetY[66][k]) + 2, k % 4) << k;
-        }
-    }
-}
-
 TEST(SampleTable, DiskEndsAtItsCutAndHasACentre) {
     for (int grid = 2; grid <= 50; ++grid) {
         mode = Rand::Zero;  // the outer edges of all cells, the last one at or beyond the centre
@@ -185,17 +173,11 @@ TEST(SampleTable, DiskEndsAtItsCutAndHasACentre) {
 
 // ---- The sampler --------------------------------------------------------------------------
 
-TEST(PixelSampler, TakesEachOfTheSetsByTheDraw) {
+TEST(PixelSampler, TheDrawTellsTheSet) {
     const Table table({2, 1.0F, 0, 1.0F, 1});
-    VxPixelSampler sampler{};
-    std::vector<int> seen(VX_SAMPLE_SETS);
-    for (int i = 0; i < 5000; ++i) {
-        vxPixelSamplerStart(&sampler, &table);
-        ++seen.at(static_cast<std::size_t>(sampler.setIndex));
-    }
-    EXPECT_GT(*std::min_element(seen.begin(), seen.end()), 30);
     for (const auto &[extreme, set] : {std::pair{Rand::Zero, 0}, {Rand::AllOnes, 66}}) {
         mode = extreme;
+        VxPixelSampler sampler{};
         vxPixelSamplerStart(&sampler, &table);
         EXPECT_EQ(sampler.setIndex, set);
     }
