@@ -1,11 +1,13 @@
-// Record converters beside the same swaps by hand in functions of their own, and swapping of word
-// arrays beside swab and memcpy.
+// Record converters beside the same swaps by hand, both behind a call of a shared library, and
+// swapping of word arrays beside swab and memcpy.
+
+#include "swaps_by_hand.h"
 
 #include <vxbyteorder.h>
 #include <vximage.h>
 
 #include <benchmark/benchmark.h>
-#include <cstdint>
+#include <cstddef>
 #include <cstring>
 #include <unistd.h>
 #include <vector>
@@ -24,60 +26,6 @@ void records(benchmark::State &state) {
             convert(memory.data() + i * (span + 8));
         benchmark::ClobberMemory();
     }
-}
-
-void hand16(unsigned char *at) {
-    std::uint16_t word;
-    std::memcpy(&word, at, sizeof word);
-    word = __builtin_bswap16(word);
-    std::memcpy(at, &word, sizeof word);
-}
-
-void hand32(unsigned char *at) {
-    std::uint32_t word;
-    std::memcpy(&word, at, sizeof word);
-    word = __builtin_bswap32(word);
-    std::memcpy(at, &word, sizeof word);
-}
-
-void hand64(unsigned char *at) {
-    std::uint64_t word;
-    std::memcpy(&word, at, sizeof word);
-    word = __builtin_bswap64(word);
-    std::memcpy(at, &word, sizeof word);
-}
-
-[[gnu::noinline]] void hand249(void *record) {
-    auto *at = static_cast<unsigned char *>(record);
-    for (int i = 0; i < 3; ++i)
-        hand32(at + i * 4);
-}
-
-[[gnu::noinline]] void hand252(void *record) {
-    auto *at = static_cast<unsigned char *>(record);
-    hand16(at);
-    for (int i = 0; i < 4; ++i)
-        hand32(at + 4 + i * 4);
-    for (int i = 0; i < 5; ++i)
-        hand16(at + 20 + i * 2);
-}
-
-[[gnu::noinline]] void hand229(void *record) {
-    auto *at = static_cast<unsigned char *>(record);
-    hand16(at);
-    for (int i = 0; i < 15; ++i)
-        hand32(at + 4 + i * 4);
-    hand16(at + 64);
-}
-
-[[gnu::noinline]] void hand241(void *record) {
-    auto *at = static_cast<unsigned char *>(record);
-    hand16(at);
-    for (int i = 0; i < 18; ++i)
-        hand32(at + 4 + i * 4);
-    hand16(at + 76);
-    for (int i = 0; i < 9; ++i)
-        hand64(at + 80 + i * 8);
 }
 
 BENCHMARK_TEMPLATE(records, vxSwapRecord249, 12);
