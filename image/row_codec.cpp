@@ -16,6 +16,11 @@ namespace {
 constexpr std::size_t kLongestWritten = 126;  // elements in a packet; the format would allow 127
 constexpr unsigned kLiteral = 0x80;
 
+// Elements that are moved at once where there is room, and that room: a head and the longest packet
+// in whole chunks.
+constexpr std::size_t kChunk = 16;
+constexpr std::size_t kRoom = 1 + 128;
+
 // ---- Encoding
 
 template <typename In, typename Out>
@@ -53,10 +58,13 @@ const In *endOfStretch(const In *at, const In *end) {
     return third - 2;
 }
 
+// Four equal elements at a time, then one.
 template <typename In>
 const In *endOfRun(const In *at, const In *end) {
-    const In value = *at++;
-    while (at != end && *at == value)
+    const In four[4] = {*at, *at, *at, *at};
+    while (end - at >= 4 && std::memcmp(at, four, sizeof four) == 0)
+        at += 4;
+    while (at != end && *at == four[0])
         ++at;
     return at;
 }
@@ -83,7 +91,6 @@ int encode(const void *input, void *output, int count) {
 // row instead, and pays for no test.
 template <typename In, typename Out>
 struct Bounds {
-    static constexpr bool kChecked = true;
     const In *inEnd;
     Out *outEnd;
 
@@ -92,27 +99,53 @@ struct Bounds {
         return take <= static_cast<std::size_t>(inEnd - in) &&
                put <= static_cast<std::size_t>(outEnd - out);
     }
+    // With room for the longest packet on both sides a packet may be moved in whole chunks: what
+    // is written behind it is written over by the next ones, or is zeroed at the end.
+    bool isRoomy(const In *in, const Out *out) const { return holds(in, kRoom, out, kRoom); }
 };
 
 template <typename In, typename Out>
 struct NoBounds {
-    static constexpr bool kChecked = false;
     bool atEnd(const In *) const { return false; }
     bool holds(const In *, std::size_t, const Out *, std::size_t) const { return true; }
+    bool isRoomy(const In *, const Out *) const { return false; }
 };
+
+template <typename In, typename Out>
+void copyChunks(const In *in, Out *out, std::size_t count) {
+    for (std::size_t i = 0; i < count; i += kChunk) {
+        In chunk[kChunk];
+        std::memcpy(chunk, in + i, sizeof chunk);
+        for (std::size_t k = 0; k < kChunk; ++k)
+            out[i + k] = static_cast<Out>(chunk[k]);
+    }
+}
+
+template <typename Out>
+void fillChunks(Out *out, Out value, std::size_t count) {
+    for (std::size_t i = 0; i < count; i += kChunk)
+        std::fill_n(out + i, kChunk, value);
+}
 
 // Decodes up to the end mark or the end of the stored row; null when a packet breaks a bound.
 template <typename In, typename Out, template <typename, typename> class Limits>
 Out *decode(const In *in, Out *out, const Limits<In, Out> &limits) {
     while (!limits.atEnd(in)) {
+        const bool roomy = limits.isRoomy(in, out);
         const unsigned head = *in++;
         const std::size_t count = head & 0x7F;
         if (count == 0) break;
         if ((head & kLiteral) != 0) {
-            if (!limits.holds(in, count, out, count)) return nullptr;
-            for (std::size_t i = 0; i < count; ++i)
-                out[i] = static_cast<Out>(in[i]);
+            if (roomy) {
+                copyChunks(in, out, count);
+            } else {
+                if (!limits.holds(in, count, out, count)) return nullptr;
+                for (std::size_t i = 0; i < count; ++i)
+                    out[i] = static_cast<Out>(in[i]);
+            }
             in += count;
+        } else if (roomy) {
+            fillChunks(out, static_cast<Out>(*in++), count);
         } else {
             if (!limits.holds(in, 1, out, count)) return nullptr;
             std::fill_n(out, count, static_cast<Out>(*in++));

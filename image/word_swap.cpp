@@ -2,6 +2,7 @@
 
 #include <vximage.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -9,31 +10,49 @@
 namespace {
 
 // Through memcpy, which compiles to plain loads and stores at any alignment.
-template <typename Word, typename Swap>
-void swapWords(void *data, int byteCount, Swap swap) {
-    auto *at = static_cast<unsigned char *>(data);
-    const std::size_t words =
-        byteCount > 0 ? static_cast<std::size_t>(byteCount) / sizeof(Word) : 0;
-    for (std::size_t i = 0; i < words; ++i) {
+template <typename Word, typename Change>
+void changeWords(unsigned char *at, std::size_t count, Change change) {
+    for (std::size_t i = 0; i < count; ++i) {
         Word word;
         std::memcpy(&word, at + i * sizeof word, sizeof word);
-        word = swap(word);
+        word = change(word);
         std::memcpy(at + i * sizeof word, &word, sizeof word);
     }
+}
+
+void swapShorts(unsigned char *at, std::size_t count) {
+    changeWords<std::uint16_t>(at, count, [](std::uint16_t word) {
+        return static_cast<std::uint16_t>(word << 8 | word >> 8);
+    });
+}
+
+void exchangeHalves(unsigned char *at, std::size_t count) {
+    changeWords<std::uint32_t>(at, count,
+                               [](std::uint32_t word) { return word << 16 | word >> 16; });
+}
+
+std::size_t wordsIn(int byteCount, std::size_t wordBytes) {
+    return byteCount > 0 ? static_cast<std::size_t>(byteCount) / wordBytes : 0;
 }
 
 }  // namespace
 
 void vxSwapShorts(void *data, int byteCount) {
-    swapWords<std::uint16_t>(data, byteCount, [](std::uint16_t word) {
-        return static_cast<std::uint16_t>(word << 8 | word >> 8);
-    });
+    swapShorts(static_cast<unsigned char *>(data), wordsIn(byteCount, 2));
 }
 
+// In two passes over blocks that stay in the nearest cache: each pass is made of operations that
+// the machine does on many words at once, where a reversal of four bytes is not one of them.
 void vxSwapLongs(void *data, int byteCount) {
-    swapWords<std::uint32_t>(data, byteCount, [](std::uint32_t word) {
-        return word << 24 | (word << 8 & 0xFF0000U) | (word >> 8 & 0xFF00U) | word >> 24;
-    });
+    constexpr std::size_t kBlock = 1024;
+    auto *at = static_cast<unsigned char *>(data);
+    for (std::size_t left = wordsIn(byteCount, 4); left != 0;) {
+        const std::size_t count = std::min(left, kBlock);
+        swapShorts(at, 2 * count);
+        exchangeHalves(at, count);
+        at += 4 * count;
+        left -= count;
+    }
 }
 
 void vxImageSwapHeader(VxImage *image) {

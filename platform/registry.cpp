@@ -133,7 +133,6 @@ public:
         const int failure = readFile(file_, original_);
         if (failure != ERROR_SUCCESS && failure != ERROR_FILE_NOT_FOUND) return failure;
         exists_ = failure == ERROR_SUCCESS;
-        if (exists_ && writing_ && ::access(file_.c_str(), W_OK) != 0) return ERROR_ACCESS_DENIED;
         damaged_ = exists_ && !content_.parse(original_);
         if (create) content_.addKey(path_);
         return content_.hasKey(path_) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
@@ -141,13 +140,24 @@ public:
 
     const RegistryValue *valueAt(unsigned index) const { return content_.valueAt(path_, index); }
     bool removeValue(const char *name) { return content_.removeValue(path_, name); }
-    void setValue(RegistryValue value) { content_.setValue(path_, std::move(value)); }
+    int setValue(const char *name, unsigned type, const unsigned char *data, unsigned size) {
+        const bool wholeBefore = std::exchange(whole_, false);  // until it is done
+        content_.setValue(path_,
+                          {name, type, std::string(reinterpret_cast<const char *>(data), size)});
+        whole_ = wholeBefore;
+        return ERROR_SUCCESS;
+    }
     bool isForWriting() const { return writing_; }
 
     int save() {
         if (!writing_) return ERROR_SUCCESS;
+        // Changes go in all together or not at all: a value that there was no memory for would be
+        // lost with the old ones gone.
+        if (!whole_) return ERROR_NOT_ENOUGH_MEMORY;
         const std::string text = content_.text();
         if (exists_ && text == original_) return ERROR_SUCCESS;
+        // The folder would let a file be replaced that its owner has made read-only.
+        if (exists_ && ::access(file_.c_str(), W_OK) != 0) return ERROR_ACCESS_DENIED;
         const std::string target = behindLinks(file_);
         const std::string fresh = target + ".new";
         if (writeFresh(fresh, text) && (!damaged_ || linkAside(target, target + ".damaged")) &&
@@ -187,6 +197,7 @@ private:
     bool writing_;
     bool exists_ = false;
     bool damaged_ = false;
+    bool whole_ = true;
     Descriptor lock_;
     std::string original_;
     RegistryFile content_;
@@ -256,10 +267,7 @@ int RegSetValueExA(HKEY key, const char *name, unsigned type, const unsigned cha
                    unsigned size) {
     if (!key->isForWriting()) return ERROR_ACCESS_DENIED;
     if (!isWritable(name)) return ERROR_INVALID_PARAMETER;
-    return guarded([&] {
-        key->setValue({name, type, std::string(reinterpret_cast<const char *>(data), size)});
-        return ERROR_SUCCESS;
-    });
+    return guarded([&] { return key->setValue(name, type, data, size); });
 }
 
 int RegCloseKey(HKEY key) {

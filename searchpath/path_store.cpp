@@ -20,6 +20,10 @@ constexpr int kLevels = 4;      // 0 is the merged list
 // is first asked for, and so is a merged list.
 VxSearchPath *lists[kCategories][kLevels];
 
+// Lists that could not be read, or not whole, for another reason than that there are none. They
+// are not written back until a caller replaces them: what is stored may be good.
+bool unread[kCategories][kLevels];
+
 bool isLevelList(int category, int level) {
     return category > 0 && category < kCategories && level > 0 && level < kLevels;
 }
@@ -52,15 +56,16 @@ RegistryPlace placeOf(int category, int level) {
 
 void readRegistry(int category, int level) {
     const RegistryPlace place = placeOf(category, level);
-    char *text = vxRegistryReadList(place.root, place.key, ';');
+    char *text = vxRegistryReadList(place.root, place.key, ';', &unread[category][level]);
     lists[category][level] = vxSearchPathCreate(text);
+    if (text != nullptr && lists[category][level] == nullptr) unread[category][level] = true;
     std::free(text);
     levelList(category, level);
 }
 
 void writeRegistry(int category, int level) {
     const VxSearchPath *list = lists[category][level];
-    if (list == nullptr) return;
+    if (list == nullptr || unread[category][level]) return;
     const RegistryPlace place = placeOf(category, level);
     vxRegistryWriteList(place.root, place.key, list);
 }
@@ -111,7 +116,11 @@ VxSearchPath *vxPathStoreGet(int category, int level) {
 
 int vxPathStoreSet(int category, int level, VxSearchPath *list) {
     if (level == VX_LEVEL_MERGED) return 0;
-    if (isLevelList(category, level)) vxSearchPathCopy(levelList(category, level), list);
+    if (isLevelList(category, level)) {
+        VxSearchPath *mine = levelList(category, level);
+        vxSearchPathCopy(mine, list);
+        if (list != nullptr && list != mine) unread[category][level] = false;
+    }
     if (category >= 0 && category < kCategories) drop(lists[category][VX_LEVEL_MERGED]);
     return 1;
 }

@@ -45,13 +45,16 @@ char *expanded(const char *text) {
     return result;
 }
 
-std::size_t gather(platform::HKEY key, Record *records) {
+std::size_t gather(platform::HKEY key, Record *records, bool *failed) {
     std::size_t count = 0;
     Value value;
     for (unsigned index = 0; fetch(key, index, value); ++index) {
         if (value.type != platform::REG_SZ || count == kMostRecords) continue;
         char *text = expanded(value.data);
-        if (text == nullptr) continue;
+        if (text == nullptr) {
+            *failed = true;
+            continue;
+        }
         // As atoi, which leaves open what a number too large for an int gives.
         records[count++] = {static_cast<int>(std::strtol(value.name, nullptr, 10)), text};
     }
@@ -108,14 +111,15 @@ char *join(const Record *records, std::size_t count, char separator) {
 
 }  // namespace
 
-char *vxRegistryReadList(platform::RootKey root, const char *key, char separator) {
+char *vxRegistryReadList(platform::RootKey root, const char *key, char separator, bool *failed) {
     platform::HKEY open = nullptr;
-    if (platform::RegOpenKeyExA(root, key, platform::KEY_READ, &open) != platform::ERROR_SUCCESS) {
-        return nullptr;
-    }
+    const int result = platform::RegOpenKeyExA(root, key, platform::KEY_READ, &open);
+    *failed = result != platform::ERROR_SUCCESS && result != platform::ERROR_FILE_NOT_FOUND;
+    if (result != platform::ERROR_SUCCESS) return nullptr;
     Record records[kMostRecords];
-    const std::size_t count = withoutRepeats(records, gather(open, records));
+    const std::size_t count = withoutRepeats(records, gather(open, records, failed));
     char *text = join(records, count, separator);
+    if (text == nullptr && count != 0) *failed = true;
     platform::RegCloseKey(open);
     return text;
 }

@@ -1,0 +1,139 @@
+// Loading and unloading the library, and keeping settings, beside the bare calls that they need.
+
+#include <vxsearchpath.h>
+
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Folder {
+public:
+    Folder() {
+        path_ = fs::temp_directory_path() / ("vxbench" + std::to_string(::getpid()));
+        fs::create_directories(path_);
+    }
+    ~Folder() { fs::remove_all(path_); }
+    Folder(const Folder &) = delete;
+    Folder &operator=(const Folder &) = delete;
+    std::string at(const std::string &name) const { return path_ + "/" + name; }
+
+private:
+    std::string path_;
+};
+
+// ---- Settings, and a life of the library
+
+constexpr char kUser[] = "HKEY_CURRENT_USER";
+constexpr char kMachine[] = "HKEY_LOCAL_MACHINE";
+
+std::string settings(const char *root, const std::string &entry) {
+    std::string text = "REGEDIT4\n";
+    for (const char *key : {"Texture Paths", "Photometric Web Paths"}) {
+        text += std::string("\n[") + root + "\\Software\\Meridane\\Vandermire\\" + key + "]\n";
+        for (int i = 0; i < 2; ++i) {
+            const std::string number = std::to_string(i);
+            text.append("\"")
+                .append(number)
+                .append("\"=\"/maps/")
+                .append(entry)
+                .append(number)
+                .append("\"\n");
+        }
+    }
+    return text;
+}
+
+void writeSettings(const Folder &folder) {
+    std::ofstream(folder.at("user.reg")) << settings(kUser, "a");
+    std::ofstream(folder.at("machine.reg")) << settings(kMachine, "a");
+    ::setenv("VX_REGISTRY_DIR", folder.at("").c_str(), 1);
+}
+
+void *load(const char *library) {
+    void *handle = ::dlopen(library, RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) std::abort();
+    return handle;
+}
+
+// A life of the library that changes one list of the user's.
+void changed(benchmark::State &state) {
+    const Folder folder;
+    writeSettings(folder);
+    int round = 0;
+    for (auto _ : state) {
+        void *library = load(VX_LIBRARY);
+        const auto get =
+            reinterpret_cast<decltype(&vxPathStoreGet)>(::dlsym(library, "vxPathStoreGet"));
+        const auto insert =
+            reinterpret_cast<decltype(&vxSearchPathInsert)>(::dlsym(library, "vxSearchPathInsert"));
+        const auto remove =
+            reinterpret_cast<decltype(&vxSearchPathRemove)>(::dlsym(library, "vxSearchPathRemove"));
+        VxSearchPath *list = get(VX_CATEGORY_TEXTURES, VX_LEVEL_USER);
+        remove(list, 0);
+        insert(list, 0, ++round % 2 == 0 ? "/maps/even" : "/maps/odd");
+        ::dlclose(library);
+    }
+}
+
+void bareSave(benchmark::State &state) {
+    const Folder folder;
+    const std::string text = settings(kUser, "a");
+    for (auto _ : state) {
+        const int file =
+            ::open(folder.at("user.reg.new").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+        if (::write(file, text.data(), text.size()) < 0 || ::fsync(file) != 0) return;
+        ::close(file);
+        std::rename(folder.at("user.reg.new").c_str(), folder.at("user.reg").c_str());
+    }
+}
+
+void life(benchmark::State &state) {
+    const Folder folder;
+    writeSettings(folder);
+    for (auto _ : state)
+        ::dlclose(load(VX_LIBRARY));
+}
+
+// The same for a library that does nothing but depends on the same others, and the file calls that
+// the life above cannot do without: the current directory for each of six lists, each of four keys
+// read at load, and read again under the lock of its root at unload.
+void bareLife(benchmark::State &state) {
+    const Folder folder;
+    writeSettings(folder);
+    for (auto _ : state) {
+        void *library = load(VX_EMPTY_LIBRARY);
+        for (int i = 0; i < 6; ++i)
+            std::free(::getcwd(nullptr, 257));
+        for (int i = 0; i < 8; ++i) {
+            const int lock = i < 4 ? -1 : ::open(folder.at("lock").c_str(), O_RDWR | O_CREAT, 0666);
+            if (lock >= 0 && ::flock(lock, LOCK_EX) != 0) return;
+            const int file =
+                ::open(folder.at(i % 2 == 0 ? "user.reg" : "machine.reg").c_str(), O_RDONLY);
+            struct stat status;
+            char text[4096];
+            if (::fstat(file, &status) != 0 || ::read(file, text, sizeof text) < 0) return;
+            ::close(file);
+            if (lock >= 0) ::close(lock);
+        }
+        ::dlclose(library);
+    }
+}
+
+BENCHMARK(changed)->Name("settings/life_with_one_list_changed");
+BENCHMARK(bareSave)->Name("settings/write_sync_rename");
+BENCHMARK(life)->Name("load_unload/vxutil");
+BENCHMARK(bareLife)->Name("load_unload/empty_library_and_file_calls");
+
+}  // namespace

@@ -1,0 +1,73 @@
+// Search paths: finding a file, keeping settings, loading and unloading, beside the bare calls of
+// the system that they need.
+
+#include <vxsearchpath.h>
+
+#include <benchmark/benchmark.h>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Folder {
+public:
+    Folder() {
+        path_ = fs::temp_directory_path() / ("vxbench" + std::to_string(::getpid()));
+        fs::create_directories(path_);
+    }
+    ~Folder() { fs::remove_all(path_); }
+    Folder(const Folder &) = delete;
+    Folder &operator=(const Folder &) = delete;
+    std::string at(const std::string &name) const { return path_ + "/" + name; }
+
+private:
+    std::string path_;
+};
+
+// ---- Finding a file that only the last directory holds
+
+std::vector<std::string> directories(const Folder &folder, int count) {
+    std::vector<std::string> all;
+    for (int i = 0; i < count; ++i) {
+        all.push_back(folder.at("textures" + std::to_string(i)));
+        fs::create_directories(all.back());
+    }
+    std::ofstream(all.back() + "/wood.sgi") << "x";
+    return all;
+}
+
+void find(benchmark::State &state) {
+    const Folder folder;
+    std::string text;
+    for (const std::string &directory : directories(folder, static_cast<int>(state.range(0)))) {
+        text += directory + ";";
+    }
+    VxSearchPath *list = vxSearchPathCreate(text.c_str());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(vxSearchPathFind(list, "wood.sgi", 0));
+    vxSearchPathFree(list);
+}
+
+void bareStat(benchmark::State &state) {
+    const Folder folder;
+    std::vector<std::string> paths = directories(folder, static_cast<int>(state.range(0)));
+    for (std::string &path : paths)
+        path += "/wood.sgi";
+    for (auto _ : state) {
+        for (const std::string &path : paths) {
+            struct stat status;
+            benchmark::DoNotOptimize(::stat(path.c_str(), &status));
+        }
+    }
+}
+
+BENCHMARK(find)->Name("find/vxutil")->Arg(10)->Arg(100);
+BENCHMARK(bareStat)->Name("find/stat")->Arg(10)->Arg(100);
+
+}  // namespace

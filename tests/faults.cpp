@@ -1,0 +1,158 @@
+#include "faults.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <cstdlib>
+#include <fcntl.h>
+#include <new>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace faults {
+
+namespace {
+
+struct Plan {
+    bool armed = false;
+    unsigned kinds = 0;
+    int left = 0;
+    bool onward = false;
+    Effect effect = Effect::kRefuse;
+    bool struck = false;
+};
+
+Plan plan;
+int counts[7];
+
+bool strikes(Kind kind) {
+    for (unsigned i = 0; i < 7; ++i) {
+        if (kind == 1U << i) ++counts[i];
+    }
+    if (!plan.armed || (plan.kinds & kind) == 0) return false;
+    --plan.left;
+    if (plan.onward ? plan.left > 0 : plan.left != 0) return false;
+    plan.struck = true;
+    if (plan.effect == Effect::kKill) ::raise(SIGKILL);
+    errno = kind == kMemory || kind == kNew ? ENOMEM : EIO;
+    return true;
+}
+
+}  // namespace
+
+void arm(unsigned kinds, int n, bool onward, Effect effect) {
+    resetCounts();
+    plan = {true, kinds, n, onward, effect, false};
+}
+
+bool disarm() {
+    plan.armed = false;
+    return plan.struck;
+}
+
+int count(unsigned kinds) {
+    int sum = 0;
+    for (unsigned i = 0; i < 7; ++i)
+        sum += (kinds & 1U << i) != 0 ? counts[i] : 0;
+    return sum;
+}
+
+void resetCounts() {
+    for (int &number : counts)
+        number = 0;
+}
+
+namespace {
+
+// What a struck transfer still does: nothing, or half.
+template <typename Transfer>
+ssize_t transferred(Kind kind, size_t size, Transfer transfer) {
+    if (!strikes(kind)) return transfer(size);
+    return plan.effect == Effect::kShort ? transfer(size / 2) : -1;
+}
+
+}  // namespace
+
+}  // namespace faults
+
+using faults::strikes;
+
+// The linker sends the library's calls of NAME to __wrap_NAME, and __real_NAME is the C library's.
+extern "C" {
+
+void *__real_malloc(size_t size);
+void *__real_calloc(size_t count, size_t size);
+int __real_open(const char *path, int flags, ...);
+ssize_t __real_read(int file, void *buffer, size_t size);
+ssize_t __real_write(int file, const void *buffer, size_t size);
+off_t __real_lseek(int file, off_t offset, int origin);
+int __real_close(int file);
+
+void *__wrap_malloc(size_t size) {
+    return strikes(faults::kMemory) ? nullptr : __real_malloc(size);
+}
+
+void *__wrap_calloc(size_t count, size_t size) {
+    return strikes(faults::kMemory) ? nullptr : __real_calloc(count, size);
+}
+
+int __wrap_open(const char *path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const int mode = (flags & O_CREAT) != 0 ? va_arg(arguments, int) : 0;
+    va_end(arguments);
+    return strikes(faults::kOpen) ? -1 : __real_open(path, flags, mode);
+}
+
+ssize_t __wrap_read(int file, void *buffer, size_t size) {
+    return faults::transferred(faults::kRead, size,
+                               [&](size_t some) { return __real_read(file, buffer, some); });
+}
+
+ssize_t __wrap_write(int file, const void *buffer, size_t size) {
+    return faults::transferred(faults::kWrite, size,
+                               [&](size_t some) { return __real_write(file, buffer, some); });
+}
+
+off_t __wrap_lseek(int file, off_t offset, int origin) {
+    return strikes(faults::kSeek) ? -1 : __real_lseek(file, offset, origin);
+}
+
+// A close that fails has closed all the same.
+int __wrap_close(int file) {
+    const bool struck = strikes(faults::kOther);
+    const int result = __real_close(file);
+    return struck ? -1 : result;
+}
+
+#define VX_WRAP(name, parameters, arguments)                           \
+    int __real_##name parameters;                                      \
+    int __wrap_##name parameters {                                     \
+        return strikes(faults::kOther) ? -1 : __real_##name arguments; \
+    }
+
+VX_WRAP(stat, (const char *path, struct stat *status), (path, status))
+VX_WRAP(fstat, (int file, struct stat *status), (file, status))
+VX_WRAP(fsync, (int file), (file))
+VX_WRAP(rename, (const char *from, const char *to), (from, to))
+VX_WRAP(link, (const char *from, const char *to), (from, to))
+VX_WRAP(unlink, (const char *path), (path))
+VX_WRAP(flock, (int file, int operation), (file, operation))
+VX_WRAP(mkdir, (const char *path, mode_t mode), (path, mode))
+VX_WRAP(access, (const char *path, int mode), (path, mode))
+VX_WRAP(fchmod, (int file, mode_t mode), (file, mode))
+
+}  // extern "C"
+
+// The standard library allocates inside its own shared object, which only a replacement reaches.
+void *operator new(size_t size) {
+    void *block = strikes(faults::kNew) ? nullptr : __real_malloc(size != 0 ? size : 1);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
+}
+void operator delete(void *block) noexcept {
+    std::free(block);
+}
+void operator delete(void *block, size_t) noexcept {
+    std::free(block);
+}

@@ -1,0 +1,353 @@
+// Every call that images and search paths make of the system fails once, or from then on: results
+// as documented, nothing lost, nothing leaked, and the object still good. And what they call when
+// nothing fails: how often.
+
+#include "faults.h"
+
+#include "searchpath/path_store.h"
+
+#include <vxframework.h>
+#include <vximage.h>
+#include <vxsearchpath.h>
+
+#include <cstdarg>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+// Stands in front of the framework's: keeps the numbers of what was reported.
+static std::vector<int> messages;
+
+const char *vxMessageFormat(va_list, const char *, int id) {
+    messages.push_back(id);
+    return "";
+}
+
+int vxMessageReport(const char *, int, int, ...) {
+    return 0;
+}
+
+namespace {
+
+namespace fs = std::filesystem;
+using faults::Effect;
+
+class Faults : public testing::Test {
+protected:
+    void SetUp() override {
+        folder_ = fs::temp_directory_path() / ("vxfaults" + std::to_string(::getpid()));
+        fs::create_directories(folder_);
+        ::setenv("VX_REGISTRY_DIR", folder_.c_str(), 1);
+        file_ = folder_ / "a.sgi";
+        messages.clear();
+    }
+    void TearDown() override { fs::remove_all(folder_); }
+
+    // Runs a trial with the first call struck, the second, and so on until none is struck any more.
+    static void strikeEach(
+        unsigned kinds, Effect effect, const std::function<void(bool once)> &trial,
+        const std::function<void()> &prepare = [] {}) {
+        for (const bool onward : {false, true}) {
+            bool struck = true;
+            for (int n = 1; struck && !HasFailure(); ++n) {
+                SCOPED_TRACE(testing::Message() << "call " << n << (onward ? " onward" : ""));
+                messages.clear();
+                prepare();
+                faults::arm(kinds, n, onward, effect);
+                trial(!onward);
+                struck = faults::disarm();
+            }
+        }
+    }
+
+    fs::path folder_;
+    std::string file_;
+};
+
+// ---- Images
+
+constexpr int kWidth = 20, kRows = 4;
+using Row = std::vector<std::uint16_t>;
+
+Row rowOf(int y) {
+    Row row(kWidth, static_cast<std::uint16_t>(y));
+    for (std::size_t i = 0; i < 10; ++i)
+        row[i] = static_cast<std::uint16_t>(i * 20);
+    return row;
+}
+
+class ImageFaults : public Faults, public testing::WithParamInterface<unsigned> {
+protected:
+    VxImage *create() const {
+        VxImage *image = vxImageOpen(file_.c_str(), "w", GetParam() & 0xFFFU, 2U, unsigned{kWidth},
+                                     unsigned{kRows});
+        if (image != nullptr && (GetParam() & 0x8000U) != 0) vxImageUsePublishedOrder(image);
+        return image;
+    }
+    VxImage *open() const { return vxImageOpen(file_.c_str(), "r"); }
+    void writeAll() const {
+        VxImage *image = create();
+        for (int y = 0; y < kRows; ++y)
+            vxImagePutRow(image, rowOf(y).data(), y, 0);
+        EXPECT_EQ(vxImageClose(image), 0);
+    }
+    void expectWhole() const {
+        VxImage *image = open();
+        ASSERT_NE(image, nullptr);
+        Row row(kWidth);
+        for (int y = 0; y < kRows; ++y) {
+            EXPECT_EQ(vxImageGetRow(image, row.data(), y, 0), kWidth);
+            EXPECT_EQ(row, rowOf(y));
+        }
+        EXPECT_EQ(vxImageClose(image), 0);
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Storages, ImageFaults,
+                         testing::Values(0x001U, 0x002U, 0x101U, 0x102U, 0x8002U, 0x8102U));
+
+TEST_P(ImageFaults, WritingCanBeTakenUpAgain) {
+    for (const Effect effect : {Effect::kRefuse, Effect::kShort}) {
+        strikeEach(faults::kAll, effect, [&](bool once) {
+            VxImage *image = create();
+            if (image == nullptr) {
+                ASSERT_GE(messages.size(), 1U);
+                faults::disarm();
+                if (once) writeAll();
+                return;
+            }
+            for (int y = 0; y < kRows; ++y) {
+                Row row = rowOf(y);
+                const bool put = vxImagePutRow(image, row.data(), y, 0) == kWidth;
+                EXPECT_TRUE(put || !once || vxImagePutRow(image, row.data(), y, 0) == kWidth);
+                EXPECT_EQ(row, rowOf(y));
+            }
+            messages.clear();
+            bool closed = vxImageClose(image) == 0;
+            const bool gone = !messages.empty() && messages.back() == 20355;
+            if (!closed && !gone) {  // the handle waits for another try
+                faults::disarm();
+                closed = vxImageClose(image) == 0;
+                EXPECT_TRUE(closed);
+            }
+            faults::disarm();
+            if (once) expectWhole();
+        });
+    }
+}
+
+TEST_P(ImageFaults, ReadingLeavesTheRowAndCanBeTakenUpAgain) {
+    writeAll();
+    for (const Effect effect : {Effect::kRefuse, Effect::kShort}) {
+        strikeEach(faults::kAll, effect, [&](bool once) {
+            VxImage *image = open();
+            if (image == nullptr) {
+                EXPECT_TRUE(!messages.empty() || faults::count(faults::kRead) == 0);
+                faults::disarm();
+                if (once) expectWhole();
+                return;
+            }
+            for (int y = 0; y < kRows; ++y) {
+                Row row(kWidth, 0xABCD);
+                if (vxImageGetRow(image, row.data(), y, 0) != kWidth) {
+                    EXPECT_EQ(row, Row(kWidth, 0xABCD));
+                    if (!once) continue;
+                    EXPECT_EQ(vxImageGetRow(image, row.data(), y, 0), kWidth);
+                }
+                EXPECT_EQ(row, rowOf(y));
+            }
+            const int result = vxImageClose(image);
+            EXPECT_TRUE(result == 0 || messages.back() == 20355);
+        });
+    }
+}
+
+TEST_P(ImageFaults, StreamsReportEveryFailure) {
+    writeAll();
+    strikeEach(faults::kAll, Effect::kRefuse, [&](bool) {
+        VxImage *image = open();
+        if (image == nullptr) return;
+        int elements = 0;
+        while ((image->flags & (VX_IMAGE_EOF | VX_IMAGE_ERROR)) == 0 && elements < 200) {
+            if (vxImageFillPixels(image) < 0 && image->pixelBuffer == nullptr) break;
+            ++elements;
+        }
+        EXPECT_LT(elements, 200);
+        faults::disarm();
+        vxImageClose(image);
+    });
+}
+
+// In file order a row costs one call of the system, and no row an allocation.
+TEST_P(ImageFaults, ReadingInFileOrderTakesOneCallARow) {
+    writeAll();
+    faults::resetCounts();
+    VxImage *image = open();
+    Row row(kWidth);
+    vxImageGetRow(image, row.data(), 0, 0);
+    const int seeks = faults::count(faults::kSeek);
+    const int blocks = faults::count(faults::kMemory);
+    for (int y = 1; y < kRows; ++y)
+        vxImageGetRow(image, row.data(), y, 0);
+    EXPECT_EQ(faults::count(faults::kSeek), seeks);
+    EXPECT_EQ(faults::count(faults::kMemory), blocks);
+    EXPECT_EQ(vxImageClose(image), 0);
+    EXPECT_LE(faults::count(faults::kFiles) - kRows, 8);
+}
+
+// A hostile header gets no room before its tables are known to be in the file.
+TEST_F(Faults, NoRoomForTablesThatAreNotThere) {
+    std::ofstream(file_, std::ios::binary)
+        << std::string("\xDA\x01\x01\x01\x03\0\x04\0\xFF\xFF\xFF\x0F\xFF\xFF", 14)
+        << std::string(600, '\0');
+    faults::resetCounts();
+    EXPECT_EQ(vxImageOpen(file_.c_str(), "r"), nullptr);
+    EXPECT_EQ(faults::count(faults::kMemory), 1);  // the handle
+}
+
+// ---- Search paths
+
+std::string textOf(const VxSearchPath *list) {
+    char *text = vxSearchPathToString(list);
+    std::string result = text != nullptr ? text : "(none)";
+    std::free(text);
+    return result;
+}
+
+TEST_F(Faults, ListsStaySound) {
+    strikeEach(faults::kMemory, Effect::kRefuse, [&](bool) {
+        VxSearchPath *list = vxSearchPathCreate("/a;b;/c;/d;/e");
+        VxSearchPath *other = vxSearchPathCreate("/x;/c;/y");
+        if (list != nullptr && other != nullptr) {
+            const unsigned before = list->count;
+            const int inserted = vxSearchPathInsert(list, 0, "/new");
+            EXPECT_EQ(list->count, before + static_cast<unsigned>(inserted));
+            vxSearchPathPrepend(list, other);
+            EXPECT_TRUE(list->count == before + static_cast<unsigned>(inserted) ||
+                        list->count == before + static_cast<unsigned>(inserted) + 2);
+            const std::string joined = textOf(list);
+            vxSearchPathCopy(other, list);
+            EXPECT_TRUE(other->count == 3 || other->count == list->count);
+            while (list->count != 0)
+                vxSearchPathRemove(list, 0);
+            std::free(vxSearchPathResolve(other, "missing", nullptr, 1));
+            std::free(vxPathJoin("/a", "b", nullptr));
+            vxFindFile("/a;/b", "missing");
+            for (unsigned i = 0; i < other->count; ++i)
+                EXPECT_EQ(vxSearchPathGet(other, i)[0], '/');
+        }
+        vxSearchPathFree(list);
+        vxSearchPathFree(other);
+    });
+}
+
+TEST_F(Faults, FindingTakesOneStatusADirectoryAndOneBlock) {
+    VxSearchPath *list = vxSearchPathCreate("/no/1;/no/2;/no/3;/no/4;/no/5");
+    faults::resetCounts();
+    EXPECT_EQ(vxSearchPathFind(list, "a.sgi", 0), nullptr);
+    EXPECT_EQ(faults::count(faults::kAll), 5 + 1);
+    EXPECT_EQ(faults::count(faults::kMemory), 1);
+    vxSearchPathFree(list);
+}
+
+// ---- Settings
+
+class SettingsFaults : public Faults {
+protected:
+    std::string read(const char *name) const {
+        std::ifstream in(folder_ / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+    // A user's file as a save leaves it, and the one that a further entry makes of it.
+    void SetUp() override {
+        Faults::SetUp();
+        ::unsetenv("ZOR_TEXTURE_PATH");
+        ::unsetenv("ZOR_IES_PATH");
+        live("/a");
+        before_ = read("user.reg");
+        live("/b");
+        after_ = read("user.reg");
+        ASSERT_NE(before_, after_);
+    }
+    // A life of the store in which the user's texture list gets an entry in front.
+    static void live(const char *entry) {
+        pathStoreBuild();
+        VxSearchPath *list = vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_USER);
+        if (list != nullptr) vxSearchPathInsert(list, 0, entry);
+        vxPathStoreSet(VX_CATEGORY_TEXTURES, VX_LEVEL_USER, list);
+        vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_MERGED);
+        pathStoreTearDown();
+    }
+    void restore(const std::string &text) const {
+        for (const auto &entry : fs::directory_iterator(folder_))
+            fs::remove(entry);
+        std::ofstream(folder_ / "user.reg", std::ios::binary) << text;
+        std::ofstream(folder_ / "machine.reg", std::ios::binary) << text;
+    }
+    // The folder is free for the next: neither a lock nor a damaged file is in the way.
+    void expectGoodForTheNext() const {
+        live("/next");
+        const std::string text = read("user.reg");
+        EXPECT_NE(text.find("\"/next\""), std::string::npos) << text;
+        EXPECT_FALSE(fs::exists(folder_ / "user.reg.damaged"));
+    }
+
+    std::string before_, after_;
+};
+
+TEST_F(SettingsFaults, AFileIsAsBeforeOrAsAfter) {
+    for (const Effect effect : {Effect::kRefuse, Effect::kShort}) {
+        for (const unsigned kinds : {faults::kFiles, faults::kNew, faults::kMemory}) {
+            strikeEach(
+                kinds, effect,
+                [&](bool) {
+                    live("/b");
+                    faults::disarm();
+                    const std::string text = read("user.reg");
+                    EXPECT_TRUE(text == before_ || text == after_) << text;
+                    expectGoodForTheNext();
+                },
+                [&] { restore(before_); });
+        }
+    }
+}
+
+TEST_F(SettingsFaults, DamageIsNeverOverwritten) {
+    const std::string damaged = before_ + "\"open";
+    strikeEach(
+        faults::kFiles | faults::kNew, Effect::kRefuse,
+        [&](bool) {
+            live("/b");
+            faults::disarm();
+            EXPECT_TRUE(read("user.reg") == damaged || read("user.reg.damaged") == damaged);
+        },
+        [&] { restore(damaged); });
+}
+
+TEST_F(SettingsFaults, KilledAtAnyCall) {
+    bool killed = true;
+    for (int n = 1; killed && !HasFailure(); ++n) {
+        SCOPED_TRACE(n);
+        restore(before_);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            faults::arm(faults::kFiles, n, false, Effect::kKill);
+            live("/b");
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        killed = WIFSIGNALED(status);
+        EXPECT_TRUE(read("user.reg") == before_ || read("user.reg") == after_) << read("user.reg");
+        expectGoodForTheNext();
+    }
+}
+
+}  // namespace

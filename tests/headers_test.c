@@ -1,0 +1,23 @@
+/* The headers of the plain functions are good C11, and a C program can use them. */
+
+#include <vxbyteorder.h>
+#include <vxexports.h>
+#include <vxframework.h>
+#include <vximage.h>
+#include <vxpool.h>
+#include <vxsampling.h>
+#include <vxsearchpath.h>
+
+#include <stdlib.h>
+#include <string.h>
+
+int main(void) {
+    VxImage image = {0};
+    char *joined = vxPathJoin("C:/a", "b", NULL);
+    int good = joined != NULL && strcmp(joined, "C:/a/b") == 0;
+    free(joined);
+    vxImageUsePublishedOrder(&image);
+    vxImageSetName(&image, vxMessageText("vxmsg", 20364));
+    good = good && strlen(image.name) != 0 && vxExportAddress(99) == NULL;
+    return good ? 0 : 1;
+}

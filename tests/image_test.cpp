@@ -1,0 +1,567 @@
+// Images through the shared library, as a user sees them.
+
+#include <vxframework.h>
+#include <vximage.h>
+
+#include <array>
+#include <cstdarg>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <random>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+// Stands in front of the framework's: reports become numbers, with what their arguments were.
+static std::vector<std::string> reports;
+
+const char *vxMessageFormat(va_list arguments, const char *catalogue, int id) {
+    static std::string text;
+    text = std::to_string(id);
+    EXPECT_STREQ(catalogue, "vxmsg");
+    if (id == 20367 || id == 20371) text += " " + std::to_string(va_arg(arguments, int));
+    if (id == 20375 || id == 20376) {
+        text += " " + std::to_string(va_arg(arguments, int));
+        text += " " + std::to_string(va_arg(arguments, int));
+    }
+    if (id == 20363) {
+        const char *name = va_arg(arguments, const char *);
+        text += std::string(" ") + (name != nullptr ? "name" : "null");
+    }
+    return text.c_str();
+}
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using Row = std::vector<std::uint16_t>;
+
+std::string reported() {
+    std::string all;
+    for (const std::string &report : reports)
+        all += (all.empty() ? "" : ", ") + report;
+    reports.clear();
+    return all;
+}
+
+class Image : public testing::Test {
+protected:
+    void SetUp() override {
+        vxImageSetErrorHandler([](char *text) { reports.emplace_back(text); });
+        path_ = std::filesystem::temp_directory_path() /
+                ("vximage" + std::to_string(::getpid()) + ".sgi");
+    }
+    void TearDown() override {
+        EXPECT_EQ(reported(), "");
+        std::filesystem::remove(path_);
+    }
+    VxImage *create(unsigned type, unsigned x, unsigned y = 1, unsigned z = 1) const {
+        return vxImageOpen(path_.c_str(), "w", type, 3U, x, y, z);
+    }
+    VxImage *open() const { return vxImageOpen(path_.c_str(), "r"); }
+    Bytes bytes() const {
+        std::ifstream file(path_, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    void write(const Bytes &bytes) const {
+        std::ofstream file(path_, std::ios::binary);
+        file.write(reinterpret_cast<const char *>(bytes.data()),
+                   static_cast<std::streamsize>(bytes.size()));
+    }
+    std::string path_;
+};
+
+std::uint64_t hashOf(VxImage *image) {
+    std::uint64_t hash = 0xcbf29ce484222325;
+    Row row(image->xSize);
+    for (int z = 0; z < image->zSize; ++z) {
+        for (int y = 0; y < image->ySize; ++y) {
+            EXPECT_EQ(vxImageGetRow(image, row.data(), y, z), image->xSize);
+            for (const std::uint16_t element : row) {
+                for (const unsigned byte : {element & 0xFFU, unsigned{element} >> 8}) {
+                    hash = (hash ^ byte) * 0x100000001b3;
+                }
+            }
+        }
+    }
+    return hash;
+}
+
+TEST_F(Image, ReadsTheFilesOfOtherPrograms) {
+    std::ifstream table(VX_TEST_DATA "/samples.txt");
+    int files = 0;
+    for (std::string line; std::getline(table, line);) {
+        if (line.starts_with('#')) continue;
+        SCOPED_TRACE(line);
+        std::istringstream fields(line);
+        std::string name, storage;
+        unsigned x, y, z, elementBytes, dimension, low, high;
+        std::uint64_t hash;
+        fields >> name >> x >> y >> z >> elementBytes >> storage >> dimension >> low >> high >>
+            std::hex >> hash;
+        VxImage *image = vxImageOpen((VX_TEST_DATA "/samples/" + name).c_str(), "r");
+        ASSERT_NE(image, nullptr);
+        EXPECT_EQ(std::tie(image->xSize, image->ySize, image->zSize), std::tie(x, y, z));
+        EXPECT_EQ(image->type, (storage == "verbatim" ? 0U : 0x100U) + elementBytes);
+        EXPECT_EQ(std::tie(image->dimension, image->minValue, image->maxValue),
+                  std::tie(dimension, low, high));
+        EXPECT_EQ(hashOf(image), hash);
+        EXPECT_EQ(vxImageClose(image), 0);
+        ++files;
+    }
+    EXPECT_EQ(files, 27);
+}
+
+// A row of runs and literals of all lengths, some elements above 255.
+Row randomRow(std::mt19937 &random, std::size_t width) {
+    Row row;
+    while (row.size() < width) {
+        const std::size_t length = 1 + random() % (random() % 4 == 0 ? 300 : 4);
+        const bool run = random() % 2 == 0;
+        auto value = static_cast<std::uint16_t>(random() % 700);
+        for (std::size_t i = 0; i < length && row.size() < width; ++i) {
+            row.push_back(value);
+            if (!run) value = static_cast<std::uint16_t>(random() % 700);
+        }
+    }
+    return row;
+}
+
+TEST_F(Image, GivesBackWhatWasPut) {
+    std::mt19937 random(1);
+    for (const unsigned width : {0U, 1U, 2U, 3U, 4U, 5U, 63U, 64U, 125U, 126U, 127U, 128U, 252U,
+                                 253U, 254U, 255U, 16383U}) {
+        for (const unsigned type : {0x001U, 0x002U, 0x101U, 0x102U}) {
+            for (const bool published : {false, true}) {
+                for (const auto &[y, z] : {std::pair{1U, 1U}, {5U, 1U}, {3U, 4U}}) {
+                    std::vector<Row> rows(std::size_t{y} * z);
+                    std::filesystem::remove(path_);
+                    VxImage *image = create(type, width, y, z);
+                    ASSERT_NE(image, nullptr);
+                    if (published) vxImageUsePublishedOrder(image);
+                    for (std::size_t i = rows.size(); i-- != 0;) {  // in falling order
+                        rows[i] = randomRow(random, width);
+                        const Row before = rows[i];
+                        EXPECT_EQ(vxImagePutRow(image, rows[i].data(), static_cast<int>(i % y),
+                                                static_cast<int>(i / y)),
+                                  static_cast<int>(width));
+                        EXPECT_EQ(rows[i], before);
+                    }
+                    ASSERT_EQ(vxImageClose(image), 0);
+                    image = open();
+                    ASSERT_NE(image, nullptr);
+                    EXPECT_EQ(image->byteSwap, published ? 1 : 0);
+                    EXPECT_EQ(image->type, type);
+                    EXPECT_EQ(image->dimension, z > 1 ? 3 : y > 1 ? 2 : 1);
+                    for (std::size_t i = 0; i < rows.size(); ++i) {
+                        Row row(width + 1, 0xABCD);
+                        EXPECT_EQ(vxImageGetRow(image, row.data(), static_cast<int>(i % y),
+                                                static_cast<int>(i / y)),
+                                  static_cast<int>(width));
+                        Row expected = rows[i];
+                        for (std::uint16_t &element : expected) {
+                            if ((type & 0xFF) == 1) element &= 0xFF;
+                        }
+                        expected.push_back(0xABCD);
+                        EXPECT_EQ(row, expected) << width << " " << type << " " << i;
+                    }
+                    EXPECT_EQ(vxImageClose(image), 0);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(Image, FilesAreTheseBytes) {
+    std::uint16_t row[] = {1, 1, 1, 0x102};
+    for (const bool published : {false, true}) {
+        std::filesystem::remove(path_);
+        VxImage *image = create(0x102, 4, 2);
+        if (published) vxImageUsePublishedOrder(image);
+        vxImageSetName(image, "a name");
+        vxImageSetColormap(image, 7);
+        EXPECT_EQ(vxImagePutRow(image, row, 1, 0), 4);
+        EXPECT_EQ(vxImagePutRow(image, row, 1, 0), 4);  // again, behind the first
+        EXPECT_EQ(image->wasteBytes, 10U);
+        EXPECT_EQ(vxImageClose(image), 0);
+
+        Bytes expected(512, 0);
+        std::size_t at = 0;
+        const auto put = [&](unsigned value, std::size_t size) {
+            expected.resize(std::max(expected.size(), at + size));
+            for (std::size_t i = 0; i < size; ++i) {
+                const std::size_t shift = 8 * (published ? size - 1 - i : i);
+                expected[at++] = static_cast<std::uint8_t>(value >> shift);
+            }
+        };
+        for (const unsigned word : {474U, 0x102U, 2U, 4U, 2U, 1U})
+            put(word, 2);
+        for (const unsigned word : {1U, 0x102U, 10U})
+            put(word, 4);
+        std::memcpy(&expected[at], "a name", 6);
+        at = 104;
+        put(7, 4);
+        at = 512;
+        for (const unsigned word : {0U, 538U, ~0U, 10U})
+            put(word, 4);
+        for (int copy = 0; copy < 2; ++copy) {
+            for (const unsigned word : {3U, 1U, 1U, 0x102U, 0U})
+                put(word, 2);
+        }
+        EXPECT_EQ(bytes(), expected) << published;
+    }
+}
+
+TEST_F(Image, ExtremesCountWhatTheStorageKeeps) {
+    std::uint16_t row[] = {3, 700};
+    for (const auto &[type, high] : {std::pair{0x001U, 700U & 0xFFU}, {0x101U, 700U}, {2U, 700U}}) {
+        VxImage *image = create(type, 2);
+        EXPECT_EQ(image->minValue, 10000000U);
+        vxImagePutRow(image, row, 5, 5);  // dimension 1: any row number is the one row
+        EXPECT_EQ(image->minValue, 3U);
+        EXPECT_EQ(image->maxValue, high);
+        EXPECT_EQ(vxImageClose(image), 0);
+        EXPECT_EQ(reported(), "");
+    }
+}
+
+// ---- Opening
+
+Bytes header(unsigned type, unsigned dimension, unsigned x, unsigned y, unsigned z,
+             unsigned magic = 474) {
+    Bytes head(512, 0);
+    std::size_t at = 0;
+    for (const unsigned word : {magic, type, dimension, x, y, z}) {
+        head[at++] = static_cast<std::uint8_t>(word);
+        head[at++] = static_cast<std::uint8_t>(word >> 8);
+    }
+    return head;
+}
+
+std::size_t openDescriptors() {
+    return static_cast<std::size_t>(
+        std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
+}
+
+TEST_F(Image, RefusesWhatIsNoImage) {
+    struct Case {
+        Bytes file;
+        std::size_t length;
+        std::string report;
+    };
+    const Case cases[] = {
+        {header(1, 1, 4, 1, 1), 151, "20366"},
+        {header(1, 1, 4, 1, 1), 0, "20366"},
+        {header(1, 1, 4, 1, 1, 0x1234), 512, "20367 4660"},
+        {header(0x101, 2, 4, 8, 1), 152, "20369"},
+        {header(0x101, 2, 4, 8, 1), 512 + 31, "20369"},
+        {header(0x101, 2, 4, 8, 1), 512 + 63, "20370"},
+        {header(0x101, 3, 65535, 65535, 65535), 512, "20368"},
+        {header(0x101, 3, 65535, 65535, 4000), 1 << 20, "20369"},  // a table of 1 GB
+    };
+    const std::size_t descriptors = openDescriptors();
+    for (const Case &test : cases) {
+        Bytes file = test.file;
+        file.resize(test.length);
+        write(file);
+        EXPECT_EQ(open(), nullptr);
+        EXPECT_EQ(reported(), test.report);
+        EXPECT_EQ(openDescriptors(), descriptors);
+        // A descriptor of the caller's stays open and the caller's.
+        const int file2 = ::open(path_.c_str(), O_RDONLY);
+        EXPECT_EQ(vxImageOpenFd(file2, "r"), nullptr);
+        EXPECT_EQ(reported(), test.report);
+        EXPECT_EQ(::close(file2), 0);
+    }
+    write(header(1, 1, 4, 1, 1));
+    for (const char *mode : {"r+", "w+", "a+"}) {
+        EXPECT_EQ(vxImageOpen(path_.c_str(), mode, 1, 1, 1), nullptr);
+        EXPECT_EQ(reported(), "20361");
+    }
+    EXPECT_EQ(bytes(), header(1, 1, 4, 1, 1));
+    EXPECT_EQ(vxImageOpen("/no/such/file", "r"), nullptr);
+    EXPECT_EQ(vxImageOpenFd(-1, "r"), nullptr);
+    EXPECT_EQ(reported(), "");
+    EXPECT_EQ(vxImageOpen("/no/such/folder/file", "w", 1, 1, 1), nullptr);
+    EXPECT_EQ(reported(), "20363 name");
+    EXPECT_EQ(vxImageOpenFd(-1, "w", 1, 1, 1), nullptr);
+    EXPECT_EQ(reported(), "20363 null");
+}
+
+TEST_F(Image, OpensByOtherModesAndDescriptors) {
+    VxImage *image = vxImageOpen(path_.c_str(), "w", 1U, 1U, 9U);  // no more sizes are taken
+    EXPECT_EQ(std::tie(image->xSize, image->ySize, image->zSize, image->dimension),
+              std::make_tuple(9, 1, 1, 1));
+    EXPECT_STREQ(image->name, vxMessageText("vxmsg", 20364));
+    const std::string longName(100, 'n');
+    vxImageSetName(image, longName.c_str());
+    EXPECT_EQ(image->name, longName.substr(0, 79));
+    EXPECT_EQ(vxImageClose(image), 0);
+    image = vxImageOpen(path_.c_str(), "a");  // opens what exists, and yet for writing
+    EXPECT_EQ(image->flags, VX_IMAGE_WRITE);
+    std::uint16_t row[9];
+    EXPECT_EQ(vxImageGetRow(image, row, 0, 0), -1);
+    image->flags = VX_IMAGE_READ;  // its descriptor could not be written to
+    EXPECT_EQ(vxImagePutRow(image, row, 0, 0), -1);
+    EXPECT_EQ(vxImageDrainPixels(image, 1), -1);
+    EXPECT_EQ(vxImageClose(image), 0);
+    const int file = ::open(path_.c_str(), O_RDONLY);
+    image = vxImageOpenFd(file, "r");
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(vxImageClose(image), 0);
+    EXPECT_EQ(::close(file), -1);
+}
+
+// ---- Rows that cannot be had
+
+TEST_F(Image, RowsOutOfRangeAndOfBadTypes) {
+    std::uint16_t row[4] = {9, 9, 9, 9};
+    VxImage *image = create(1, 4, 3, 2);
+    for (const auto &[y, z] : {std::pair{3, 0}, {0, 2}, {-1, 0}, {0, -1}}) {
+        EXPECT_EQ(vxImageBadRow(image, static_cast<unsigned>(y), static_cast<unsigned>(z)), 1);
+        EXPECT_EQ(vxImagePutRow(image, row, y, z), -1);
+        EXPECT_EQ(reported(), "20372");
+    }
+    EXPECT_EQ(vxImageClose(image), 0);
+    struct Case {
+        unsigned type, dimension, zSize;
+        std::string report;
+    };
+    for (const Case &test :
+         {Case{3, 3, 2, "20381"}, Case{0x201, 3, 2, "20374, 20382"}, Case{1, 0, 2, "20373"},
+          Case{1, 9, 2, "20373"}, Case{1, 3, 0, "20372"}, Case{0x101, 3, 0, "20372"}}) {
+        write(header(test.type, test.dimension, 4, 3, test.zSize));
+        image = open();
+        ASSERT_NE(image, nullptr);
+        EXPECT_EQ(vxImageGetRow(image, row, 0, 0), -1);
+        EXPECT_EQ(reported(), test.report);
+        EXPECT_EQ(row[0], 9);
+        EXPECT_EQ(vxImageClose(image), 0);
+    }
+    for (const auto &[type, report] : {std::pair{3U, "20378"}, {0x201U, "20379"}}) {
+        image = create(type, 4, 3, 2);
+        EXPECT_EQ(vxImagePutRow(image, row, 0, 0), -1);
+        EXPECT_EQ(reported(), report);
+        EXPECT_EQ(image->maxValue, 0U);
+        EXPECT_EQ(vxImageClose(image), 0);
+    }
+}
+
+TEST_F(Image, RowsBehindTheLimits) {
+    struct Case {
+        unsigned type, width;
+        bool noise;
+        std::string report;
+    };
+    for (const Case &test :
+         {Case{1, 32768, true, ""}, Case{1, 32769, true, "20380"}, Case{2, 16383, true, ""},
+          Case{2, 16384, true, "20380"}, Case{0x101, 65535, false, ""},
+          Case{0x101, 32500, true, ""}, Case{0x101, 32767, true, "20380"}}) {
+        SCOPED_TRACE(test.width);
+        Row row(65535, 7);
+        for (std::size_t i = 0; test.noise && i < row.size(); ++i) {
+            row[i] = static_cast<std::uint16_t>(i % 251);
+        }
+        VxImage *image = create(test.type, test.width);
+        EXPECT_EQ(vxImagePutRow(image, row.data(), 0, 0), static_cast<int>(test.width));
+        EXPECT_EQ(vxImageClose(image), 0);
+        image = open();
+        Row read(65535, 1);
+        const bool good = test.report.empty();
+        EXPECT_EQ(vxImageGetRow(image, read.data(), 0, 0),
+                  good ? static_cast<int>(test.width) : -1);
+        EXPECT_EQ(reported(), test.report);
+        EXPECT_EQ(read[test.width / 2], good ? row[test.width / 2] : 1);
+        EXPECT_EQ(vxImageClose(image), 0);
+    }
+    // A verbatim row at 4 GiB or more has no place, not even another row's.
+    write(header(2, 3, 65535, 65535, 65535));
+    VxImage *image = open();
+    Row row(65535);
+    EXPECT_EQ(vxImageGetRow(image, row.data(), 65534, 65534), -1);
+    EXPECT_EQ(vxImageClose(image), 0);
+    EXPECT_EQ(reported(), "");
+}
+
+// What becomes of a stored row, given as its elements, in an image of 6 elements a row.
+TEST_F(Image, DamagedRows) {
+    constexpr int kPastTheEnd = 1 << 30, kOneByteMore = kPastTheEnd + 1;
+    struct Case {
+        std::vector<unsigned> stored;
+        int size;  // in bytes; 0: that of the stored elements
+        std::string report;
+        Row row;
+    };
+    const Row good = {1, 2, 3, 9, 9, 9};
+    const Case cases[] = {
+        {{0x83, 1, 2, 3, 3, 9, 0}, 0, "", good},
+        {{0x83, 1, 2, 3, 3, 9}, 0, "", good},             // no end mark
+        {{0x83, 1, 2, 3, 3, 9, 0x80}, 0, "", good},       // another end mark
+        {{0x83, 1, 2, 3, 3, 9, 0, 77, 78}, 0, "", good},  // dead bytes behind the end mark
+        {{0x83, 1, 2, 3, 0}, 0, "", {1, 2, 3, 0, 0, 0}},  // ends early
+        {{0x83, 1, 2, 3}, 0, "", {1, 2, 3, 0, 0, 0}},
+        {{0}, 0, "", {0, 0, 0, 0, 0, 0}},
+        {{0x83, 1, 2, 3, 4, 9, 0}, 0, "20380", {}},  // a run too far
+        {{0x87, 1, 2, 3, 4, 5, 6, 7, 0}, 0, "20380", {}},
+        {{127, 1, 0}, 0, "20380", {}},
+        {{3, 1, 3, 2, 1, 3, 0}, 0, "20380", {}},  // full, and yet another packet
+        {{0x86, 1, 2, 3}, 0, "20380", {}},        // a literal past the stored bytes
+        {{3, 1, 3}, 0, "20380", {}},              // a run without its value
+        {{0x83, 1, 2, 3, 3, 9, 0}, -2, "20380", {}},
+        {{0x83, 1, 2, 3, 3, 9, 0}, -1, "", {}},       // never written
+        {{0x83, 1, 2, 3, 3, 9, 0}, 0x1FFFF, "", {}},  // counts as that
+        {{0x83, 1, 2, 3, 3, 9, 0}, 29, "20380", {}},  // longer than any encoding of 6 elements
+        {{0x83, 1, 2, 3, 3, 9, 0}, kPastTheEnd, "20380", {}},
+        {{0x83, 1, 2, 3, 3, 9, 0},
+         kOneByteMore,
+         "",
+         good},  // half an element, when it has two bytes
+    };
+    for (const unsigned elementBytes : {1U, 2U}) {
+        for (const Case &test : cases) {
+            Bytes file = header(0x100 + elementBytes, 2, 6, 1, 1);
+            const std::size_t stored = test.stored.size() * elementBytes;
+            int size = test.size != 0 ? test.size : static_cast<int>(stored);
+            if (test.size >= kPastTheEnd) size = static_cast<int>(stored) + 1;
+            for (const auto word : {520U, static_cast<unsigned>(size)}) {
+                for (unsigned shift = 0; shift < 32; shift += 8) {
+                    file.push_back(static_cast<std::uint8_t>(word >> shift));
+                }
+            }
+            for (const unsigned element : test.stored) {
+                file.push_back(static_cast<std::uint8_t>(element));
+                // The high byte of a head means nothing; of values it is zero here.
+                if (elementBytes == 2) file.push_back(element == 0x83 ? 0x55 : 0);
+            }
+            if (test.size == kOneByteMore) file.push_back(0xFF);
+            write(file);
+            VxImage *image = open();
+            ASSERT_NE(image, nullptr);
+            Row row(7, 0xABCD);
+            EXPECT_EQ(vxImageGetRow(image, row.data(), 0, 0), test.row.empty() ? -1 : 6)
+                << testing::PrintToString(test.stored);
+            EXPECT_EQ(reported(), test.report) << testing::PrintToString(test.stored);
+            EXPECT_EQ(row[6], 0xABCD);
+            if (!test.row.empty()) {
+                EXPECT_EQ(Row(row.begin(), row.begin() + 6), test.row);
+            }
+            EXPECT_EQ(vxImageClose(image), 0);
+        }
+    }
+}
+
+TEST_F(Image, ARowAtAnyPositionIsOneOfTheFile) {
+    for (const unsigned start : {0x80000000U, 0xFFFFFFFFU, 0xFFFFFFFEU, 600U}) {
+        Bytes file = header(0x101, 2, 6, 1, 1);
+        for (const auto word : {start, 7U}) {
+            for (unsigned shift = 0; shift < 32; shift += 8) {
+                file.push_back(static_cast<std::uint8_t>(word >> shift));
+            }
+        }
+        write(file);
+        VxImage *image = open();
+        std::uint16_t row[6] = {1, 1, 1, 1, 1, 1};
+        for (int again = 0; again < 2; ++again) {
+            EXPECT_EQ(vxImageGetRow(image, row, 0, 0), -1);
+            EXPECT_EQ(reported(), "20380");
+        }
+        EXPECT_EQ(row[0], 1);
+        EXPECT_EQ(vxImageClose(image), 0);
+    }
+}
+
+// ---- The pixel stream
+
+int nextPixel(VxImage *image) {
+    return --image->pixelsLeft >= 0 ? *image->nextPixel++ : vxImageFillPixels(image);
+}
+
+int putPixel(VxImage *image, int value) {
+    if (--image->pixelsLeft < 0) return vxImageDrainPixels(image, value);
+    *image->nextPixel++ = static_cast<std::uint16_t>(value);
+    return value;
+}
+
+TEST_F(Image, StreamWritesEveryRowOnceInItsPlace) {
+    constexpr int kWidth = 3, kRows = 2, kPlanes = 2, kElements = kWidth * kRows * kPlanes;
+    for (const unsigned type : {2U, 0x102U}) {
+        for (const int beyond : {0, 1, 40000}) {  // elements behind the last
+            VxImage *image = create(type, kWidth, kRows, kPlanes);
+            for (int i = 0; i < kElements; ++i)
+                EXPECT_EQ(putPixel(image, 100 + i), 100 + i);
+            EXPECT_EQ(image->flags & VX_IMAGE_EOF, 0);
+            for (int i = 0; i < beyond; ++i)
+                EXPECT_EQ(putPixel(image, 7), -1);
+            EXPECT_EQ(image->flags, beyond == 0 ? VX_IMAGE_WRITE : VX_IMAGE_WRITE | VX_IMAGE_EOF);
+            EXPECT_EQ(vxImageFlush(image), 0);
+            EXPECT_EQ(vxImageClose(image), 0);
+            image = open();
+            Row row(kWidth);
+            for (int i = 0; i < kElements; i += kWidth) {
+                EXPECT_EQ(vxImageGetRow(image, row.data(), i / kWidth % kRows, i / kWidth / kRows),
+                          kWidth);
+                for (int x = 0; x < kWidth; ++x)
+                    EXPECT_EQ(row[static_cast<std::size_t>(x)], 100 + i + x);
+            }
+            EXPECT_EQ(image->wasteBytes, type == 2 || beyond != 0 ? 0U : image->wasteBytes);
+            EXPECT_EQ(vxImageClose(image), 0);
+        }
+    }
+}
+
+TEST_F(Image, StreamEndsWithTheLastRowAndASeekTakesItUpAgain) {
+    VxImage *image = create(2, 2, 3);
+    for (int i = 0; i < 6; ++i)
+        putPixel(image, i);
+    EXPECT_EQ(putPixel(image, 99), -1);
+    EXPECT_GE(vxImageSeekRow(image, 1, 0), 0);
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(putPixel(image, 20 + i), 20 + i);
+    EXPECT_EQ(vxImageClose(image), 0);
+    image = open();
+    std::vector<int> read;
+    for (int i = 0; i < 4; ++i)
+        read.push_back(nextPixel(image));
+    EXPECT_EQ(read, (std::vector<int>{0, 1, 20, 21}));
+    EXPECT_EQ(nextPixel(image), -1);  // the last row is loaded, and the end flagged
+    EXPECT_EQ(image->flags & VX_IMAGE_EOF, VX_IMAGE_EOF);
+    EXPECT_EQ(image->nextPixel, image->pixelBuffer);
+    EXPECT_EQ(image->pixelsLeft, 1);
+    EXPECT_EQ(nextPixel(image), 22);
+    EXPECT_EQ(nextPixel(image), 0);  // row 0 of the last plane again
+    EXPECT_EQ(vxImageClose(image), 0);
+}
+
+TEST_F(Image, StreamFlagsARowThatFails) {
+    VxImage *image = create(0x101, 2, 2);
+    EXPECT_EQ(vxImageClose(image), 0);  // no row was ever written
+    image = open();
+    EXPECT_EQ(nextPixel(image), -1);
+    EXPECT_EQ(image->flags & VX_IMAGE_ERROR, VX_IMAGE_ERROR);
+    for (int i = 0; i < 70000; ++i)
+        EXPECT_EQ(nextPixel(image), -1);
+    EXPECT_EQ(vxImageFlush(image), 0);
+    EXPECT_EQ(vxImageClose(image), 0);
+}
+
+TEST_F(Image, FlushBringsAPendingRowAndTheTables) {
+    VxImage *image = create(0x101, 2, 2);
+    vxImageUsePublishedOrder(image);
+    for (int i = 0; i < 2; ++i)
+        putPixel(image, i);
+    EXPECT_EQ(vxImageFlush(image), 0);
+    EXPECT_EQ(image->rowStarts[0], 528U);
+    EXPECT_EQ(image->rowSizes[1], -1);
+    const Bytes file = bytes();
+    EXPECT_EQ(file.size(), 533U);
+    EXPECT_EQ(file[514], 528 >> 8);
+    EXPECT_EQ(vxImageClose(image), 0);
+}
+
+}  // namespace

@@ -1,0 +1,171 @@
+// The row codec: known rows to the byte, every run and literal length against the plain steps, and
+// all pairs of widths.
+
+#include <vximage.h>
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Elements = std::vector<unsigned>;
+
+std::vector<std::uint8_t> packed(const Elements &elements, int width) {
+    std::vector<std::uint8_t> bytes;
+    for (const unsigned element : elements) {
+        for (int i = 0; i < width; ++i)
+            bytes.push_back(static_cast<std::uint8_t>(element >> 8 * i));
+    }
+    return bytes;
+}
+
+Elements unpacked(const std::vector<std::uint8_t> &bytes, int width, std::size_t count) {
+    Elements elements(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        std::memcpy(&elements[i], &bytes[i * static_cast<std::size_t>(width)],
+                    static_cast<std::size_t>(width));
+    }
+    return elements;
+}
+
+Elements encoded(const Elements &row, int in = 1, int out = 1) {
+    const std::vector<std::uint8_t> input = packed(row, in);
+    std::vector<std::uint8_t> output((2 * row.size() + 1) * static_cast<std::size_t>(out));
+    const int length =
+        vxImageRleEncode(input.data(), in, output.data(), out, static_cast<int>(row.size()));
+    return unpacked(output, out, static_cast<std::size_t>(length));
+}
+
+Elements decoded(const Elements &stored, int in, int out, std::size_t count) {
+    const std::vector<std::uint8_t> input = packed(stored, in);
+    std::vector<std::uint8_t> output(count * static_cast<std::size_t>(out));
+    vxImageRleDecode(input.data(), in, output.data(), out);
+    return unpacked(output, out, count);
+}
+
+// The encoding as it is defined, one step after the other.
+Elements encodedPlainly(const Elements &row, unsigned mask) {
+    Elements out;
+    std::size_t at = 0;
+    while (at < row.size()) {
+        const std::size_t start = at;
+        at += 2;
+        while (at < row.size() && !(row[at - 2] == row[at - 1] && row[at - 1] == row[at]))
+            ++at;
+        at -= 2;
+        for (std::size_t i = start; i < at; ++i) {
+            if ((i - start) % 126 == 0) {
+                out.push_back(0x80 + static_cast<unsigned>(std::min<std::size_t>(126, at - i)));
+            }
+            out.push_back(row[i] & mask);
+        }
+        const unsigned value = row[at];
+        std::size_t length = 0;
+        while (at < row.size() && row[at] == value)
+            ++at, ++length;
+        for (; length != 0; length -= std::min<std::size_t>(126, length)) {
+            out.push_back(static_cast<unsigned>(std::min<std::size_t>(126, length)));
+            out.push_back(value & mask);
+        }
+    }
+    out.push_back(0);
+    return out;
+}
+
+TEST(RowCodec, KnownRows) {
+    const std::pair<Elements, Elements> cases[] = {
+        {{}, {0}},
+        {{4}, {1, 4, 0}},
+        {{4, 4}, {2, 4, 0}},
+        {{4, 5}, {1, 4, 1, 5, 0}},
+        {{4, 4, 5}, {0x81, 4, 1, 4, 1, 5, 0}},
+        {{4, 5, 5}, {0x81, 4, 2, 5, 0}},
+        {{4, 5, 6}, {0x81, 4, 1, 5, 1, 6, 0}},
+        {Elements(130, 7), {126, 7, 4, 7, 0}},
+        {{5, 5, 5, 5, 1, 2, 3, 3, 3, 3, 9, 8}, {4, 5, 0x82, 1, 2, 4, 3, 1, 9, 1, 8, 0}},
+    };
+    for (const auto &[row, stored] : cases) {
+        EXPECT_EQ(encoded(row), stored);
+        EXPECT_EQ(encoded(row, 2, 2), stored);
+    }
+    EXPECT_EQ(encoded({0x105, 0x105, 0x205, 0x205, 0x305}, 2, 1),
+              (Elements{0x83, 5, 5, 5, 1, 5, 1, 5, 0}));
+    EXPECT_EQ(encoded(Elements(5, 0x8000), 2, 2), (Elements{5, 0x8000, 0}));
+    EXPECT_EQ(decoded({0x557F, 3, 0xAB80}, 2, 2, 127), Elements(127, 3));
+}
+
+TEST(RowCodec, EveryLengthAndPairOfWidths) {
+    std::mt19937 random(2);
+    std::vector<Elements> rows;
+    for (std::size_t length = 0; length <= 400; ++length) {
+        Elements run(length, 0x1FF), literal;
+        for (std::size_t i = 0; i < length; ++i)
+            literal.push_back(static_cast<unsigned>(i * 259) & 0xFFFF);
+        rows.push_back(run);
+        rows.push_back(literal);
+        run.push_back(1);  // a run and one element
+        rows.push_back(run);
+        run.insert(run.end(), literal.begin(), literal.end());
+        rows.push_back(run);
+        Elements mixed;
+        for (std::size_t i = 0; i < length; ++i)
+            mixed.push_back(static_cast<unsigned>(random() % 3));
+        rows.push_back(mixed);
+    }
+    for (const Elements &wide : rows) {
+        for (const int in : {1, 2}) {
+            Elements row = wide;
+            for (unsigned &element : row)
+                element &= in == 1 ? 0xFF : 0xFFFF;
+            for (const int out : {1, 2}) {
+                const Elements stored = encoded(row, in, out);
+                ASSERT_EQ(stored, encodedPlainly(row, out == 1 ? 0xFF : 0xFFFF));
+                for (const int back : {1, 2}) {
+                    Elements expected = row;
+                    for (unsigned &element : expected)
+                        element &= out == 1 || back == 1 ? 0xFF : 0xFFFF;
+                    ASSERT_EQ(decoded(stored, out, back, row.size()), expected);
+                }
+            }
+        }
+    }
+}
+
+TEST(RowCodec, OtherWidthsAreRefused) {
+    static int calls;
+    vxImageSetErrorHandler([](char *) { ++calls; });
+    std::uint8_t output[4] = {9, 9, 9, 9};
+    const std::uint8_t input[4] = {1, 1, 0, 0};
+    for (const auto &[in, out] : {std::pair{0, 1}, {3, 1}, {1, 0}, {2, 3}}) {
+        EXPECT_EQ(vxImageRleEncode(input, in, output, out, 1), 0);
+        vxImageRleDecode(input, in, output, out);
+        EXPECT_EQ(output[0], 9);
+    }
+    EXPECT_EQ(calls, 8);
+    vxImageSetErrorHandler(nullptr);
+}
+
+TEST(WordSwap, TouchesWholeWordsOnly) {
+    const auto check = [](void (*swap)(void *, int), std::size_t word) {
+        for (std::size_t offset = 0; offset < 4; ++offset) {
+            for (int count = -1; count <= 70; ++count) {
+                std::vector<std::uint8_t> bytes(80), expected;
+                for (std::size_t i = 0; i < bytes.size(); ++i)
+                    bytes[i] = static_cast<std::uint8_t>(i);
+                expected = bytes;
+                for (std::size_t i = 0; count > 0 && i < static_cast<std::size_t>(count) / word;
+                     ++i) {
+                    std::reverse(&expected[offset + i * word], &expected[offset + (i + 1) * word]);
+                }
+                swap(&bytes[offset], count);
+                ASSERT_EQ(bytes, expected) << word << " " << offset << " " << count;
+            }
+        }
+    };
+    check(vxSwapShorts, 2);
+    check(vxSwapLongs, 4);
+}
+
+}  // namespace

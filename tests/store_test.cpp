@@ -1,0 +1,348 @@
+// The store of search paths over a whole life of the library: loaded and unloaded for real, with
+// registry files and an environment of its own each time.
+
+#include <vxsearchpath.h>
+
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The library while it is loaded.
+class Library {
+public:
+    Library() : handle_(::dlopen(VX_LIBRARY, RTLD_NOW | RTLD_LOCAL)) {
+        EXPECT_NE(handle_, nullptr) << ::dlerror();
+    }
+    ~Library() {
+        ::dlclose(handle_);
+        EXPECT_EQ(::dlopen(VX_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
+    }
+    Library(const Library &) = delete;
+    Library &operator=(const Library &) = delete;
+
+    template <typename Function>
+    Function *bind(const char *name) const {
+        return reinterpret_cast<Function *>(::dlsym(handle_, name));
+    }
+    VxSearchPath *get(int category, int level) const {
+        return bind<decltype(vxPathStoreGet)>("vxPathStoreGet")(category, level);
+    }
+    int set(int category, int level, VxSearchPath *list) const {
+        return bind<decltype(vxPathStoreSet)>("vxPathStoreSet")(category, level, list);
+    }
+    std::string text(int category, int level) const {
+        char *text =
+            bind<decltype(vxSearchPathToString)>("vxSearchPathToString")(get(category, level));
+        std::string result = text;
+        std::free(text);
+        return result;
+    }
+    void insert(VxSearchPath *list, unsigned index, const char *path) const {
+        bind<decltype(vxSearchPathInsert)>("vxSearchPathInsert")(list, index, path);
+    }
+
+private:
+    void *handle_;
+};
+
+constexpr char kTextures[] = "Software\\Meridane\\Vandermire\\Texture Paths";
+constexpr char kWebs[] = "Software\\Meridane\\Vandermire\\Photometric Web Paths";
+
+class Store : public testing::Test {
+protected:
+    void SetUp() override {
+        folder_ = fs::temp_directory_path() / ("vxstore" + std::to_string(::getpid()));
+        fs::create_directories(folder_);
+        ::setenv("VX_REGISTRY_DIR", folder_.c_str(), 1);
+        ::setenv("ROOT", "C:\\data", 1);
+        ::unsetenv("ZOR_TEXTURE_PATH");
+        ::unsetenv("ZOR_IES_PATH");
+    }
+    void TearDown() override { fs::remove_all(folder_); }
+
+    void write(const char *file, const std::string &text) const {
+        std::ofstream(folder_ / file, std::ios::binary) << text;
+    }
+    std::string read(const std::string &file) const {
+        std::ifstream in(folder_ / file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+    static std::string heading(const char *root, const char *key) {
+        return std::string("[") + root + "\\" + key + "]\n";
+    }
+    void writeUser(const std::string &values) const {
+        write("user.reg", "REGEDIT4\n\n" + heading("HKEY_CURRENT_USER", kTextures) + values);
+    }
+
+    fs::path folder_;
+};
+
+TEST_F(Store, FirstLoadMakesEmptyKeys) {
+    fs::remove_all(folder_);
+    ::setenv("VX_REGISTRY_DIR", (folder_ / "a/b").c_str(), 1);
+    {
+        const Library library;
+        for (const int category : {1, 2}) {
+            for (const int level : {0, 1, 2, 3})
+                EXPECT_EQ(library.text(category, level), "");
+        }
+    }
+    const std::string user =
+        heading("HKEY_CURRENT_USER", kTextures) + "\n" + heading("HKEY_CURRENT_USER", kWebs);
+    EXPECT_EQ(read("a/b/user.reg"), "REGEDIT4\n\n" + user);
+    EXPECT_EQ(read("a/b/machine.reg"), "REGEDIT4\n\n" + heading("HKEY_LOCAL_MACHINE", kTextures) +
+                                           "\n" + heading("HKEY_LOCAL_MACHINE", kWebs));
+}
+
+std::string numbered(int from, int to) {
+    std::string values;
+    for (int i = from; i < to; ++i) {
+        values += "\"" + std::to_string(i) + "\"=\"C:/" + std::to_string(i) + "\"\n";
+    }
+    return values;
+}
+
+TEST_F(Store, ReadsValuesByTheirRules) {
+    const std::string longText(260, 'x');
+    std::string hundred28;
+    for (int i = 0; i < 128; ++i)
+        hundred28 += (i != 0 ? ";C:/" : "C:/") + std::to_string(i);
+    const std::pair<std::string, std::string> cases[] = {
+        {"\"7\"=\"C:\\\\maps\\\\\"\n", "C:/maps"},
+        {"\"0\"=\"%ROOT%\\\\maps;%NONE%/a\"\n",
+         "C:/data/maps;" + fs::current_path().string() + "/%NONE%/a"},
+        {"\"10\"=\"C:/ten\"\n\"9\"=\"C:/nine\"\n\"none\"=\"C:/zero\"\n\"2\"=\"C:/two\"\n",
+         "C:/zero;C:/two;C:/nine;C:/ten"},
+        {"\"3\"=\"C:/a\"\n\"1\"=\"C:/a\"\n\"2\"=\"C:/b\"\n", "C:/a;C:/b"},
+        {"\"0\"=\"C:\\\\a\\\\\"\n\"1\"=\"C:/a\"\n", "C:/a;C:/a"},
+        {"\"0\"=hex(2):43,3a,2f,61,00\n\"1\"=dword:00000001\n\"2\"=\"C:/b\"\n\"3\"=hex:43\n",
+         "C:/b"},
+        {"\"0\"=hex(1):43,3a,2f,\\\n  61\n\"1\"=\"C:/a;C:/b\"\n", "C:/a;C:/a;C:/b"},
+        {"\"a=hex\"=\"C:/x\"\n@=\"C:/y\"\n", "C:/x;C:/y"},
+        {numbered(0, 60) + "\"n\"=dword:00000000\n" + numbered(60, 130), hundred28},
+        {"\"0\"=\"C:/a\"\n\"1234567890123456\"=\"C:/b\"\n\"2\"=\"C:/c\"\n", "C:/a"},
+        {"\"0\"=\"C:/a\"\n\"1\"=\"" + longText + "\"\n\"2\"=\"C:/c\"\n", "C:/a"},
+    };
+    for (const auto &[values, expected] : cases) {
+        writeUser(values);
+        const Library library;
+        EXPECT_EQ(library.text(1, 1), expected) << values;
+    }
+}
+
+TEST_F(Store, UnloadReplacesTheValuesAndNothingElse) {
+    write(
+        "user.reg",
+        "REGEDIT4\r\n\r\n; mine\r\n[HKEY_CURRENT_USER\\Other]\r\n\"b\"=hex:01,\\\r\n  02\r\n\r\n" +
+            ("[HKEY_current_user\\" + std::string(kTextures)) +
+            "]\r\n; first\r\n\"7\"=\"C:\\\\maps\\\\\"\r\n; last\r\n\"x\"=dword:00000007\r\n\r\n"
+            "[HKEY_CURRENT_USER\\Last]\r\n\"a\"=\"1\"");
+    {
+        const Library library;
+        library.insert(library.get(1, VX_LEVEL_USER), 1, "C:/q\"\\n");
+        library.insert(library.get(1, VX_LEVEL_USER), 2, "C:/tab\t");
+    }
+    EXPECT_EQ(
+        read("user.reg"),
+        "REGEDIT4\r\n\r\n; mine\r\n[HKEY_CURRENT_USER\\Other]\r\n\"b\"=hex:01,\\\r\n  02\r\n\r\n" +
+            ("[HKEY_current_user\\" + std::string(kTextures)) +
+            "]\r\n; first\r\n; last\r\n\"0\"=\"C:/maps\"\r\n\"1\"=\"C:/q\\\"/n\"\r\n"
+            "\"2\"=hex(1):43,3a,2f,74,61,62,09,00\r\n\r\n"
+            "[HKEY_CURRENT_USER\\Last]\r\n\"a\"=\"1\"\r\n\r\n"
+            "[HKEY_CURRENT_USER\\" +
+            kWebs + "]\r\n");
+    // What is as it was is not written again.
+    const fs::file_time_type longAgo = fs::file_time_type::clock::now() - std::chrono::hours(1);
+    fs::last_write_time(folder_ / "user.reg", longAgo);
+    { const Library library; }
+    EXPECT_EQ(fs::last_write_time(folder_ / "user.reg"), longAgo);
+}
+
+TEST_F(Store, MergedListHasTheEnvironmentFirst) {
+    ::setenv("ZOR_TEXTURE_PATH", "C:/e;C:/x", 1);
+    ::setenv("ZOR_IES_PATH", "rel", 1);
+    writeUser("\"0\"=\"C:/u\"\n\"1\"=\"C:/x\"\n");
+    write("machine.reg", "REGEDIT4\n" + heading("HKEY_LOCAL_MACHINE", kTextures) +
+                             "\"0\"=\"C:/x\"\n\"1\"=\"C:/m\"\n");
+    const Library library;
+    EXPECT_EQ(library.text(1, 0), "C:/e;C:/x;C:/m;C:/u");
+    EXPECT_EQ(library.text(2, 0), fs::current_path().string() + "/rel");
+    const VxSearchPath *merged = library.get(1, 0);
+    EXPECT_EQ(library.get(1, 0), merged);
+    // A changed level list shows once it is given back.
+    VxSearchPath *user = library.get(1, VX_LEVEL_USER);
+    library.insert(user, 0, "C:/new");
+    EXPECT_EQ(library.text(1, 0), "C:/e;C:/x;C:/m;C:/u");
+    EXPECT_EQ(library.set(1, VX_LEVEL_USER, user), 1);
+    EXPECT_EQ(library.text(1, 0), "C:/e;C:/x;C:/m;C:/new;C:/u");
+    EXPECT_EQ(library.set(1, 0, user), 0);
+    EXPECT_EQ(library.set(1, VX_LEVEL_ENVIRONMENT, user), 1);
+    EXPECT_EQ(library.text(1, 0), "C:/new;C:/u;C:/x;C:/m");
+    EXPECT_EQ(library.set(1, VX_LEVEL_ENVIRONMENT, nullptr), 1);
+    EXPECT_EQ(library.text(1, VX_LEVEL_ENVIRONMENT), "C:/new;C:/u;C:/x");
+}
+
+TEST_F(Store, OtherCategoriesAndLevels) {
+    const Library library;
+    VxSearchPath *list = library.get(0, 0);
+    ASSERT_NE(list, nullptr);
+    EXPECT_EQ(list->count, 0U);
+    for (const auto &[category, level] :
+         {std::pair{2, 4}, {2, -1}, {3, 1}, {0, 1}, {3, 0}, {-1, 0}, {1 << 30, 0}}) {
+        EXPECT_EQ(library.get(category, level), nullptr);
+    }
+    library.insert(library.get(1, 1), 0, "C:/a");
+    VxSearchPath *merged = library.get(1, 0);
+    library.insert(merged, 1, "C:/mark");
+    EXPECT_EQ(library.set(-5, 1, list), 1);
+    EXPECT_EQ(library.set(9, 1, list), 1);
+    EXPECT_EQ(library.text(1, 0), "C:/a;C:/mark");
+    EXPECT_EQ(library.set(1, 4, list), 1);
+    EXPECT_EQ(library.text(1, 0), "C:/a");
+    EXPECT_EQ(library.text(1, 1), "C:/a");
+}
+
+TEST_F(Store, ALongListIsWrittenWhole) {
+    {
+        const Library library;
+        for (unsigned i = 0; i < 130; ++i) {
+            library.insert(library.get(1, 1), i, ("C:/" + std::to_string(i)).c_str());
+        }
+    }
+    EXPECT_NE(read("user.reg").find("\"129\"=\"C:/129\"\n"), std::string::npos);
+    const Library library;
+    EXPECT_EQ(library.get(1, 1)->count, 128U);
+}
+
+TEST_F(Store, SettingsFollowALinkAndKeepTheirMode) {
+    fs::create_directory(folder_ / "dotfiles");
+    write("dotfiles/mine.reg", "REGEDIT4\n");
+    fs::permissions(folder_ / "dotfiles/mine.reg", fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("dotfiles/mine.reg", folder_ / "user.reg");
+    { const Library library; }
+    EXPECT_TRUE(fs::is_symlink(folder_ / "user.reg"));
+    EXPECT_NE(read("dotfiles/mine.reg").find(kTextures), std::string::npos);
+    EXPECT_EQ(fs::status(folder_ / "dotfiles/mine.reg").permissions(),
+              fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(Store, HomeHasTheUsersFile) {
+    ::unsetenv("VX_REGISTRY_DIR");
+    const char *home = std::getenv("HOME");
+    const std::string before = home != nullptr ? home : "";
+    ::setenv("XDG_CONFIG_HOME", (folder_ / "xdg").c_str(), 1);
+    ::setenv("HOME", folder_.c_str(), 1);
+    // Only the user's file is looked at: the machine's would be the real one.
+    write("user.reg", "");
+    fs::create_directories(folder_ / "xdg/vxutil");
+    write("xdg/vxutil/user.reg",
+          "REGEDIT4\n" + heading("HKEY_CURRENT_USER", kTextures) + "\"0\"=\"C:/xdg\"\n");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const Library library;
+        ::_exit(library.text(1, 1) == "C:/xdg" ? 0 : 1);  // not unloaded: nothing is written
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    ::unsetenv("XDG_CONFIG_HOME");
+    ::setenv("HOME", before.c_str(), 1);
+}
+
+// ---- Damage
+
+TEST_F(Store, DamagedFilesAreSetAsideByteForByte) {
+    const std::string good = "REGEDIT4\n\n" + heading("HKEY_CURRENT_USER", kTextures) +
+                             "\"0\"=\"C:/a\\\\b\"\n\"d\"=dword:0000002a\n\"h\"=hex(7):01,\\\n 02\n";
+    const std::string damaged[] = {
+        "",
+        "noise\xFF\x01",
+        "REGEDIT\n",
+        good.substr(0, 30),  // a heading without its end
+        good + "[HKEY_CURRENT_USER\n",
+        good + "\"name\"\n",  // no =
+        good + "\"name\"=\"open\n",
+        good + "\"name\"=\"open\\\n",
+        good + "\"name\"=\"a\"b\n",
+        good + "\"d\"=dword:0000002\n",
+        good + "\"d\"=dword:0000002g\n",
+        good + "\"h\"=hex:1\n",
+        good + "\"h\"=hex:01,\n",
+        good + "\"h\"=hex(:01\n",
+        good + "\"a=hex\"=\"x\\\n",
+        good + std::string("\0", 1),
+        "REGEDIT4\n\"0\"=\"C:/a\"\n",  // a value under no key
+    };
+    for (const std::string &text : damaged) {
+        fs::remove_all(folder_);
+        fs::create_directories(folder_);
+        write("user.reg", text);
+        write("user.reg.damaged", "an earlier one");
+        write("user.reg.damaged.1", "an even earlier one");
+        {
+            const Library library;
+            EXPECT_EQ(library.text(1, 1), "") << text;
+            EXPECT_EQ(read("user.reg"), text);
+        }
+        EXPECT_EQ(read("user.reg.damaged"), text);
+        EXPECT_EQ(read("user.reg.damaged.1"), "an even earlier one");
+        EXPECT_EQ(read("user.reg.damaged.2"), "an earlier one");
+        EXPECT_TRUE(read("user.reg").starts_with("REGEDIT4\n"));
+    }
+    // Cut anywhere, a file is either good or set aside.
+    for (std::size_t length = 0; length <= good.size(); ++length) {
+        fs::remove_all(folder_);
+        fs::create_directories(folder_);
+        write("user.reg", good.substr(0, length));
+        { const Library library; }
+        const bool aside = fs::exists(folder_ / "user.reg.damaged");
+        EXPECT_TRUE(!aside || read("user.reg.damaged") == good.substr(0, length)) << length;
+        EXPECT_TRUE(aside || good.substr(0, length).find("REGEDIT4") == 0) << length;
+        EXPECT_TRUE(read("user.reg").find(kTextures) != std::string::npos) << length;
+    }
+}
+
+TEST_F(Store, WhatIsNoFileIsLeftAlone) {
+    fs::create_directory(folder_ / "user.reg");
+    ASSERT_EQ(::mkfifo((folder_ / "machine.reg").c_str(), 0600), 0);
+    {
+        const Library library;
+        EXPECT_EQ(library.text(1, 0), "");
+    }
+    EXPECT_TRUE(fs::is_directory(folder_ / "user.reg"));
+    EXPECT_TRUE(fs::is_fifo(folder_ / "machine.reg"));
+}
+
+TEST_F(Store, ProcessesTakeTurns) {
+    constexpr int kProcesses = 6, kRounds = 20;
+    for (int i = 0; i < kProcesses; ++i) {
+        if (::fork() != 0) continue;
+        for (int round = 0; round < kRounds; ++round) {
+            const Library library;
+            library.insert(library.get(1, 1), 0,
+                           ("/" + std::to_string(i) + "/" + std::to_string(round)).c_str());
+        }
+        ::_exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    for (int i = 0; i < kProcesses; ++i) {
+        int status = 0;
+        ::wait(&status);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_FALSE(fs::exists(folder_ / "user.reg.damaged"));
+    EXPECT_FALSE(fs::exists(folder_ / "user.reg.new"));
+    const Library library;
+    EXPECT_GE(library.get(1, 1)->count, static_cast<unsigned>(kRounds));
+}
+
+}  // namespace
