@@ -2,8 +2,8 @@
 
 #include <vxexports.h>
 
-#include <algorithm>
-#include <iterator>
+#include <array>
+#include <cstddef>
 
 // Only the address of an export is wanted here, so each symbol, function or table, is
 // declared as bytes under a name of its own and bound to the real one by the assembler.
@@ -15,23 +15,30 @@ extern "C" {
 
 namespace {
 
+constexpr int kFirst = 100;
+constexpr int kLast = 495;
+
 struct Export {
     int ordinal;
     const void *address;
 };
 
-// In the order of the ordinals, as the list is.
-constexpr Export kTable[] = {
+constexpr Export kExports[] = {
 #define VX_EXPORT(ordinal, symbol) {ordinal, vxExport##ordinal},
 #include "exports.inc"
 #undef VX_EXPORT
 };
 
+constexpr auto kAddresses = [] {
+    std::array<const void *, kLast - kFirst + 1> addresses{};
+    for (const Export &entry : kExports)
+        addresses[static_cast<std::size_t>(entry.ordinal - kFirst)] = entry.address;
+    return addresses;
+}();
+
 }  // namespace
 
 const void *vxExportAddress(int ordinal) {
-    const auto *const found =
-        std::lower_bound(std::begin(kTable), std::end(kTable), ordinal,
-                         [](const Export &entry, int wanted) { return entry.ordinal < wanted; });
-    return found != std::end(kTable) && found->ordinal == ordinal ? found->address : nullptr;
+    if (ordinal < kFirst || ordinal > kLast) return nullptr;
+    return kAddresses[static_cast<std::size_t>(ordinal - kFirst)];
 }

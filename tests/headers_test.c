@@ -1,8 +1,11 @@
 /* The headers of the plain functions are good C11, and a C program can use them. */
 
+#include <vxbyteorder.h>
 #include <vxexports.h>
 #include <vxframework.h>
 #include <vximage.h>
+#include <vxpool.h>
+#include <vxsampling.h>
 #include <vxsearchpath.h>
 
 #include <stdlib.h>
