@@ -1,0 +1,62 @@
+// A small scene, drawn with this library alone.
+//
+//     render WIDTH HEIGHT FOLDER
+//
+// leaves antialiased.sgi and plain.sgi in the folder. Textures are found along the search paths
+// of textures, the light distributions of the lamps along those of photometric webs.
+//
+// Where to look for what:
+//
+//     texture            search paths, image files, a table of owned objects, strings
+//     photometric_web    search paths, streams with a pinned locale, lines
+//     scene              lists of owned objects
+//     tracer             a pool of records; soft shadows with the disk pattern
+//     samples, picture   sample tables and the pixel sampler; image files
+
+#include "picture.h"
+
+#include <vximage.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <string>
+
+// Errors of image files arrive as text; who reads them wants to know which program speaks.
+static void sayImageError(char *text) {
+    std::fprintf(stderr, "render: %s\n", text);
+}
+
+static bool draw(Scene const &scene, const std::string &path, int width, int height,
+                 bool antialias) {
+    const PictureReport report = drawPicture(scene, path.c_str(), width, height, antialias);
+    if (!report.written) {
+        std::fprintf(stderr, "render: cannot write %s\n", path.c_str());
+        return false;
+    }
+    std::printf("%s: %.2f s, %lld rays, %.1f %% of pixels refined, %d KB for hit records\n",
+                path.c_str(), report.seconds, report.rays, 100 * report.refinedShare,
+                report.poolBytes / 1024);
+    return true;
+}
+
+int main(int count, char **arguments) {
+    const int width = count == 4 ? std::atoi(arguments[1]) : 0;
+    const int height = count == 4 ? std::atoi(arguments[2]) : 0;
+    if (width < 1 || height < 1 || width > 16384 || height > 16384) {
+        std::fprintf(stderr, "usage: render WIDTH HEIGHT FOLDER\n");
+        return 2;
+    }
+    vxImageSetErrorHandler(sayImageError);
+    const std::string folder = std::string(arguments[3]) + "/";
+    try {
+        Scene scene;
+        const bool good = scene.build() &&
+                          draw(scene, folder + "plain.sgi", width, height, false) &&
+                          draw(scene, folder + "antialiased.sgi", width, height, true);
+        return good ? 0 : 1;
+    } catch (const std::exception &problem) {
+        std::fprintf(stderr, "render: %s\n", problem.what());
+        return 1;
+    }
+}

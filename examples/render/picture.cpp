@@ -1,0 +1,98 @@
+#include "picture.h"
+
+#include "image_file.h"
+#include "tracer.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+class Camera {
+public:
+    Camera(int width, int height)
+        : pixel_(2 * kHalfHeight / static_cast<float>(height)),
+          centerX_(static_cast<float>(width) / 2),
+          centerY_(static_cast<float>(height) / 2) {}
+
+    // The ray through a place of the picture, in pixels from its lower left corner.
+    Ray through(float x, float y) const {
+        const Vec forward = normalize(kTarget - kEye);
+        const Vec right = normalize(cross(forward, {0, 1, 0}));
+        const Vec up = cross(right, forward);
+        return {kEye, normalize(forward + right * ((x - centerX_) * pixel_) +
+                                up * ((y - centerY_) * pixel_))};
+    }
+
+private:
+    static constexpr Vec kEye{0.15F, 1.35F, 4.0F};
+    static constexpr Vec kTarget{0.05F, 1.05F, -1.0F};
+    static constexpr float kHalfHeight = 0.27F;  // of the picture, one metre from the eye
+
+    float pixel_, centerX_, centerY_;
+};
+
+// A bar for people to watch; nothing where no one does.
+class Progress {
+public:
+    explicit Progress(int steps) : steps_(steps), watched_(isatty(STDERR_FILENO) != 0) {}
+    ~Progress() {
+        if (watched_) std::fputs("\r\x1B[K", stderr);
+    }
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+
+    void show(int step) {
+        const int percent = 100 * step / steps_;
+        if (!watched_ || percent == shown_) return;
+        shown_ = percent;
+        static constexpr char kFull[] = "########################################";
+        constexpr int kCells = sizeof kFull - 1;
+        std::fprintf(stderr, "\r[%-*.*s] %3d %%", kCells, percent * kCells / 100, kFull, percent);
+    }
+
+private:
+    int steps_;
+    bool watched_;
+    int shown_ = -1;
+};
+
+}  // namespace
+
+PictureReport drawPicture(Scene const &scene, const char *path, int width, int height,
+                          bool antialias) {
+    const auto start = std::chrono::steady_clock::now();
+    const Camera camera(width, height);
+    Tracer tracer(scene);
+    // Half a pixel to all sides: the square pattern is a box filter, which keeps textures sharp.
+    const AdaptiveTables tables(antialias ? 3 : 1, 8, 0.5F, SampleTable::kSquare, 0.08F);
+    ImageFile file(path, width, height, "A room by lamplight");
+    Progress progress(height);
+    std::vector<Vec> row(static_cast<std::size_t>(width));
+    long long refinedPixels = 0;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const auto sampleAt = [&](float dx, float dy) {
+                return tracer.look(camera.through(static_cast<float>(x) + 0.5F + dx,
+                                                  static_cast<float>(y) + 0.5F + dy));
+            };
+            bool refined = false;
+            row[static_cast<std::size_t>(x)] = toScreen(meanLight(tables, sampleAt, refined));
+            refinedPixels += refined ? 1 : 0;
+        }
+        file.putRow(y, row.data());
+        tracer.forget();  // a row's records make room for the next row's
+        progress.show(y + 1);
+    }
+    PictureReport report;
+    report.written = file.close();
+    report.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    report.refinedShare = static_cast<double>(refinedPixels) / width / height;
+    report.rays = tracer.rays();
+    report.poolBytes = tracer.poolBytes();
+    return report;
+}

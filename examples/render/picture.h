@@ -1,0 +1,19 @@
+// A scene becomes a picture.
+#ifndef RENDER_PICTURE_H
+#define RENDER_PICTURE_H
+
+#include "scene.h"
+
+struct PictureReport {
+    bool written = false;
+    double seconds = 0;
+    double refinedShare = 0;  // of pixels that got the many samples
+    long long rays = 0;
+    int poolBytes = 0;
+};
+
+// Draws the scene into an image file. Without antialiasing each pixel is what lies at its centre.
+PictureReport drawPicture(Scene const &scene, const char *path, int width, int height,
+                          bool antialias);
+
+#endif

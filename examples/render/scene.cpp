@@ -1,0 +1,195 @@
+#include "scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <numbers>
+
+namespace {
+
+constexpr float kNear = 1e-3F;  // closer than this a ray is still where it started
+constexpr float kPi = std::numbers::pi_v<float>;
+
+// Distance along the ray to a sphere, or 0.
+float meet(Ray const &ray, Sphere const &sphere) {
+    const Vec away = ray.origin - sphere.center;
+    const float half = dot(away, ray.direction);
+    const float root = half * half - dot(away, away) + sphere.radius * sphere.radius;
+    if (root <= 0) return 0;
+    const float width = std::sqrt(root);
+    if (-half - width > kNear) return -half - width;
+    return -half + width > kNear ? -half + width : 0;
+}
+
+// Distance along the ray to a panel, or 0; u and v are the place on it, 0 to 1.
+float meet(Ray const &ray, Panel const &panel, float &u, float &v) {
+    const Vec normal = cross(panel.right, panel.up);
+    const float slope = dot(ray.direction, normal);
+    if (slope >= 0) return 0;  // from behind or along
+    const float distance = dot(panel.corner - ray.origin, normal) / slope;
+    if (distance <= kNear) return 0;
+    const Vec inside = ray.at(distance) - panel.corner;
+    u = dot(inside, panel.right) / dot(panel.right, panel.right);
+    v = dot(inside, panel.up) / dot(panel.up, panel.up);
+    return u >= 0 && u <= 1 && v >= 0 && v <= 1 ? distance : 0;
+}
+
+Vec colorOf(Surface const &surface, float u, float v) {
+    if (surface.texture == nullptr) return surface.color;
+    return surface.color * surface.texture->at(u * surface.tilesU, v * surface.tilesV);
+}
+
+// Surfaces reflect more the flatter they are looked at (Schlick's formula).
+float mirrorOf(Surface const &surface, Vec normal, Vec incoming) {
+    if (surface.mirror <= 0) return 0;
+    return surface.mirror +
+           (1 - surface.mirror) * std::pow(1 - std::max(-dot(normal, incoming), 0.0F), 5.0F);
+}
+
+}  // namespace
+
+bool Scene::nearest(Ray const &ray, Hit &hit) const {
+    Sphere const *sphere = nullptr;
+    Panel const *panel = nullptr;
+    float nearestSoFar = HUGE_VALF;
+    float u = 0;
+    float v = 0;
+    for (Panel const &each : panels_) {
+        float eachU = 0;
+        float eachV = 0;
+        const float distance = meet(ray, each, eachU, eachV);
+        if (distance <= 0 || distance >= nearestSoFar) continue;
+        nearestSoFar = distance;
+        panel = &each;
+        u = eachU;
+        v = eachV;
+    }
+    for (Sphere const &each : spheres_) {
+        const float distance = meet(ray, each);
+        if (distance <= 0 || distance >= nearestSoFar) continue;
+        nearestSoFar = distance;
+        sphere = &each;
+    }
+    if (sphere == nullptr && panel == nullptr) return false;
+
+    hit.point = ray.at(nearestSoFar);
+    hit.incoming = ray.direction;
+    hit.distance = nearestSoFar;
+    hit.behind = nullptr;
+    if (sphere != nullptr) {
+        hit.normal = (hit.point - sphere->center) * (1 / sphere->radius);
+        hit.surface = &sphere->surface;
+        hit.id = sphere->id;
+        u = std::atan2(hit.normal.x, hit.normal.z) / (2 * kPi) + 0.5F;
+        v = 1 - std::acos(std::clamp(hit.normal.y, -1.0F, 1.0F)) / kPi;
+    } else {
+        hit.normal = normalize(cross(panel->right, panel->up));
+        hit.surface = &panel->surface;
+        hit.id = panel->id;
+    }
+    hit.color = colorOf(*hit.surface, u, v);
+    hit.mirror = mirrorOf(*hit.surface, hit.normal, hit.incoming);
+    return true;
+}
+
+std::uint32_t Scene::blocker(Vec from, Vec to) const {
+    const Vec way = to - from;
+    const float distance = length(way);
+    const Ray ray{from, way * (1 / distance)};
+    for (Sphere const &sphere : spheres_) {
+        if (!sphere.castsShadow) continue;
+        const float met = meet(ray, sphere);
+        if (met > 0 && met < distance) return sphere.id;
+    }
+    return 0;
+}
+
+// Each ball takes the part of the sky that it covers, as much as it stands upright.
+float Scene::openness(Vec point, Vec normal) const {
+    float open = 1;
+    for (Sphere const &sphere : spheres_) {
+        const Vec way = sphere.center - point;
+        const float square = dot(way, way);
+        const float slope = dot(way, normal) / std::sqrt(square);
+        if (slope > 0 && sphere.castsShadow)
+            open *= 1 - std::min(slope * sphere.radius * sphere.radius / square, 1.0F);
+    }
+    return open;
+}
+
+// ---- The contents -------------------------------------------------------------------------
+
+Texture const *Scene::texture(VxString const &name) {
+    Texture const *found = textures_.find(name);
+    if (found == nullptr) {
+        std::fprintf(stderr, "render: no texture %s\n", static_cast<char const *>(name));
+        complete_ = false;
+    }
+    return found;
+}
+
+void Scene::add(Sphere sphere) {
+    sphere.id = ++lastId_;
+    complete_ = spheres_.append(sphere) && complete_;
+}
+
+void Scene::add(Panel panel) {
+    panel.id = ++lastId_;
+    complete_ = panels_.append(panel) && complete_;
+}
+
+// In metres: x to the right, y up, z towards the viewer.
+bool Scene::build() {
+    addRoom();
+    add(Sphere{{-0.82F, 0.56F, -0.75F}, 0.56F, {.color = {0.06F, 0.06F, 0.07F}, .mirror = 0.86F}});
+    add(Sphere{{0.28F, 0.34F, 0.22F},
+               0.34F,
+               {.color = {0.55F, 0.035F, 0.03F}, .mirror = 0.05F, .gloss = 0.8F}});
+    add(Sphere{{1.15F, 0.46F, -0.6F},
+               0.46F,
+               {.texture = texture("ball.sgi"), .mirror = 0.03F, .gloss = 0.4F}});
+    return addLamps() && complete_;
+}
+
+void Scene::addRoom() {
+    const Surface plaster{.color = {0.62F, 0.58F, 0.52F}};
+    constexpr float kLeft = -3, kRight = 3, kTop = 2.9F, kBack = -1.8F, kFront = 4.6F;
+    constexpr Vec kAcross{kRight - kLeft, 0, 0};
+    constexpr Vec kUp{0, kTop, 0};
+    constexpr Vec kDeep{0, 0, kFront - kBack};
+    add(Panel{{kLeft, 0, kFront},
+              kAcross,
+              {0, 0, kBack - kFront},
+              {.texture = texture("floor/planks.sgi"), .tilesU = 4, .tilesV = 3, .mirror = 0.02F}});
+    add(Panel{{kLeft, 0, kBack},
+              kAcross,
+              kUp,
+              {.texture = texture("wall/bricks.sgi"), .tilesU = 4, .tilesV = 2}});
+    add(Panel{{kLeft, kTop, kBack}, kAcross, kDeep, plaster});
+    add(Panel{{kLeft, 0, kFront}, {0, 0, kBack - kFront}, kUp, plaster});
+    add(Panel{{kRight, 0, kBack}, kDeep, kUp, plaster});
+    add(Panel{{kRight, 0, kFront}, {kLeft - kRight, 0, 0}, kUp, plaster});
+    add(Panel{{-0.42F, 0.98F, kBack + 0.02F},
+              {0.84F, 0, 0},
+              {0, 1.05F, 0},
+              {.texture = texture("poster.sgi"), .gloss = 0.05F}});
+}
+
+bool Scene::addLamps() {
+    if (!sconce_.load("sconce.ies") || !pendant_.load("pendant.ies")) {
+        std::fprintf(stderr, "render: no photometric webs sconce.ies and pendant.ies\n");
+        return false;
+    }
+    constexpr Vec kWarm{1.0F, 0.78F, 0.52F};
+    constexpr Vec kNeutral{1.0F, 0.95F, 0.88F};
+    const Lamp lamps[] = {
+        {{-1.15F, 1.72F, -1.62F}, 0.05F, kWarm, &sconce_},
+        {{1.15F, 1.72F, -1.62F}, 0.05F, kWarm, &sconce_},
+        {{0.9F, 2.5F, 1.3F}, 0.16F, kNeutral, &pendant_},
+    };
+    for (Lamp const &lamp : lamps) {
+        complete_ = lamps_.append(lamp) && complete_;
+        add(Sphere{lamp.position, lamp.radius, {.glow = lamp.tint * 90}, false});
+    }
+    return complete_;
+}

@@ -1,0 +1,40 @@
+// From a ray to the light that comes along it.
+#ifndef RENDER_TRACER_H
+#define RENDER_TRACER_H
+
+#include "samples.h"
+#include "scene.h"
+
+#include <vxpool.h>
+
+class Tracer {
+public:
+    explicit Tracer(Scene const &scene);
+    ~Tracer() { vxPoolDestroy(&hits_); }
+    Tracer(const Tracer &) = delete;
+    Tracer &operator=(const Tracer &) = delete;
+
+    // What is seen along a ray.
+    Sample look(Ray const &ray);
+
+    // Makes the records of all rays so far void, for others to use their room.
+    void forget() { vxPoolRecycle(&hits_); }
+
+    int poolBytes() const { return vxPoolSize(&hits_); }
+    long long rays() const { return rays_; }
+
+private:
+    Hit *follow(Ray ray);
+    Vec lightFrom(Hit const &hit) const;
+    Vec lampLight(Lamp const &lamp, Hit const &hit) const;
+
+    Scene const &scene_;
+    AdaptiveTables lampTables_;
+    VxPool hits_;
+    long long rays_ = 0;
+};
+
+// Between linear light and what a screen shows, 0 to 1.
+Vec toScreen(Vec light);
+
+#endif
