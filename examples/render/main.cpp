@@ -1,9 +1,10 @@
 // A small scene, drawn with this library alone.
 //
-//     render WIDTH HEIGHT FOLDER
+//     render [--plain] WIDTH HEIGHT FOLDER
 //
-// leaves antialiased.sgi and plain.sgi in the folder. Textures are found along the search paths
-// of textures, the light distributions of the lamps along those of photometric webs.
+// leaves antialiased.sgi and plain.sgi in the folder, with --plain the latter alone. Textures are
+// found along the search paths of textures, the light distributions of the lamps along those of
+// photometric webs.
 //
 // Where to look for what:
 //
@@ -19,8 +20,11 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <string>
+
+constexpr int kMostPixels = 16384;  // along a side
 
 // Errors of image files arrive as text; who reads them wants to know which program speaks.
 static void sayImageError(char *text) {
@@ -41,19 +45,21 @@ static bool draw(Scene const &scene, const std::string &path, int width, int hei
 }
 
 int main(int count, char **arguments) {
-    const int width = count == 4 ? std::atoi(arguments[1]) : 0;
-    const int height = count == 4 ? std::atoi(arguments[2]) : 0;
-    if (width < 1 || height < 1 || width > 16384 || height > 16384) {
-        std::fprintf(stderr, "usage: render WIDTH HEIGHT FOLDER\n");
+    const bool onlyPlain = count > 1 && std::strcmp(arguments[1], "--plain") == 0;
+    const int first = onlyPlain ? 2 : 1;
+    const int width = count == first + 3 ? std::atoi(arguments[first]) : 0;
+    const int height = count == first + 3 ? std::atoi(arguments[first + 1]) : 0;
+    if (width < 1 || height < 1 || width > kMostPixels || height > kMostPixels) {
+        std::fprintf(stderr, "usage: render [--plain] WIDTH HEIGHT FOLDER\n");
         return 2;
     }
     vxImageSetErrorHandler(sayImageError);
-    const std::string folder = std::string(arguments[3]) + "/";
+    const std::string folder = std::string(arguments[first + 2]) + "/";
     try {
         Scene scene;
-        const bool good = scene.build() &&
-                          draw(scene, folder + "plain.sgi", width, height, false) &&
-                          draw(scene, folder + "antialiased.sgi", width, height, true);
+        const bool good =
+            scene.build() && draw(scene, folder + "plain.sgi", width, height, false) &&
+            (onlyPlain || draw(scene, folder + "antialiased.sgi", width, height, true));
         return good ? 0 : 1;
     } catch (const std::exception &problem) {
         std::fprintf(stderr, "render: %s\n", problem.what());

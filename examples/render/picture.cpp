@@ -28,9 +28,9 @@ public:
     }
 
 private:
-    static constexpr Vec kEye{0.15F, 1.35F, 4.0F};
-    static constexpr Vec kTarget{0.05F, 1.05F, -1.0F};
-    static constexpr float kHalfHeight = 0.27F;  // of the picture, one metre from the eye
+    static constexpr Vec kEye{0.2F, 1.5F, 4.2F};
+    static constexpr Vec kTarget{0.05F, 0.92F, -1.0F};
+    static constexpr float kHalfHeight = 0.275F;  // of the picture, one metre from the eye
 
     float pixel_, centerX_, centerY_;
 };

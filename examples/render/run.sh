@@ -1,12 +1,14 @@
 #!/bin/sh
 # Makes textures, sets up search paths of its own, and renders the scene:
-# run.sh PROGRAM FOLDER [WIDTH HEIGHT]. Textures and pictures are in the folder afterwards, as image
-# files and, where netpbm is installed, as PNG. make_textures lies beside the program.
+# run.sh PROGRAM FOLDER [WIDTH HEIGHT]. make_textures lies beside the program. Textures and pictures
+# are in the folder afterwards, as image files and, where netpbm is installed, as PNG.
 set -eu
 program=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
 mkdir -p "$2"
 folder=$(cd "$2" && pwd)
 here=$(cd "$(dirname "$0")" && pwd)
+width=${3:-480}
+height=${4:-320}
 
 mkdir -p "$folder/project/wall" "$folder/project/floor" "$folder/registry"
 export VX_REGISTRY_DIR="$folder/registry" # nothing of the user's settings is used or changed
@@ -14,14 +16,31 @@ export ZOR_TEXTURE_PATH="$folder/nowhere;$folder/project"
 export ZOR_IES_PATH="$here/webs"
 
 "$(dirname "$program")/make_textures" "$folder/project"
-"$program" "${3:-480}" "${4:-320}" "$folder"
+"$program" "$width" "$height" "$folder"
 
-if command -v sgitopnm >/dev/null && command -v pnmtopng >/dev/null; then
+# beside OUTPUT COMMAND...: both pictures, each through a command, side by side as PNG
+beside() {
+    output=$1
+    shift
     for picture in plain antialiased; do
-        sgitopnm "$folder/$picture.sgi" 2>/dev/null >"$folder/$picture.ppm"
-        pnmtopng "$folder/$picture.ppm" 2>/dev/null >"$folder/$picture.png"
+        "$@" <"$picture.ppm" >"$picture.part"
     done
-    pnmcat -lr "$folder/plain.ppm" "$folder/antialiased.ppm" | pnmtopng 2>/dev/null >"$folder/side_by_side.png"
-    rm "$folder/plain.ppm" "$folder/antialiased.ppm"
-    echo "$folder/side_by_side.png"
-fi
+    pnmcat -lr plain.part antialiased.part | pnmtopng -quiet >"$output"
+    rm plain.part antialiased.part
+}
+
+command -v pnmtopng >/dev/null || exit 0
+cd "$folder"
+for picture in plain antialiased; do
+    sgitopnm -quiet "$picture.sgi" >"$picture.ppm"
+    pnmtopng -quiet "$picture.ppm" >"$picture.png"
+done
+beside side_by_side.png cat
+# The mirror, where the difference is greatest.
+closeup() {
+    pamcut -left $((width * 12 / 100)) -top $((height * 42 / 100)) \
+        -width $((width * 32 / 100)) -height $((height * 45 / 100)) | pamenlarge 3
+}
+beside closeup.png closeup
+rm plain.ppm antialiased.ppm
+echo "$folder/antialiased.png, and beside the picture without antialiasing: side_by_side.png, closeup.png"

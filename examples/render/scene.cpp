@@ -74,7 +74,6 @@ bool Scene::nearest(Ray const &ray, Hit &hit) const {
 
     hit.point = ray.at(nearestSoFar);
     hit.incoming = ray.direction;
-    hit.distance = nearestSoFar;
     hit.behind = nullptr;
     if (sphere != nullptr) {
         hit.normal = (hit.point - sphere->center) * (1 / sphere->radius);
@@ -160,7 +159,7 @@ void Scene::addRoom() {
     add(Panel{{kLeft, 0, kFront},
               kAcross,
               {0, 0, kBack - kFront},
-              {.texture = texture("floor/planks.sgi"), .tilesU = 4, .tilesV = 3, .mirror = 0.02F}});
+              {.texture = texture("floor/planks.sgi"), .tilesU = 4, .tilesV = 3}});
     add(Panel{{kLeft, 0, kBack},
               kAcross,
               kUp,

@@ -54,7 +54,6 @@ struct Hit {
     Vec point, normal, incoming;
     Vec color;
     Surface const *surface;
-    float distance;
     float mirror;  // share of `behind`, at this angle
     std::uint32_t id;
     Hit *behind;

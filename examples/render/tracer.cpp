@@ -9,7 +9,7 @@ namespace {
 
 constexpr int kMostMirrors = 5;
 constexpr float kPi = std::numbers::pi_v<float>;
-constexpr float kExposure = 0.022F;          // how bright a white surface under one lux becomes
+constexpr float kExposure = 0.028F;          // how bright a white surface under one lux becomes
 constexpr Vec kAllAround{7.0F, 7.6F, 9.0F};  // lux from the room at large
 
 // Bright light comes out less bright, and never beyond white.
