@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
 #include <string_view>
 #include <vector>
@@ -58,7 +59,7 @@ static float linear(char byte) {
 }
 
 Vec Texture::texel(int x, int y) const {
-    const char *at = static_cast<char const *>(texels_) + 3 * (y * width_ + x);
+    const char *at = static_cast<char const *>(texels_) + std::ptrdiff_t{3} * (y * width_ + x);
     return {linear(at[0]), linear(at[1]), linear(at[2])};
 }
 
