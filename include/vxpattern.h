@@ -45,8 +45,9 @@ enum { VX_PATTERN_SIZE = 514 };
  * as long as the code page stays the same. Any number of threads may match against it at once.
  *
  * Returns 1, or 0 when the wildcard is refused and the buffer is not to be used: a list without
- * its ], a list of more than 255 bytes, ** in a list that \* would make (a repeated repeat), a
- * wildcard whose bytes plus stars are more than 509, and one that needs more than 512 bytes.
+ * its ], a list of more than 255 bytes, a wildcard whose bytes plus stars are more than 509, and
+ * one whose pattern has more than 512 bytes. A list takes a byte a member and two more, * two
+ * bytes, ? one, any other character one more than it has.
  */
 VX_API int vxCompileWildcard(const char *wildcard, char *compiled);
 

@@ -4,6 +4,7 @@
 #include <vxtext.h>
 
 #include <cctype>
+#include <cstdio>
 #include <cstring>
 
 namespace {

@@ -5,6 +5,7 @@
 #include <vxtext.h>
 
 #include <clocale>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
