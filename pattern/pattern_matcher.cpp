@@ -7,7 +7,6 @@
 #include "pattern/byte_mask.h"
 #include "pattern/pattern_compiler.h"
 #include "pattern/position_set.h"
-
 #include "platform/codepage.h"
 
 #include <cstring>
@@ -44,8 +43,9 @@ int vxPatternElementLength(const CodePage &page, const char *element) {
     }
 }
 
-// A subject as it is matched: with a line feed behind it, of which $ is the place.
-template <std::size_t kWords>
+// A subject as it is matched: with a line feed behind it, of which $ is the place. kDouble tells
+// whether the code page has characters of two bytes.
+template <std::size_t kWords, bool kDouble>
 class Subject {
 public:
     using Set = PositionSet<kWords>;
@@ -54,8 +54,8 @@ public:
         : page_(page), all_(Set::upTo(length)) {
         std::memcpy(bytes_, text, length);
         bytes_[length] = '\n';
-        if (page.number() != 0) findDoubles(length);
-        lineFeeds_ = holding('\n');
+        if constexpr (kDouble) findDoubles(length);
+        lineFeeds_ = holdingByte('\n');
     }
 
     bool matches(const char *form) const {
@@ -71,8 +71,9 @@ public:
             reached = repeated ? repeat(reached, element) : pass(reached, element);
             if (reached.isEmpty()) return false;
             index += length;
+            if constexpr (!kDouble) index = passPlainRun(reached, form, index);
         }
-        return true;
+        return !reached.isEmpty();
     }
 
 private:
@@ -93,23 +94,25 @@ private:
         return set;
     }
 
+    Set holdingByte(unsigned byte) const { return holding(bytes_, byte); }
+
     // Where a character with this code is.
-    Set holding(unsigned code) const {
-        if (page_.number() == 0) return holding(bytes_, code);
-        return code < 256 ? holding(bytes_, code) & holding(seconds_, 0)
-                          : holding(bytes_, code / 256) & holding(seconds_, code % 256);
+    Set holdingCode(unsigned code) const {
+        if constexpr (!kDouble) return holdingByte(code);
+        return code < 256 ? holdingByte(code) & holding(seconds_, 0)
+                          : holdingByte(code / 256) & holding(seconds_, code % 256);
     }
 
     // Where a character of a list is, among these positions at least.
     Set holdingAny(const char *list, std::size_t length, const Set &among) const {
         Set found;
         std::size_t only = 0;
-        if (page_.number() == 0 && among.isOne(only)) {
+        if (!kDouble && among.isOne(only)) {
             if (std::memchr(list, bytes_[only], length) != nullptr) found.insert(only);
             return found;
         }
         for (std::size_t i = 0; i < length; i += list[i] != '\0' ? page_.step(list + i) : 1)
-            found = found | holding(codeAt(page_, list + i));
+            found = found | holdingCode(codeAt(page_, list + i));
         return found;
     }
 
@@ -123,7 +126,7 @@ private:
             case '?':
                 return all_.without(lineFeeds_);
             case 'c':
-                return holding(codeAt(page_, element + 1)) & all_;
+                return holdingCode(codeAt(page_, element + 1)) & all_;
             case '[':
                 return holdingAny(element + 2, byteAt(element + 1), among) & all_;
             case '!':
@@ -140,8 +143,25 @@ private:
     Set pass(const Set &reached, const char *element) const {
         const Set matched = reached & matching(element, reached);
         if (isAnchor(element)) return matched;
-        if (*element == '?' || page_.number() == 0) return matched.movedBy(1);
+        if (!kDouble || *element == '?') return matched.movedBy(1);
         return matched.without(doubles_).movedBy(1) | (matched & doubles_).movedBy(2);
+    }
+
+    // Passes a run of single characters from the only position that is reached, if there is but
+    // one, as there mostly is behind the first of them: no sets are needed for that. Gives the
+    // index of the element behind the run.
+    int passPlainRun(Set &reached, const char *form, int index) const {
+        std::size_t only = 0;
+        if (form[index] != 'c' || !reached.isOne(only)) return index;
+        for (; index < kPatternLimit - 1 && form[index] == 'c'; index += 2, ++only) {
+            if (bytes_[only] != byteAt(form + index + 1) || bytes_[only] == 0) {
+                reached = {};
+                return index;
+            }
+        }
+        reached = {};
+        reached.insert(only);
+        return index;
     }
 
     // Reached behind any number of matches. A long run may be given back in part byte by byte, so
@@ -149,7 +169,9 @@ private:
     Set repeat(const Set &reached, const char *element) const {
         if (isAnchor(element)) return reached;
         const Set matched = matching(element, all_);
-        if (*element == '?' || (matched & doubles_).isEmpty()) return reached.closedUnder(matched);
+        if (!kDouble || *element == '?' || (matched & doubles_).isEmpty()) {
+            return reached.closedUnder(matched);
+        }
         return closedUnderCharacters(reached, matched);
     }
 
@@ -175,20 +197,26 @@ private:
 
     const CodePage &page_;
     unsigned char bytes_[kSize] = {};
-    unsigned char seconds_[kSize] = {};  // behind a lead byte, the byte that makes it a code
-    Set all_;                            // up to the line feed
+    unsigned char seconds_[kDouble ? kSize : 1] = {};  // the other half of the code of a lead byte
+    Set all_;                                          // up to the line feed
     Set lineFeeds_;
     Set doubles_;  // where characters of two bytes begin
 };
+
+template <std::size_t kWords>
+bool matches(const char *subject, std::size_t length, const char *form) {
+    const CodePage &page = platform::currentCodePage();
+    return page.number() == 0 ? Subject<kWords, false>(page, subject, length).matches(form)
+                              : Subject<kWords, true>(page, subject, length).matches(form);
+}
 
 }  // namespace
 
 int vxMatchPattern(const char *subject, const char *compiled) {
     const std::size_t length = ::strnlen(subject, kLongestSubject + 1);
     if (length > kLongestSubject) return 0;
-    const CodePage &page = platform::currentCodePage();
-    // A file name fits one word, all else eight.
-    const bool matches = length + 2 <= 64 ? Subject<1>(page, subject, length).matches(compiled)
-                                          : Subject<8>(page, subject, length).matches(compiled);
-    return matches ? 1 : 0;
+    // A file name mostly fits one word, all else eight.
+    const bool answer = length + 2 <= 64 ? matches<1>(subject, length, compiled)
+                                         : matches<8>(subject, length, compiled);
+    return answer ? 1 : 0;
 }

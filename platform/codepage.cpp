@@ -50,7 +50,8 @@ unsigned characterAt(const CodePage &page, const char *&at) {
 
 const CodePage &currentCodePage() {
     const char *name = nl_langinfo(CODESET);
-    if (std::strcmp(name, "UTF-8") == 0) return kSingleByte;  // by far the most frequent
+    // By far the most frequent: UTF-8, and ANSI_X3.4-1968 of a process that never set a locale.
+    if (name[0] == 'A' || std::strcmp(name, "UTF-8") == 0) return kSingleByte;
     for (const CharacterSet &set : kDoubleByteSets) {
         if (std::strcmp(name, set.name) == 0) return *set.page;
     }
