@@ -174,7 +174,7 @@ void vxWildcardToPattern(const char *wildcard, char *out) {
 
 int vxCompileWildcard(const char *wildcard, char *compiled) {
     if (!fitsScratch(wildcard)) return 0;
-    char source[kScratchSize];
+    char source[kScratchSize] = {};
     vxWildcardToPattern(wildcard, source);
     // A lone lead byte can make an element of what is no element to the matcher, and send it past
     // the end of the form. It finds zeros there.
