@@ -175,7 +175,7 @@ TEST(Patterns, FormsAreBounded) {
 
 // ---- Answers
 
-TEST(Patterns, WildcardsMatchAsTold) {
+TEST(Patterns, WildcardsMatch) {
     struct Case {
         const char *wildcard, *subject;
         int result;
