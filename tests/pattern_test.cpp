@@ -236,6 +236,32 @@ TEST(Patterns, SourceMatchesAnywhere) {
     }
 }
 
+TEST(Patterns, ARunIsGivenBackByBytes) {
+    const InLocale page("ja_JP.SJIS");
+    for (const char *source : {"^[\x83\\]*\\\\$", "^\x83\\*\\\\$"}) {
+        Form form;
+        EXPECT_GE(vxPatternCompile(source, 0, 0, form), 0);
+        EXPECT_EQ(vxMatchPattern("\x83\\\x83\\", form), 1) << source;
+        EXPECT_EQ(vxMatchPattern("\x83\\\x83\x83", form), 0) << source;
+    }
+}
+
+TEST(Patterns, DamagedFormsAreNotFollowed) {
+    const std::pair<const char *, int> cases[] = {
+        {"x", 0}, {"c", 0}, {"^c\nc", 0}, {"*x", 0}, {"*", 1}, {"**", 1}, {"[", 0}, {"!", 0},
+    };
+    for (const auto &[bytes, result] : cases) {
+        Form form;
+        std::strcpy(form, bytes);
+        EXPECT_EQ(vxMatchPattern("", form), result) << bytes;
+    }
+    Form form;
+    std::memset(form, '?', VX_PATTERN_SIZE);
+    EXPECT_EQ(vxMatchPattern(std::string(510, 'a').c_str(), form), 0);  // without an end
+    std::memcpy(form + 300, "[\xFF", 2);
+    EXPECT_EQ(vxMatchPattern(std::string(510, '?').c_str(), form), 0);  // a list past the end
+}
+
 TEST(Patterns, SubjectsHaveALimit) {
     for (const std::size_t length : {61U, 62U, 63U, 64U, 126U, 127U, 509U, 510U}) {
         const std::string subject(length, 'a');
@@ -366,7 +392,7 @@ public:
     }
     // Elements such as the compiler makes, and some that it never would.
     std::string form(const std::string &alphabet, std::size_t elements, std::size_t stars) {
-        std::string form;
+        std::string form = below(2) == 0 ? "^" : "";
         while (elements-- != 0) {
             if (below(3) == 0 && stars != 0) {
                 --stars;
