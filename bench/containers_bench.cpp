@@ -11,10 +11,10 @@
 #include <string>
 #include <unordered_set>
 #include <vector>
-#ifdef BENCH_GLIB
+#ifdef VX_WITH_GLIB
 #include <glib.h>
 #endif
-#ifdef BENCH_ABSL
+#ifdef VX_WITH_ABSL
 #include <absl/container/flat_hash_set.h>
 #endif
 
@@ -79,7 +79,7 @@ void append_std(State &state) {
 BENCHMARK(append_vx)->Arg(1000)->Arg(100000);
 BENCHMARK(append_std)->Arg(1000)->Arg(100000);
 
-#ifdef BENCH_GLIB
+#ifdef VX_WITH_GLIB
 void append_glib(State &state) {
     const auto n = static_cast<int>(state.range(0));
     for (auto _ : state) {
@@ -206,7 +206,7 @@ struct StdSet {
     bool has(void *p) const { return table.find(p) != table.end(); }
 };
 
-#ifdef BENCH_ABSL
+#ifdef VX_WITH_ABSL
 struct AbslSet {
     absl::flat_hash_set<void *> table;
     void insert(void *p) { table.insert(p); }
@@ -215,7 +215,7 @@ struct AbslSet {
 };
 #endif
 
-#ifdef BENCH_GLIB
+#ifdef VX_WITH_GLIB
 struct GlibSet {
     GHashTable *table = g_hash_table_new(nullptr, nullptr);
     GlibSet() = default;
@@ -283,10 +283,10 @@ void set_remove_insert(State &state) {
 
 BENCH_SET(VxSet);
 BENCH_SET(StdSet);
-#ifdef BENCH_ABSL
+#ifdef VX_WITH_ABSL
 BENCH_SET(AbslSet);
 #endif
-#ifdef BENCH_GLIB
+#ifdef VX_WITH_GLIB
 BENCH_SET(GlibSet);
 #endif
 

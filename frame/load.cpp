@@ -6,6 +6,7 @@
 
 #include "searchpath/path_store.h"
 #include "text/allocator_lock.h"
+#include "text/pinned_streams.h"
 
 #include <ios>
 #include <iterator>
@@ -39,6 +40,7 @@ constexpr Step kSequence[] = {
     {[] { narrowStreams.hold(); }, [] { narrowStreams.release(); }},
     {[] { wideStreams.hold(); }, [] { wideStreams.release(); }},
     {allocatorLockCreate, nullptr},
+    {streamMapBuild, streamMapTearDown},
     {pathStoreBuild, pathStoreTearDown},
 };
 

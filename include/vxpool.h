@@ -68,7 +68,7 @@ VX_API void *vxPoolAlloc(VxPool *pool);
  * was in. Each of them may be freed like any other element. Null for a count below 1.
  *
  * Does not return when the block cannot be had: message 4912 of "vxmsg" with severity 5 and
- * the bytes asked for (an int, 2147483647 if there are more) goes to vxMessageReport, and the
+ * the bytes asked for (an int, cut to the range of one) goes to vxMessageReport, and the
  * process ends with abort.
  */
 VX_API void *vxPoolAllocBlock(VxPool *pool, int count);

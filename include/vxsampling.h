@@ -9,9 +9,9 @@
  *     if (vxSampleTableInit(&table, 4, 0.5f, 0, 1.0f, 1)) {
  *         for each pixel (px, py) {
  *             VxPixelSampler sampler;
+ *             float dx, dy, color[3], second[3];
  *             vxPixelSamplerStart(&sampler, &table);
  *             while (vxPixelSamplerHasNext(&sampler)) {
- *                 float dx, dy, color[3], second[3];
  *                 vxPixelSamplerNext(&sampler, &dx, &dy);
  *                 uint32_t id = render(px + dx, py + dy, color, second);
  *                 vxPixelSamplerAdd(&sampler, color, second, id, 0);

@@ -1,6 +1,5 @@
 #include "platform/codepage.h"
 
-#include <cctype>
 #include <cstring>
 #include <langinfo.h>
 
@@ -51,7 +50,8 @@ unsigned characterAt(const CodePage &page, const char *&at) {
 
 const CodePage &currentCodePage() {
     const char *name = nl_langinfo(CODESET);
-    if (std::strcmp(name, "UTF-8") == 0) return kSingleByte;  // by far the most frequent
+    // By far the most frequent: UTF-8, and ANSI_X3.4-1968 of a process that never set a locale.
+    if (name[0] == 'A' || std::strcmp(name, "UTF-8") == 0) return kSingleByte;
     for (const CharacterSet &set : kDoubleByteSets) {
         if (std::strcmp(name, set.name) == 0) return *set.page;
     }
@@ -66,11 +66,6 @@ int mblen(const char *text, std::size_t limit) {
     return limit >= 2 && page.isTrail(text[1]) ? 2 : -1;
 }
 
-int _ismbcalpha(unsigned character) {
-    if (character > 255 || currentCodePage().isLead(static_cast<char>(character))) return 0;
-    return std::isalpha(static_cast<int>(character)) != 0 ? 1 : 0;
-}
-
 const char *_mbschr(const char *text, char character) {
     const CodePage &page = currentCodePage();
     // No single-byte character below the lowest trail byte can be half of another one.
@@ -79,6 +74,16 @@ const char *_mbschr(const char *text, char character) {
         if (*text == character && !page.isDouble(text)) return text;
     }
     return nullptr;
+}
+
+const char *_mbsrchr(const char *text, char character) {
+    const CodePage &page = currentCodePage();
+    if (!page.isTrail(character)) return std::strrchr(text, character);
+    const char *last = nullptr;
+    for (; *text != '\0'; text += page.step(text)) {
+        if (*text == character) last = text;
+    }
+    return last;
 }
 
 int _mbscmp(const char *left, const char *right) {
@@ -93,14 +98,20 @@ int _mbscmp(const char *left, const char *right) {
     return one < other ? -1 : one > other;
 }
 
-char *_mbsnbcpy(char *to, const char *from, std::size_t limit) {
+std::size_t lengthWithin(const char *text, std::size_t limit) {
     const CodePage &page = currentCodePage();
+    if (page.number() == 0) return ::strnlen(text, limit);
     std::size_t length = 0;
-    while (length < limit && from[length] != '\0') {
-        const std::size_t step = page.step(from + length);
+    while (length < limit && text[length] != '\0') {
+        const std::size_t step = page.step(text + length);
         if (length + step > limit) break;
         length += step;
     }
+    return length;
+}
+
+char *_mbsnbcpy(char *to, const char *from, std::size_t limit) {
+    const std::size_t length = lengthWithin(from, limit);
     std::memcpy(to, from, length);
     std::memset(to + length, 0, limit - length);
     return to;

@@ -65,9 +65,6 @@ inline constexpr std::size_t __mb_cur_max = 2;
 // terminator, -1 for an invalid sequence.
 int mblen(const char *text, std::size_t limit);
 
-// Is this single-byte character a letter. Anything above 255 is none.
-int _ismbcalpha(unsigned character);
-
 // The other case of a character code. Only A to Z and a to z have one, in every page; all other
 // codes come back as they are, a byte of 0x80 or above widened as a signed char among them.
 constexpr unsigned _mbctolower(unsigned character) {
@@ -91,8 +88,14 @@ constexpr char uppered(char byte) {
 // The first occurrence of a single-byte character, which may be the terminator; null without one.
 const char *_mbschr(const char *text, char character);
 
+// The last occurrence of a single-byte character other than the terminator; null without one.
+const char *_mbsrchr(const char *text, char character);
+
 // Order of two texts by the codes of their characters: negative, 0 or positive.
 int _mbscmp(const char *left, const char *right);
+
+// The bytes of the whole characters among the first `limit` bytes of a text.
+std::size_t lengthWithin(const char *text, std::size_t limit);
 
 // Copies at most `limit` bytes, never half a character, and fills what is left of those bytes
 // with zeros. A text that reaches the limit is not terminated.

@@ -71,10 +71,10 @@ void *cutNext(VxPool *pool) {
     return element;
 }
 
-// Brings the current block in front of the runs if it has room. Each run is walked over once: when
-// there is no room, the block that the caller gets instead goes in front of them as well.
+// Brings the current block in front of the runs if it has room. Each run is walked over once, as
+// long as blocks are to be had: the one that the caller gets instead goes in front of them too.
 bool currentToFront(VxPool *pool) {
-    if (pool->nextElement == nullptr) return false;
+    if (pool->nextElement == nullptr || pool->elementsPerBlock < 1) return false;
     VxPoolBlock **link = &pool->blocks;
     while (!isCurrent(pool, *link))
         link = &(*link)->next;
@@ -125,6 +125,14 @@ bool startBlock(VxPool *pool) {
     std::abort();
 }
 
+// What is forgotten here is its new owner's, whole.
+void unpoisonBlocks(const VxPool *pool, VxPoolBlock *list) {
+    for (; list != nullptr; list = list->next) {
+        unpoison(firstElement(list),
+                 static_cast<std::size_t>(elementBytes(pool, list->elementCount)));
+    }
+}
+
 void freeBlocks(VxPoolBlock *list) {
     while (list != nullptr)
         std::free(pop(list));
@@ -139,13 +147,15 @@ void vxPoolInit(VxPool *pool, int elementSize, int elementsPerBlock) {
 }
 
 void vxPoolReset(VxPool *pool) {
+    unpoisonBlocks(pool, pool->blocks);
+    unpoisonBlocks(pool, pool->spareBlocks);
     vxPoolInit(pool, pool->elementSize, pool->elementsPerBlock);
 }
 
 void vxPoolDestroy(VxPool *pool) {
     freeBlocks(pool->blocks);
     freeBlocks(pool->spareBlocks);
-    vxPoolReset(pool);
+    vxPoolInit(pool, pool->elementSize, pool->elementsPerBlock);
 }
 
 void vxPoolSetBlockCount(VxPool *pool, int elementsPerBlock) {

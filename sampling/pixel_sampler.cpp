@@ -37,12 +37,14 @@ void accumulate(float *sum, const float *value, double weight, double scale) {
 }  // namespace
 
 void vxPixelSamplerStart(VxPixelSampler *sampler, const VxSampleTable *table) {
-    const std::uint32_t idBefore = sampler->firstId;
-    *sampler = {};
-    sampler->firstId = idBefore;
+    // firstId stays as it is, which may be nothing at all.
     sampler->table = table;
     sampler->sampleIndex = -1;
     sampler->setIndex = static_cast<int>(draw() * kSets);
+    for (float *sum :
+         {sampler->colorSum, sampler->minColor, sampler->maxColor, sampler->secondSum}) {
+        std::fill_n(sum, kChannels, 0.0F);
+    }
     sampler->sameId = 1;
     sampler->firstSample = 1;
 }

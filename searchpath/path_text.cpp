@@ -3,6 +3,7 @@
 
 #include "searchpath/path_text.h"
 
+#include "platform/character_class.h"
 #include "platform/codepage.h"
 
 #include <vxsearchpath.h>

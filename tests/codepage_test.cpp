@@ -3,6 +3,8 @@
 
 #include "platform/codepage.h"
 
+#include "platform/character_class.h"
+
 #include <clocale>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -76,6 +78,20 @@ TEST_F(InPage932, SplitsAtSeparators) {
     EXPECT_STREQ(_mbstok(nullptr, ';', &rest), "b");
     EXPECT_EQ(_mbstok(nullptr, ';', &rest), nullptr);
     EXPECT_EQ(_mbstok(nullptr, ';', &rest), nullptr);
+}
+
+TEST_F(InPage932, CodesHaveClasses) {
+    struct Case {
+        unsigned code;
+        int alpha, digit;
+    };
+    for (const Case &test :
+         {Case{'a', 1, 0}, Case{'7', 0, 1}, Case{'_', 0, 0}, Case{0x83, 0, 0}, Case{0x835C, 1, 0},
+          Case{0x8258, 0, 1}, Case{0x8140, 0, 0}, Case{0x8320, 0, 0}}) {
+        EXPECT_EQ(platform::_ismbcalpha(test.code), test.alpha) << test.code;
+        EXPECT_EQ(platform::_ismbcdigit(test.code), test.digit) << test.code;
+        EXPECT_EQ(platform::_ismbcalnum(test.code), test.alpha | test.digit) << test.code;
+    }
 }
 
 }  // namespace

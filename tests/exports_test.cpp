@@ -66,6 +66,21 @@ TEST(Exports, EachOrdinalIsItsSymbol) {
         EXPECT_EQ(vxExportAddress(ordinal), nullptr);
 }
 
+// The list that the table is made from, against the numbers that callers know.
+TEST(Exports, PlainFunctionsHaveTheNumbersThatCallersUse) {
+    std::ifstream file(VX_TEST_DATA "/plain_functions.txt");
+    int functions = 0;
+    for (std::string line; std::getline(file, line);) {
+        int ordinal = 0;
+        std::string name;
+        if (!(std::istringstream(line) >> ordinal >> name)) continue;
+        EXPECT_EQ(vxExportAddress(ordinal), dlsym(RTLD_DEFAULT, name.c_str())) << line;
+        EXPECT_NE(vxExportAddress(ordinal), nullptr) << line;
+        ++functions;
+    }
+    EXPECT_EQ(functions, 120);
+}
+
 TEST(Exports, NothingElseLeavesTheLibrary) {
     std::set<std::string> wanted{"vxExportAddress"};
     for (const Export &entry : exportTable())

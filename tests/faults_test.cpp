@@ -5,11 +5,15 @@
 #include "faults.h"
 
 #include "searchpath/path_store.h"
+#include "text/allocator_lock.h"
+#include "text/pinned_streams.h"
 
 #include <vxframework.h>
 #include <vximage.h>
 #include <vxsearchpath.h>
+#include <vxtext.h>
 
+#include <clocale>
 #include <cstdarg>
 #include <cstdlib>
 #include <filesystem>
@@ -415,6 +419,48 @@ TEST_F(SettingsFaults, KilledAtAnyCall) {
         EXPECT_TRUE(read("user.reg") == before_ || read("user.reg") == after_) << read("user.reg");
         expectGoodForTheNext();
     }
+}
+
+// ---- Pinned streams
+
+class StreamFaults : public Faults {
+protected:
+    StreamFaults() {
+        EXPECT_NE(std::setlocale(LC_NUMERIC, "de_DE.UTF-8"), nullptr);
+        allocatorLockCreate();
+        streamMapBuild();
+    }
+    ~StreamFaults() override {
+        streamMapTearDown();
+        std::setlocale(LC_NUMERIC, "C");
+    }
+};
+
+TEST_F(StreamFaults, WithoutMemoryForTheNameTheCloseBringsNothingBack) {
+    faults::arm(faults::kMemory, 1, false, Effect::kRefuse);
+    FILE *stream = vxStreamOpen("/dev/null", "r");
+    EXPECT_TRUE(faults::disarm());
+    ASSERT_NE(stream, nullptr);
+    EXPECT_EQ(vxStreamClose(stream), 0);
+    EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
+}
+
+TEST_F(StreamFaults, WithoutMemoryForTheNoteTheProcessEnds) {
+    const auto openWithoutMemory = [] {
+        faults::arm(faults::kMemory, 2, true, Effect::kRefuse);
+        vxStreamOpen("/dev/null", "r");
+    };
+    EXPECT_EXIT(openWithoutMemory(), testing::ExitedWithCode(1), "^out of memory\n$");
+}
+
+TEST_F(StreamFaults, ANoteGivenBackServesTheNextStream) {
+    vxStreamClose(vxStreamOpen("/dev/null", "r"));
+    faults::arm(faults::kMemory, 2, true, Effect::kRefuse);
+    FILE *stream = vxStreamOpen("/dev/null", "r");
+    EXPECT_EQ(vxStreamClose(stream), 0);
+    EXPECT_EQ(vxStreamClose(std::fopen("/dev/null", "r")), 0);  // takes no memory either
+    EXPECT_FALSE(faults::disarm());
+    EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "de_DE.UTF-8");
 }
 
 }  // namespace

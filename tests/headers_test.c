@@ -4,9 +4,11 @@
 #include <vxexports.h>
 #include <vxframework.h>
 #include <vximage.h>
+#include <vxpattern.h>
 #include <vxpool.h>
 #include <vxsampling.h>
 #include <vxsearchpath.h>
+#include <vxtext.h>
 
 #include <stdlib.h>
 #include <string.h>
@@ -19,5 +21,8 @@ int main(void) {
     vxImageUsePublishedOrder(&image);
     vxImageSetName(&image, vxMessageText("vxmsg", 20364));
     good = good && strlen(image.name) != 0 && vxExportAddress(99) == NULL;
+    char pattern[VX_PATTERN_SIZE];
+    good = good && vxCompileWildcard("*.sgi", pattern) && vxMatchPattern("wood.sgi", pattern);
+    good = good && strcmp(vxFileExtension("wood.sgi"), "sgi") == 0;
     return good ? 0 : 1;
 }

@@ -10,6 +10,7 @@
 namespace {
 
 int callsUntilFailure = -1;
+bool failingOnward;
 int calls;
 bool recording;
 std::vector<void *> made;
@@ -23,7 +24,9 @@ void __real_free(void *memory);
 
 void *__wrap_calloc(std::size_t count, std::size_t size) {
     if (!recording) return __real_calloc(count, size);
-    void *memory = calls++ == callsUntilFailure ? nullptr : __real_calloc(count, size);
+    const int call = calls++;
+    const bool fails = call == callsUntilFailure || (failingOnward && call > callsUntilFailure);
+    void *memory = fails ? nullptr : __real_calloc(count, size);
     if (memory != nullptr) made.push_back(memory);
     return memory;
 }
@@ -36,7 +39,8 @@ void __wrap_free(void *memory) {
 
 namespace {
 
-int initRecorded(VxSampleTable *table, int gridSize, int failing) {
+int initRecorded(VxSampleTable *table, int gridSize, int failing, bool onward = false) {
+    failingOnward = onward;
     calls = 0;
     callsUntilFailure = failing;
     made.clear();
@@ -49,12 +53,13 @@ int initRecorded(VxSampleTable *table, int gridSize, int failing) {
 
 TEST(SampleTableMemory, EachOfTheAllocationsMayFail) {
     float sentinel = 0;
-    for (int failing = 0; failing < 2 * VX_SAMPLE_SETS; ++failing) {
-        SCOPED_TRACE(failing);
+    for (int trial = 0; trial < 4 * VX_SAMPLE_SETS; ++trial) {
+        SCOPED_TRACE(trial);
+        const int failing = trial / 2;
         VxSampleTable table{};
         for (int set = 0; set < VX_SAMPLE_SETS; ++set)
             table.offsetX[set] = table.offsetY[set] = &sentinel;
-        EXPECT_EQ(initRecorded(&table, 2, failing), 0);
+        EXPECT_EQ(initRecorded(&table, 2, failing, trial % 2 != 0), 0);
         const int last = failing / 2;
         EXPECT_EQ(calls, 2 * (last + 1));
         EXPECT_EQ(freed, made);
@@ -82,7 +87,7 @@ TEST(SampleTableMemory, AFilledTableHas134ArraysAndTheHelperReleasesThem) {
 
 TEST(SampleTableMemory, AGridBeyondTheCountIsRefused) {
     VxSampleTable table{};
-    EXPECT_EQ(initRecorded(&table, 46340, 0), 0);
+    EXPECT_EQ(initRecorded(&table, 46340, 0, true), 0);
     EXPECT_EQ(table.sampleCount, 46340 * 46340);
     for (const int grid : {46341, INT32_MAX}) {
         EXPECT_EQ(initRecorded(&table, grid, -1), 0);

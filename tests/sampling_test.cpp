@@ -15,7 +15,8 @@
 namespace {
 
 // What rand gives: all 31 bits, of which the library is to take the low 15.
-enum class Rand { Sequence, Zero, AllOnes } mode = Rand::Sequence;
+enum class Rand { Sequence, Fixed } mode = Rand::Sequence;
+int fixedDraw;
 std::minstd_rand generator;
 unsigned lastSeed;
 int draws;
@@ -31,8 +32,7 @@ extern "C" void srand(unsigned seed) noexcept {
 
 extern "C" int rand() noexcept {
     ++draws;
-    if (mode == Rand::Zero) return 0x7fff8000;
-    if (mode == Rand::AllOnes) return 0x7fffffff;
+    if (mode == Rand::Fixed) return 0x7fff8000 | fixedDraw;
     return static_cast<int>(generator());
 }
 
@@ -123,7 +123,7 @@ TEST(SampleTable, EqualsTheModelBitForBit) {
     for (const int grid : {2, 3, 4, 5, 8, 11}) {
         for (const float jitter : {0.0F, 0.8F, 1.0F}) {
             for (const int square : {0, 1, -2}) {
-                for (const int doubleY : {0, 1}) {
+                for (const int doubleY : {0, -2}) {
                     const Arguments arguments{grid, 0.7F, doubleY, jitter, square};
                     std::srand(99);
                     const Table table(arguments);
@@ -154,7 +154,8 @@ TEST(SampleTable, OfOneSampleIsTheCentreAndDrawsNothing) {
 
 TEST(SampleTable, DiskEndsAtItsCutAndHasACentre) {
     for (int grid = 2; grid <= 50; ++grid) {
-        mode = Rand::Zero;  // the outer edges of all cells, the last one at or beyond the centre
+        mode = Rand::Fixed;
+        fixedDraw = 0;  // the outer edges of all cells, the last one at or beyond the centre
         const Table table({grid, 2.0F, 0, 1.0F, 0});
         mode = Rand::Sequence;
         for (int k = 0; k < table.sampleCount; ++k) {
@@ -165,7 +166,8 @@ TEST(SampleTable, DiskEndsAtItsCutAndHasACentre) {
             }
         }
     }
-    mode = Rand::AllOnes;
+    mode = Rand::Fixed;
+    fixedDraw = 0x7fff;
     const Table outermost({4, 1.0F, 0, 1.0F, 0});
     mode = Rand::Sequence;
     EXPECT_NEAR(std::hypot(outermost.offsetX[3][0], outermost.offsetY[3][0]), 1.3, 1e-4);
@@ -175,11 +177,13 @@ TEST(SampleTable, DiskEndsAtItsCutAndHasACentre) {
 
 TEST(PixelSampler, TheDrawTellsTheSet) {
     const Table table({2, 1.0F, 0, 1.0F, 1});
-    for (const auto &[extreme, set] : {std::pair{Rand::Zero, 0}, {Rand::AllOnes, 66}}) {
-        mode = extreme;
-        VxPixelSampler sampler{};
+    mode = Rand::Fixed;
+    for (fixedDraw = 0; fixedDraw < 32768; ++fixedDraw) {
+        VxPixelSampler sampler;
+        const int before = draws;
         vxPixelSamplerStart(&sampler, &table);
-        EXPECT_EQ(sampler.setIndex, set);
+        ASSERT_EQ(sampler.setIndex, fixedDraw * 67 / 32768);
+        ASSERT_EQ(draws, before + 1);
     }
     mode = Rand::Sequence;
 }
@@ -243,8 +247,12 @@ TEST(PixelSampler, NeedsMoreWhenIdsOrColoursDiffer) {
         float contrast;
         int more;
     } cases[] = {
-        {{}, 0.0F, 0},
         {{grey}, 0.1F, 0},
+        {{}, 0.0F, 0},  // a new pixel knows nothing of the one before
+        // In double these stay just below the contrast; in float they would reach it.
+        {{{{0.2F, 0, 0}, 4}, {{0.8F, 0, 0}, 4}}, 0.6F, 0},
+        {{{{0.36F, 0, 0}, 4}, {{0.54F, 0, 0}, 4}}, 0.2F, 0},
+        {{{{0.01F, 0, 0}, 4}, {{0.24F, 0, 0}, 4}}, 0.92F, 0},
         {{grey}, 0.0F, 1},  // no difference reaches a contrast of 0
         {{black, black}, 0.0F, 0},
         {{{{-2, -2, -2}, 4}, {{1, 1, 1}, 4}}, 0.5F, 0},     // a sum below 0 does not count
@@ -264,6 +272,9 @@ TEST(PixelSampler, NeedsMoreWhenIdsOrColoursDiffer) {
             vxPixelSamplerAdd(&sampler, sample.color, grey.color, sample.id, 1);
         EXPECT_EQ(vxPixelSamplerNeedsMore(&sampler, test.contrast), test.more)
             << "case " << &test - cases;
+        if (!test.samples.empty()) {
+            EXPECT_EQ(sampler.firstId, test.samples.front().id);
+        }
     }
 }
 

@@ -14,3 +14,11 @@ void allocatorLockCreate() {
     platform::InitializeCriticalSection(&allocatorLock);
     allocatorLockExists = true;
 }
+
+AllocatorLockHolder::AllocatorLockHolder() {
+    platform::EnterCriticalSection(&allocatorLock);
+}
+
+AllocatorLockHolder::~AllocatorLockHolder() {
+    platform::LeaveCriticalSection(&allocatorLock);
+}

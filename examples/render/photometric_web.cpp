@@ -1,27 +1,11 @@
 #include "photometric_web.h"
 
 #include <vxsearchpath.h>
+#include <vxtext.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-
-#if __has_include(<vxtext.h>)
-#include <vxtext.h>
-#else
-// Until the text family is in this tree.
-static std::FILE *vxStreamOpen(const char *path, const char *mode) {
-    return std::fopen(path, mode);
-}
-static int vxStreamClose(std::FILE *stream) {
-    return std::fclose(stream);
-}
-static char *vxReadTrimmedLine(char *buffer, int size, std::FILE *stream) {
-    if (std::fgets(buffer, size, stream) == nullptr) return nullptr;
-    buffer[std::strcspn(buffer, "\r\n")] = '\0';
-    return buffer;
-}
-#endif
 
 namespace {
 

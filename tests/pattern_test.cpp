@@ -1,0 +1,458 @@
+// Patterns: forms to the byte, answers, limits, and the matcher against its definition.
+
+#include "pattern/pattern_compiler.h"
+#include "platform/codepage.h"
+
+#include <vxpattern.h>
+
+#include <algorithm>
+#include <clocale>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+
+namespace {
+
+using namespace std::string_literals;
+
+class InLocale {
+public:
+    explicit InLocale(const char *name) { EXPECT_NE(std::setlocale(LC_CTYPE, name), nullptr); }
+    ~InLocale() { std::setlocale(LC_CTYPE, "C"); }
+    InLocale(const InLocale &) = delete;
+    InLocale &operator=(const InLocale &) = delete;
+};
+
+// A buffer for a form that sees what is written behind it.
+class Form {
+public:
+    Form() {
+        std::memset(bytes_, 0, VX_PATTERN_SIZE);
+        std::memset(bytes_ + VX_PATTERN_SIZE, '#', sizeof bytes_ - VX_PATTERN_SIZE);
+    }
+    ~Form() {
+        for (std::size_t i = VX_PATTERN_SIZE; i < sizeof bytes_; ++i)
+            EXPECT_EQ(bytes_[i], '#') << i;
+    }
+    Form(const Form &) = delete;
+    Form &operator=(const Form &) = delete;
+    operator char *() { return bytes_; }
+    bool is(const std::string &expected) const {
+        return std::memcmp(bytes_, expected.c_str(), expected.size() + 1) == 0;
+    }
+
+private:
+    char bytes_[VX_PATTERN_SIZE + 64];
+};
+
+int matchesWildcard(const std::string &wildcard, const std::string &subject) {
+    Form form;
+    EXPECT_EQ(vxCompileWildcard(wildcard.c_str(), form), 1) << wildcard;
+    return vxMatchPattern(subject.c_str(), form);
+}
+
+// ---- Forms
+
+void expectForm(const char *wildcard, const std::string &expected) {
+    Form form;
+    EXPECT_EQ(vxCompileWildcard(wildcard, form), 1) << wildcard;
+    EXPECT_TRUE(form.is(expected)) << wildcard << " became " << static_cast<char *>(form);
+}
+
+TEST(Patterns, WildcardsHaveTheseForms) {
+    const std::pair<const char *, std::string> cases[] = {
+        {"", "^$"},
+        {"*", "^*?$"},
+        {"**", "^*?*?$"},
+        {"a*b", "^ca*?cb$"},
+        {"a?c", "^ca?cc$"},
+        {"[a-c]x", "^[\3abccx$"},
+        {"[~a-c]", "^!\3abc$"},
+        {"[a~]", "^[\2a~$"},
+        {"[z-a]", "^[\3z-a$"},
+        {"[a-a]", "^[\3a-a$"},
+        {"[a-]", "^[\2a-$"},
+        {"[-a]", "^[\2-a$"},
+        {"[~-a]", "^!\2-a$"},
+        {"[a-c-e]", "^[\7abcbcde$"},
+        {"[a\\--c]", "^[\4a--c$"},
+        {"[b\\d-f]", "^[\4bd-f$"},
+        {"[+-a]", "^[\3+-a$"},
+        {"[]", "^[\0$"s},
+        {"[~]", "^!\0$"s},
+        {"[]]", "^[\0c]$"s},
+        {"[\\]\\n^]", "^[\3]\n^$"},
+        {"a^b", "^cac^cb$"},
+        {"a$", "^cac$$"},
+        {"\\*", "^*c?$"},
+        {"[*]", "^[\2?*$"},
+        {"[ab]*", "^[\2ab*?$"},
+        {"\\n\\t\\\\", "^c\nc\tc\\$"},
+        {"abc\\", "^cacbccc$"},
+    };
+    for (const auto &[wildcard, form] : cases)
+        expectForm(wildcard, form);
+    {
+        const InLocale latin("de_DE.ISO-8859-1");
+        expectForm("[\xE0-\xE4]", "^[\5\xE0\xE1\xE2\xE3\xE4$");
+    }
+    const InLocale page("ja_JP.SJIS");
+    expectForm("\x83\\*", "^c\x83\\*?$");
+    expectForm("[~\x83]\x83\\]", "^!\4\x83]\x83\\$");
+    expectForm("[\xB1-\xB3]", "^[\3\xB1\xB2\xB3$");
+    expectForm("[\x83\x41-\x83\x5B]", "^[\2\x83\x41$");  // both ends have one lead byte
+    expectForm("[\x82\x60-\x83\x41]", "^[\3\x82\x60\x83$");
+    expectForm("a\x83", "^cac\x83$");
+    expectForm("[\x83 ]", "^[\3\x83  $");  // no trail byte, and yet behind a lead byte
+}
+
+TEST(Patterns, SourceHasTheseForms) {
+    struct Case {
+        const char *source;
+        int start, delimiter, result;
+        const char *form;
+    };
+    for (const Case &test : {
+             Case{"*abc", 0, 0, 4, "c*cacbcc"},
+             Case{"xx*a^", 2, 0, 5, "c*cac^"},
+             Case{"xx^a", 2, 0, 4, "^ca"},
+             Case{"a$*", 0, 0, 3, "ca*c$"},
+             Case{"a/b", 0, '/', 1, "ca"},
+             Case{"a$/b", 0, '/', 2, "ca$"},
+             Case{"[ab]*?*", 0, 0, 7, "*[\2ab*?"},
+             Case{"\\", 0, 0, 1, "c\\"},
+         }) {
+        Form form;
+        EXPECT_EQ(vxPatternCompile(test.source, test.start, test.delimiter, form), test.result)
+            << test.source;
+        EXPECT_TRUE(form.is(test.form)) << test.source << " became " << static_cast<char *>(form);
+    }
+    Form form;
+    for (const char *refused : {"^*a", "a**", "a[b", "[", "[~", "[a\\", "a[b-"})
+        EXPECT_EQ(vxPatternCompile(refused, 0, 0, form), -1) << refused;
+    EXPECT_EQ(vxPatternCompile("ab", 0, '/', form), -1);
+    EXPECT_EQ(vxPatternCompile("a$*/", 0, '/', form), 3);
+    EXPECT_EQ(vxPatternCompile("a$/*", 0, '*', form), 3);
+    const InLocale page("ja_JP.SJIS");
+    EXPECT_EQ(vxPatternCompile("a\x83\0x", 0, 0, form), 2);  // nothing behind the end is read
+    EXPECT_TRUE(form.is("cac\x83"));
+    EXPECT_EQ(vxPatternCompile("[\x83\0]", 0, 0, form), -1);
+}
+
+TEST(Patterns, FormsAreBounded) {
+    const auto compile = [](const std::string &source) {
+        Form form;
+        return vxPatternCompile(source.c_str(), 0, 0, form);
+    };
+    const std::string most(256, 'a');
+    EXPECT_EQ(compile(most), 256);
+    EXPECT_EQ(compile(most + "?"), -1);
+    EXPECT_EQ(compile(most.substr(1) + "??"), 257);
+    EXPECT_EQ(compile(most + "a"), -1);
+    // Stars, lists and characters of two bytes at and behind the bound.
+    for (std::size_t length = 250; length < 260; ++length) {
+        for (const char *end : {"*", "?*", "[abc]", "[~abc]*", "[]", "\x83\\", "?\x83\\*"}) {
+            for (const char *name : {"C", "ja_JP.SJIS"}) {
+                const InLocale locale(name);
+                const std::string source = std::string(length, 'a') + end;
+                const int result = compile(source);
+                EXPECT_TRUE(result == -1 || result == static_cast<int>(source.size()));
+                EXPECT_EQ(compile(source + std::string(300, '?') + "*?*?*"), -1);
+            }
+        }
+    }
+    Form form;
+    EXPECT_EQ(vxCompileWildcard(("[" + std::string(255, 'a') + "]").c_str(), form), 1);
+    EXPECT_EQ(vxMatchPattern("a", form), 1);
+    EXPECT_EQ(vxCompileWildcard(("[" + std::string(256, 'a') + "]").c_str(), form), 0);
+    EXPECT_EQ(vxCompileWildcard(std::string(509, '?').c_str(), form), 1);
+    EXPECT_EQ(vxCompileWildcard(std::string(510, '?').c_str(), form), 0);
+    EXPECT_EQ(vxCompileWildcard((std::string(507, '?') + "*").c_str(), form), 1);
+    EXPECT_EQ(vxCompileWildcard((std::string(508, '?') + "*").c_str(), form), 0);
+    EXPECT_EQ(vxCompileWildcard(std::string(5000, '*').c_str(), form), 0);
+}
+
+// ---- Answers
+
+TEST(Patterns, WildcardsMatch) {
+    struct Case {
+        const char *wildcard, *subject;
+        int result;
+    };
+    for (const Case &test : {
+             Case{"abc", "abc", 1},
+             Case{"abc", "abcd", 0},
+             Case{"abc", "abc\ndef", 1},
+             Case{"", "", 1},
+             Case{"", "a", 0},
+             Case{"", "\n", 1},
+             Case{"*", "", 1},
+             Case{"*", "x\ny", 1},
+             Case{"a*c", "abbbc", 1},
+             Case{"a*c", "abbbd", 0},
+             Case{"a?c", "a\nc", 0},
+             Case{"?", "", 0},
+             Case{"\\*", "??", 1},
+             Case{"\\*", "*", 0},
+             Case{"[*]", "?", 1},
+             Case{"[~a]", "b", 1},
+             Case{"[~a]", "", 0},
+             Case{"[\\n]", "\n", 1},
+             Case{"abc\\", "abc$xx", 1},
+             Case{"abc\\", "abc", 0},
+             Case{"Abc", "abc", 0},
+             Case{"[a-z]*[0-9].sgi", "wood17.sgi", 1},
+             Case{"[a-z]*[0-9].sgi", "wood17.SGI", 0},
+             Case{"*wood*plank*", "oak_wood_plan_plank2.sgi", 1},
+             Case{"[~\\n]*", "\n", 0},
+             Case{"*\\n*", "a\nb", 1},
+             Case{"*b", "a\nb", 0},
+         }) {
+        EXPECT_EQ(matchesWildcard(test.wildcard, test.subject), test.result)
+            << test.wildcard << " " << test.subject;
+    }
+    const InLocale page("ja_JP.SJIS");
+    EXPECT_EQ(matchesWildcard("?", "\x83\\"), 0);
+    EXPECT_EQ(matchesWildcard("??", "\x83\\"), 1);
+    EXPECT_EQ(matchesWildcard("\x83\\", "\x83\\"), 1);
+    EXPECT_EQ(matchesWildcard("*\\\\", "\x83\\"), 1);  // a * may end within a character
+    EXPECT_EQ(matchesWildcard("[\x83\\]", "\x83\\"), 1);
+    EXPECT_EQ(matchesWildcard("[~x]", "\x83\\"), 1);
+    EXPECT_EQ(matchesWildcard("[~\x83\\]", "\x83\\"), 0);
+    EXPECT_EQ(matchesWildcard("\x83", "\x83"), 0);
+}
+
+TEST(Patterns, SourceMatchesAnywhere) {
+    struct Case {
+        const char *source, *subject;
+        int result;
+    };
+    for (const Case &test : {Case{"b?", "abc", 1}, Case{"b?", "ab", 0}, Case{"c$", "abc", 1},
+                             Case{"c$", "abcd", 0}, Case{"$", "", 1}, Case{"$", "x\ny", 1}}) {
+        Form form;
+        EXPECT_GE(vxPatternCompile(test.source, 0, 0, form), 0);
+        EXPECT_EQ(vxMatchPattern(test.subject, form), test.result) << test.source;
+    }
+}
+
+TEST(Patterns, ARunIsGivenBackByBytes) {
+    const InLocale page("ja_JP.SJIS");
+    for (const char *source : {"^[\x83\\]*\\\\$", "^\x83\\*\\\\$"}) {
+        Form form;
+        EXPECT_GE(vxPatternCompile(source, 0, 0, form), 0);
+        EXPECT_EQ(vxMatchPattern("\x83\\\x83\\", form), 1) << source;
+        EXPECT_EQ(vxMatchPattern("\x83\\\x83\x83", form), 0) << source;
+    }
+}
+
+TEST(Patterns, DamagedFormsAreNotFollowed) {
+    const std::pair<const char *, int> cases[] = {
+        {"x", 0}, {"c", 0}, {"^c\nc", 0}, {"*x", 0}, {"*", 1}, {"**", 1}, {"[", 0}, {"!", 0},
+    };
+    for (const auto &[bytes, result] : cases) {
+        Form form;
+        std::strcpy(form, bytes);
+        EXPECT_EQ(vxMatchPattern("", form), result) << bytes;
+    }
+    Form form;
+    std::memset(form, '?', VX_PATTERN_SIZE);
+    EXPECT_EQ(vxMatchPattern(std::string(510, 'a').c_str(), form), 0);  // without an end
+    std::memcpy(form + 300, "[\xFF", 2);
+    EXPECT_EQ(vxMatchPattern(std::string(510, '?').c_str(), form), 0);  // a list past the end
+}
+
+TEST(Patterns, SubjectsHaveALimit) {
+    for (const std::size_t length : {61U, 62U, 63U, 64U, 126U, 127U, 509U, 510U}) {
+        const std::string subject(length, 'a');
+        EXPECT_EQ(matchesWildcard("*a", subject), 1) << length;
+        EXPECT_EQ(matchesWildcard("*b", subject), 0) << length;
+        EXPECT_EQ(matchesWildcard("*b", subject.substr(1) + "b"), 1) << length;
+    }
+    EXPECT_EQ(matchesWildcard("*", std::string(511, 'a')), 0);
+    EXPECT_EQ(matchesWildcard("*", std::string(100000, 'a')), 0);
+}
+
+TEST(Patterns, NoInputStalls) {
+    std::string stars;
+    for (int i = 0; i < 120; ++i)
+        stars += "*a";
+    // Tried one after the other, the ways through these would outlast everyone.
+    EXPECT_EQ(matchesWildcard(stars + "b", std::string(510, 'a')), 0);
+    EXPECT_EQ(matchesWildcard(stars, std::string(510, 'a')), 1);
+    const InLocale page("ja_JP.SJIS");
+    std::string source, subject;
+    for (int i = 0; i < 60; ++i)
+        source += "\x83\\*[~x]*";
+    for (int i = 0; i < 255; ++i)
+        subject += "\x83\\";
+    Form form;
+    ASSERT_GE(vxPatternCompile((source + "x").c_str(), 0, 0, form), 0);
+    EXPECT_EQ(vxMatchPattern(subject.c_str(), form), 0);
+}
+
+// ---- The definition: one way after the other, the longest run of each repeat first
+
+class Definition {
+public:
+    Definition(const std::string &subject, const char *form)
+        : page_(platform::currentCodePage()), subject_(subject + "\n"), form_(form) {}
+
+    bool matches() const {
+        for (std::size_t start = 0; start < subject_.size(); ++start) {
+            if (matchAt(start, form_) >= 0) return true;
+        }
+        return false;
+    }
+
+private:
+    static unsigned byteAt(const char *at) { return static_cast<unsigned char>(*at); }
+    unsigned code(const char *at) const {
+        return page_.isLead(*at) ? byteAt(at) * 256 + byteAt(at + 1) : byteAt(at);
+    }
+    static std::size_t length(const char *at) {
+        const int length = platform::mblen(at, platform::__mb_cur_max);
+        return length < 0 ? 1 : static_cast<std::size_t>(length);
+    }
+    static const char *behind(const char *element) {
+        switch (*element) {
+            case '[':
+            case '!':
+                return element + byteAt(element + 1) + 2;
+            case 'c':
+                return element + 1 + length(element + 1);
+            default:
+                return element + (std::strchr("^$?*", *element) != nullptr && *element != '\0');
+        }
+    }
+    bool contains(unsigned wanted, const char *list) const {
+        const char *end = list + 1 + byteAt(list);
+        for (const char *at = list + 1; at < end; at += std::max<std::size_t>(length(at), 1)) {
+            if (code(at) == wanted) return true;
+        }
+        return false;
+    }
+    bool matchElement(std::size_t &position, const char *element) const {
+        const char *at = subject_.c_str() + position;
+        if (*at == '\0') return false;
+        const std::size_t step = length(at);
+        switch (*element) {
+            case '^':
+                return position == 0;
+            case '$':
+                return *at == '\n';
+            case '?':
+                ++position;
+                return *at != '\n';
+            case 'c':
+                position += step;
+                return code(at) == code(element + 1);
+            case '[':
+                position += step;
+                return contains(code(at), element + 1);
+            case '!':
+                position += step;
+                return *at != '\n' && !contains(code(at), element + 1);
+            default:
+                return false;
+        }
+    }
+    int matchAt(std::size_t position, const char *element) const {
+        for (; *element != '\0'; element = behind(element)) {
+            if (*element == '*') return matchRepeat(position, element + 1);
+            if (!matchElement(position, element)) return -1;
+        }
+        return static_cast<int>(position);
+    }
+    int matchRepeat(std::size_t position, const char *element) const {
+        std::size_t end = position;
+        for (std::size_t next = end; matchElement(next, element) && next != end;)
+            end = next;
+        for (std::size_t e = end + 1; e-- > position;) {
+            const int result = matchAt(e, behind(element));
+            if (result >= 0) return result;
+        }
+        return -1;
+    }
+
+    const platform::CodePage &page_;
+    std::string subject_;
+    const char *form_;
+};
+
+class Random {
+public:
+    explicit Random(unsigned seed) : engine_(seed) {}
+    std::size_t below(std::size_t bound) { return engine_() % bound; }
+    std::string text(const std::string &alphabet, std::size_t most) {
+        std::string text;
+        for (std::size_t length = below(most + 1); text.size() < length;)
+            text += alphabet[below(alphabet.size())];
+        return text;
+    }
+    // Elements such as the compiler makes, and some that it never would.
+    std::string form(const std::string &alphabet, std::size_t elements, std::size_t stars) {
+        std::string form = below(2) == 0 ? "^" : "";
+        while (elements-- != 0) {
+            if (below(3) == 0 && stars != 0) {
+                --stars;
+                form += '*';
+            }
+            const char opcode = "^$?cc[!c[x"[below(below(9) == 0 ? 10 : 9)];
+            form += opcode;
+            if (opcode == 'c') form += alphabet[below(alphabet.size())];
+            if (opcode == 'c' && below(3) == 0) form += alphabet[below(alphabet.size())];
+            if (opcode == '[' || opcode == '!') {
+                const std::string list = text(alphabet, 5);
+                form += static_cast<char>(list.size()) + list;
+            }
+        }
+        return form;
+    }
+
+private:
+    std::mt19937 engine_;
+};
+
+void compareWithDefinition(unsigned seed, const std::string &alphabet) {
+    Random random(seed);
+    int matched = 0;
+    for (int i = 0; i < 40000; ++i) {
+        Form form;
+        const std::size_t kind = random.below(3);
+        const bool isLong = random.below(16) == 0;  // for subjects of more than a word
+        const std::size_t stars = isLong ? 2 : 4;   // the definition takes its time
+        const std::string source = random.text(alphabet + "*?[]-*~\\^$", 9);
+        if (std::count(source.begin(), source.end(), '*') > static_cast<long>(stars)) continue;
+        if (kind == 0) {
+            if (vxPatternCompile(source.c_str(), 0, 0, form) < 0) continue;
+        } else if (kind == 1) {
+            if (vxCompileWildcard(source.c_str(), form) == 0) continue;
+        } else {
+            std::strcpy(form, random.form(alphabet, 1 + random.below(6), stars).c_str());
+        }
+        const std::string subject =
+            (isLong ? std::string(55 + random.below(80), alphabet[0]) : "") +
+            random.text(alphabet + "?*", 12);
+        const bool expected = Definition(subject, form).matches();
+        ASSERT_EQ(vxMatchPattern(subject.c_str(), form), expected ? 1 : 0)
+            << i << " " << testing::PrintToString(static_cast<char *>(form)) << " on "
+            << testing::PrintToString(subject);
+        matched += expected ? 1 : 0;
+    }
+    EXPECT_GT(matched, 4000);
+}
+
+TEST(Patterns, MatcherDoesWhatItsDefinitionSays) {
+    compareWithDefinition(1, "ab");
+    compareWithDefinition(2, "aab\nn$^\xFF");
+    for (const char *name : {"ja_JP.SJIS", "ko_KR.EUC-KR", "zh_CN.GBK", "zh_TW.BIG5"}) {
+        const InLocale locale(name);
+        ASSERT_NE(platform::currentCodePage().number(), 0);
+        compareWithDefinition(3, "\x83\\");
+        compareWithDefinition(4, "\x81\xA1\x41 a");
+        compareWithDefinition(5, "\x83\x81[\nc!\x5B\x02");
+    }
+}
+
+}  // namespace

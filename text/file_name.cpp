@@ -1,0 +1,106 @@
+// File names taken apart. Every result lies in one buffer; what is moved into it may come from
+// it, so that one function can be called on the result of another.
+
+#include "platform/codepage.h"
+
+#include <vxtext.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t kMost = 255;
+char result[kMost + 1];
+
+// Puts at most `limit` bytes of a text into the result, at an index and as far as there is room,
+// and says where they end.
+std::size_t put(std::size_t at, const char *text, std::size_t limit = kMost) {
+    const std::size_t length = platform::lengthWithin(text, std::min(limit, kMost - at));
+    std::memmove(result + at, text, length);
+    result[at + length] = '\0';
+    return at + length;
+}
+
+const char *cutCopy(const char *text) {
+    put(0, text);
+    return result;
+}
+
+const char *prefix(const char *name, std::size_t length) {
+    put(0, name, length);
+    return result;
+}
+
+// Is a place that was found in a name near enough to its start for what lies before it to fit.
+bool isWithin(const char *place, const char *name, std::size_t most) {
+    return place != nullptr && static_cast<std::size_t>(place - name) <= most;
+}
+
+const char *cutBefore(const char *name, const char *place) {
+    return isWithin(place, name, kMost) ? prefix(name, static_cast<std::size_t>(place - name))
+                                        : cutCopy(name);
+}
+
+const char *appendExtension(const char *extension) {
+    if (extension != nullptr) put(put(std::strlen(result), "."), extension);
+    return result;
+}
+
+const char *lastComponent(const char *name) {
+    const char *backslash = platform::_mbsrchr(name, '\\');
+    const char *from = backslash != nullptr ? backslash : name;
+    const char *slash = platform::_mbsrchr(from, '/');
+    return slash != nullptr ? slash : from;
+}
+
+}  // namespace
+
+const char *vxFileStripExtension(const char *name) {
+    if (name == nullptr) return nullptr;
+    return cutBefore(name, platform::_mbsrchr(name, '.'));
+}
+
+const char *vxFileExtension(const char *name) {
+    if (name == nullptr) return nullptr;
+    const char *dot = platform::_mbsrchr(name, '.');
+    if (dot == nullptr || platform::_mbsrchr(dot, '\\') != nullptr ||
+        platform::_mbsrchr(dot, '/') != nullptr) {
+        return cutCopy("");
+    }
+    return cutCopy(dot + 1);
+}
+
+const char *vxFileAddExtension(const char *name, const char *extension) {
+    if (name == nullptr) return nullptr;
+    cutCopy(name);
+    return appendExtension(extension);
+}
+
+const char *vxFileReplaceExtension(const char *name, const char *extension) {
+    if (name == nullptr) return nullptr;
+    cutBefore(name, platform::_mbsrchr(lastComponent(name), '.'));
+    return appendExtension(extension);
+}
+
+const char *vxFileBaseName(const char *name) {
+    if (name == nullptr) return nullptr;
+    for (const char separator : {'\\', '/', ':'}) {
+        const char *last = platform::_mbsrchr(name, separator);
+        if (last != nullptr) return cutCopy(last + 1);
+    }
+    return cutCopy(name);
+}
+
+const char *vxFileDirectory(const char *name) {
+    if (name == nullptr) return nullptr;
+    for (const char separator : {'\\', '/'}) {
+        const char *last = platform::_mbsrchr(name, separator);
+        if (isWithin(last, name, kMost)) return prefix(name, static_cast<std::size_t>(last - name));
+    }
+    const char *colon = platform::_mbsrchr(name, ':');
+    if (isWithin(colon, name, kMost - 1)) {
+        return prefix(name, static_cast<std::size_t>(colon - name) + 1);
+    }
+    return cutCopy(".");
+}

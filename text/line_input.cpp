@@ -1,0 +1,62 @@
+// Lines and white space. White space lies below the trail bytes of every code page, so a white
+// byte is a character of its own wherever it is met, also seen from the end of a text.
+
+#include <vxtext.h>
+
+#include <cctype>
+#include <cstdio>
+#include <cstring>
+#include <sys/single_threaded.h>
+
+namespace {
+
+bool isWhite(char byte) {
+    return std::isspace(static_cast<unsigned char>(byte)) != 0;
+}
+
+bool endsLine(char byte) {
+    return byte == '\n' || byte == '\r';
+}
+
+// The lock of a stream guards against other threads, and costs when there are none.
+char *readPiece(char *buffer, int size, FILE *stream) {
+    return __libc_single_threaded != 0 ? ::fgets_unlocked(buffer, size, stream)
+                                       : std::fgets(buffer, size, stream);
+}
+
+}  // namespace
+
+int vxWriteNewline(FILE *stream) {
+    return std::putc('\n', stream);
+}
+
+char *vxReadLine(char *buffer, int size, FILE *stream) {
+    if (readPiece(buffer, size, stream) == nullptr) return nullptr;
+    std::size_t length = std::strlen(buffer);
+    while (length != 0 && endsLine(buffer[length - 1]))
+        --length;
+    buffer[length] = '\0';
+    return buffer;
+}
+
+void vxTrimRight(char *text) {
+    std::size_t length = std::strlen(text);
+    while (length != 0 && isWhite(text[length - 1]))
+        --length;
+    text[length] = '\0';
+}
+
+void vxTrimLeft(char *text) {
+    const char *start = text;
+    while (isWhite(*start))
+        ++start;
+    if (start != text) std::memmove(text, start, std::strlen(start) + 1);
+}
+
+// Line ends are white space, so one trim at the end does for both.
+char *vxReadTrimmedLine(char *buffer, int size, FILE *stream) {
+    if (readPiece(buffer, size, stream) == nullptr) return nullptr;
+    vxTrimRight(buffer);
+    vxTrimLeft(buffer);
+    return buffer;
+}
