@@ -18,6 +18,7 @@
 
 #include <vximage.h>
 
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -53,6 +54,7 @@ int main(int count, char **arguments) {
         std::fprintf(stderr, "usage: render [--plain] WIDTH HEIGHT FOLDER\n");
         return 2;
     }
+    std::setlocale(LC_NUMERIC, "");  // the report has the user's decimal mark; webs keep the point
     vxImageSetErrorHandler(sayImageError);
     const std::string folder = std::string(arguments[first + 2]) + "/";
     try {
