@@ -34,6 +34,10 @@ public:
         for (;;) {
             number = std::strtod(at_, &end);
             if (end != at_) break;
+            if (*at_ == ',') {  // numbers are parted by blanks or commas
+                ++at_;
+                continue;
+            }
             if (*at_ != '\0' || vxReadTrimmedLine(line_, sizeof line_, file_) == nullptr)
                 return false;
             at_ = line_;
@@ -56,7 +60,8 @@ private:
     const char *at_ = line_;
 };
 
-// Only files without a table for tilted lamps.
+// Only files without a table for tilted lamps, and of kind 1 (type C: angles from straight down,
+// around the lamp), as nearly all are.
 static bool readWeb(FILE *file, Web &web) {
     char line[512];
     if (vxReadTrimmedLine(line, sizeof line, file) == nullptr ||
@@ -69,7 +74,7 @@ static bool readWeb(FILE *file, Web &web) {
     // ballast factor, a reserve, watts
     Numbers numbers(file);
     std::vector<double> head;
-    if (!numbers.take(head, 13) || !numbers.take(web.vertical, head[3]) ||
+    if (!numbers.take(head, 13) || head[5] != 1 || !numbers.take(web.vertical, head[3]) ||
         !numbers.take(web.horizontal, head[4]) || !numbers.take(web.candela, head[3] * head[4])) {
         return false;
     }

@@ -46,8 +46,9 @@ enum { VX_PATTERN_SIZE = 514 };
  *
  * Returns 1, or 0 when the wildcard is refused and the buffer is not to be used: a list without
  * its ], a list of more than 255 bytes, a wildcard whose bytes plus stars are more than 509, and
- * one whose pattern has more than 512 bytes. A list takes a byte a member and two more, * two
- * bytes, ? one, any other character one more than it has.
+ * one whose pattern has more than 512 bytes. Its two ends take two bytes; a list as many as its
+ * members, ranges written out, and two more; * two bytes, ? one, any other character one more than
+ * it has.
  */
 VX_API int vxCompileWildcard(const char *wildcard, char *compiled);
 

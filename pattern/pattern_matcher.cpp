@@ -175,24 +175,30 @@ private:
         return closedUnderCharacters(reached, matched);
     }
 
-    Set closedUnderCharacters(Set reached, const Set &matched) const {
-        Set halves;
+    // Bit by bit, as a step from one place may lead to the next or to the one behind it; but
+    // without a branch on what is reached, and with what leaves a word carried into the next.
+    Set closedUnderCharacters(const Set &from, const Set &matched) const {
+        Set closed;
+        std::uint64_t carriedReached = 0;
+        std::uint64_t carriedHalves = 0;
         for (std::size_t i = 0; i < kWords; ++i) {
-            std::uint64_t done = 0;
-            while (const std::uint64_t open = reached.word(i) & matched.word(i) & ~done) {
-                const auto bit = static_cast<std::size_t>(std::countr_zero(open));
-                const std::uint64_t one = open & ~(open - 1);
-                const std::size_t next = i * 64 + bit + 1;
-                done |= one;
-                if ((doubles_.word(i) & one) != 0) {
-                    halves.insert(next);
-                    reached.insert(next + 1);
-                } else {
-                    reached.insert(next);
-                }
+            const std::uint64_t steps = matched.word(i);
+            const std::uint64_t doubles = doubles_.word(i);
+            std::uint64_t reached = from.word(i) | carriedReached;
+            std::uint64_t halves = carriedHalves;
+            const std::uint64_t open = reached & steps;
+            for (std::uint64_t bit = open & (~open + 1); bit != 0; bit <<= 1) {
+                const std::uint64_t taken = reached & steps & bit;
+                const std::uint64_t two = taken & doubles;
+                reached |= (taken ^ two) << 1 | two << 2;
+                halves |= two << 1;
             }
+            const std::uint64_t last = reached & steps;
+            carriedReached = (last & ~doubles) >> 63 | (last & doubles) >> 62;
+            carriedHalves = (last & doubles) >> 63;
+            closed.word(i) = reached | halves;
         }
-        return reached | halves;
+        return closed;
     }
 
     const CodePage &page_;

@@ -48,7 +48,11 @@ private:
 
 int matchesWildcard(const std::string &wildcard, const std::string &subject) {
     Form form;
+    std::memset(form, '#', VX_PATTERN_SIZE);  // what was there before means nothing
     EXPECT_EQ(vxCompileWildcard(wildcard.c_str(), form), 1) << wildcard;
+    const std::size_t length = std::strlen(form);
+    EXPECT_EQ(std::count(form + length, form + VX_PATTERN_SIZE, '\0'),
+              static_cast<std::ptrdiff_t>(VX_PATTERN_SIZE - length));
     return vxMatchPattern(subject.c_str(), form);
 }
 
@@ -166,6 +170,9 @@ TEST(Patterns, FormsAreBounded) {
     EXPECT_EQ(vxCompileWildcard(("[" + std::string(255, 'a') + "]").c_str(), form), 1);
     EXPECT_EQ(vxMatchPattern("a", form), 1);
     EXPECT_EQ(vxCompileWildcard(("[" + std::string(256, 'a') + "]").c_str(), form), 0);
+    EXPECT_EQ(vxCompileWildcard(std::string(255, 'a').c_str(), form), 1);
+    EXPECT_EQ(vxMatchPattern(std::string(255, 'a').c_str(), form), 1);
+    EXPECT_EQ(vxMatchPattern(std::string(254, 'a').c_str(), form), 0);
     EXPECT_EQ(vxCompileWildcard(std::string(509, '?').c_str(), form), 1);
     EXPECT_EQ(vxCompileWildcard(std::string(510, '?').c_str(), form), 0);
     EXPECT_EQ(vxCompileWildcard((std::string(507, '?') + "*").c_str(), form), 1);
@@ -429,7 +436,8 @@ void compareWithDefinition(unsigned seed, const std::string &alphabet) {
         } else if (kind == 1) {
             if (vxCompileWildcard(source.c_str(), form) == 0) continue;
         } else {
-            std::strcpy(form, random.form(alphabet, 1 + random.below(6), stars).c_str());
+            const std::string made = random.form(alphabet, 1 + random.below(6), stars);
+            std::memcpy(form, made.c_str(), made.size() + 1);  // an empty list holds a zero byte
         }
         const std::string subject =
             (isLong ? std::string(55 + random.below(80), alphabet[0]) : "") +
