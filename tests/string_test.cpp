@@ -336,6 +336,26 @@ TEST(StringOrder, ComparesSignedBytesAndTheTerminator) {
     }
 }
 
+TEST(StringOrder, TakesLiteralsOnEitherSide) {
+    const VxString s("b");
+    EXPECT_TRUE(s == "b" && "b" == s && s != "bc" && "a" != s);
+    EXPECT_TRUE(s < "c" && s <= "b" && s > "a" && s >= "b");
+    EXPECT_TRUE("a" < s && "b" <= s && "\x7F" > s && "b" >= s);
+    EXPECT_FALSE("c" < s || s < "\x80" || vx("b\0c"s) == "b");
+    EXPECT_EQ(text("a" + s + "c"), "abc");
+    EXPECT_TRUE(VxString() == static_cast<const char *>(nullptr));
+}
+
+#ifndef NDEBUG
+TEST(String, AssertsItsLimits) {
+    VxString s("abc");
+    EXPECT_DEATH(s[4], "");
+    EXPECT_DEATH(s.get(2, 2), "");
+    EXPECT_DEATH(s.set(0, 1, s), "");
+    EXPECT_DEATH(s.getInt(-1), "");
+}
+#endif
+
 TEST(StringHash, IsThatOfSignedBytesUpToTheFirstNul) {
     const std::pair<std::string, unsigned int> kTable[] = {{"", 0},
                                                            {"a", 97},
