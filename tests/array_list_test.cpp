@@ -94,6 +94,7 @@ TYPED_TEST(EveryList, AssertsItsLimits) {
     EXPECT_DEATH(list.set(-1, element<TypeParam>(0)), "");
     EXPECT_DEATH(list.insert(4, element<TypeParam>(0)), "");
     EXPECT_DEATH(list.remove(2, 2), "");
+    EXPECT_DEATH(static_cast<void>(*list.end()), "");
 }
 #endif
 
