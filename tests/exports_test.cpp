@@ -2,6 +2,10 @@
 
 #include <vxexports.h>
 
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"  // false alarms in <regex> with sanitizers
+#endif
+
 #include <cstdio>
 #include <cstdlib>
 #include <cxxabi.h>

@@ -207,6 +207,10 @@ TEST(OwningTable, CountsOverUsedBuckets) {
     EXPECT_EQ(other.assign(it).getElem(), it.getElem());
     EXPECT_EQ(*static_cast<int *>(it.getElem()), 2);
     EXPECT_EQ(it.getTable(), &table);
+#ifndef NDEBUG
+    table.empty();
+    EXPECT_DEATH(it.getElem(), "");
+#endif
 }
 
 TEST(PointerTables, TakeNullLikeAnyOther) {
