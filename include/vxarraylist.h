@@ -29,7 +29,8 @@
  * What holds for all three:
  *
  *  - Indices count from 0 and are not tested in release builds; a debug build asserts the limits
- *    that stand as REQUIRES at the members. Outside them nothing is defined.
+ *    that stand as REQUIRES at the members. Outside them nothing is defined. Members that are not
+ *    inline assert only in a debug build of the library, whatever the build of the caller.
  *  - Growth. The capacity, in slots, goes 0, 1, 2, 4, 8, ...: an insertion doubles it until the
  *    new length fits. A removal that leaves less than a quarter of it halves it, down to 2 at
  *    the lowest and at least once, until that is no longer so. A capacity of 1 or 2 stays. Only

@@ -28,6 +28,8 @@
  *  - Without memory insert answers 0 and changes nothing. A copy, assignment or copyObjects is
  *    whole or leaves an empty table. A table that could not have its buckets has none: it
  *    answers 0 or null to everything until an assignment gives it some.
+ *  - Members that are not inline assert only in a debug build of the library, whatever the build
+ *    of the caller.
  *  - Nothing is locked: a table and its iterators serve one thread at a time. As far as the hooks
  *    keep to it, `has` and the statistics write nothing.
  */
@@ -217,16 +219,19 @@ public:
      *
      * An address of 32 bits is p itself. Of a wider one p is
      *
-     *     address >> 2  XOR  address >> 32  XOR  (address AND 12) << 8
+     *     address >> 2  XOR  (address >> 16) * 0x7f70004  XOR  (address AND 12) << 8
      *
-     * so that neighbours on the heap, which lie 16 bytes or a multiple apart, get neighbouring
-     * hashes, and elements of one array that lie closer still get different ones.
+     * modulo 2^32, so that neighbours on the heap, which lie 16 bytes or a multiple apart, get
+     * neighbouring hashes, elements of one array that lie closer still get different ones, and
+     * great blocks at any regular distance spread.
      */
     VX_INLINE static unsigned int hash(void const *element) {
         const auto address = reinterpret_cast<std::uintptr_t>(element);
         auto p = static_cast<std::uint32_t>(address);
-        const auto high = static_cast<std::uint32_t>(static_cast<std::uint64_t>(address) >> 32);
-        if (high != 0) p = static_cast<std::uint32_t>(address >> 2) ^ high ^ (p & 0xc) << 8;
+        if (static_cast<std::uint64_t>(address) >> 32 != 0) {
+            p = static_cast<std::uint32_t>(address >> 2) ^
+                static_cast<std::uint32_t>(address >> 16) * 0x7f70004U ^ (p & 0xc) << 8;
+        }
         const std::uint32_t a = p >> 10 & 0x3f0000;
         const std::uint32_t b = p & 0x3ffc000;
         const std::uint32_t c = p & 0x3ffc;

@@ -17,8 +17,10 @@
  *     += with an empty text and setLengthHint at or below the length change nothing at all.
  *
  *     The pointer from the conversion to char const * and a std::string_view are good until the
- *     string is next changed, assigned to or freed; a reference from operator[] likewise. Reading
- *     in a loop goes through a const string or the pointer, so that nothing separates.
+ *     string is next changed, assigned to or freed; of these, reading s[i] of a string that is not
+ *     const counts as a change, since it may separate. A reference from operator[] is good as long,
+ *     and nothing is stored through it once the string was copied: the copies would change too.
+ *     Reading in a loop goes through a const string or the pointer, so that nothing separates.
  *
  * Growth. A body that must grow takes exactly the room it needs or, when its memory hint is not
  * 0, twice that. For text built of many pieces set the hint or, when the length is known,
@@ -26,7 +28,18 @@
  *
  * Indices and lengths are ints (an index of another integer type is ambiguous between operator[]
  * and the conversion to a pointer) and are not tested in release builds; a debug build asserts the
- * limits that stand as REQUIRES. Outside them nothing is defined.
+ * limits that stand as REQUIRES. Outside them nothing is defined. Members that are not inline
+ * assert only in a debug build of the library, whatever the build of the caller.
+ *
+ * Beside a string, a char const * stands for the text up to its NUL: s == "a", "a" < s, s + "b".
+ * The three conversions make some other lines ambiguous, which are written
+ *
+ *     if (s)  !s       if (s.length() != 0)
+ *     s == 'c'  s + 'c'  s + 1        s == VxString('c')  s + VxString('c')  s + VxString(1)
+ *     s == 17                         s.getInt(0) == 17
+ *     stream << s                     stream << vxStringView(s)
+ *
+ * and a call with variable arguments, such as printf, gets static_cast<char const *>(s).
  *
  * Without memory, or beyond 2^31 - 65 bytes, a new string is the empty text and a change does
  * not happen: the string stays as it was, and a reference from operator[] is then to a byte
@@ -43,6 +56,7 @@
 #include "vxexports.h"
 
 #include <cassert>
+#include <compare>
 #include <cstring>
 #include <string_view>
 
@@ -249,6 +263,23 @@ inline VxString vxStringFrom(std::string_view text) {
     // A text that is too long counts as one that there is no memory for.
     if (text.size() > 0x7fffffbf) return VxString();
     return VxString(text.data(), static_cast<int>(text.size()));
+}
+
+/*
+ * The operators with a text that ends with its NUL; null counts as the empty text. They agree with
+ * those of two strings. == copies nothing.
+ */
+inline bool operator==(VxString const &string, char const *text) {
+    return vxStringView(string) == (text != nullptr ? text : "");
+}
+inline std::weak_ordering operator<=>(VxString const &string, char const *text) {
+    return string.compare(VxString(text)) <=> 0;
+}
+inline VxString operator+(VxString const &string, char const *text) {
+    return string + VxString(text);
+}
+inline VxString operator+(char const *text, VxString const &string) {
+    return VxString(text) + string;
 }
 
 #endif

@@ -21,7 +21,8 @@
  *    of tables go forward. They go stale as the iterators of the base do.
  *  - The owning ones end their elements in their destructor. When an element cannot be copied,
  *    for want of memory or because T's copy constructor throws, the call answers false and
- *    nothing has changed; a copy of a whole list or table is then empty. No exception comes out.
+ *    nothing has changed; a copy of a whole list or table is then empty. No exception comes out:
+ * `Hash` and `Equal` of a table must not throw.
  */
 #ifndef VXTYPED_H
 #define VXTYPED_H
@@ -174,10 +175,10 @@ public:
     using const_iterator = VxListPlace<VxOwningList const, T const &>;
 
     VxOwningList() = default;
-    VxOwningList(VxOwningList const &source) : VxArrayList(source) { takeWhole(source); }
+    VxOwningList(VxOwningList const &source) : VxArrayList(unfailed(source)) { takeWhole(source); }
     VxOwningList &operator=(VxOwningList const &source) {
         if (this != &source) {
-            VxArrayList::operator=(source);
+            VxArrayList::operator=(unfailed(source));
             takeWhole(source);
         }
         return *this;
@@ -191,8 +192,10 @@ public:
     // Replaces an element by a copy of another, which may be in this list.
     // REQUIRES: 0 <= index < length().
     bool set(int index, T const &element) {
-        if (!insert(index, element)) return false;
-        remove(index + 1, 1);
+        if (!append(element)) return false;
+        const int last = length() - 1;
+        swap(index, last);
+        remove(last, 1);
         return true;
     }
 
@@ -237,7 +240,11 @@ private:
         remove(index, n);
         return false;
     }
-    // It was the source that made the copies.
+    // A whole copy: it is the source that makes the copies of the elements.
+    static VxOwningList const &unfailed(VxOwningList const &source) {
+        source.failed_ = false;
+        return source;
+    }
     void takeWhole(VxOwningList const &source) {
         if (source.failed_) empty();
         source.failed_ = false;
@@ -254,8 +261,8 @@ class VxPointerList : public std::conditional_t<std::is_const_v<T>, VxCPArrayLis
     using Base = std::conditional_t<std::is_const_v<T>, VxCPArrayList, VxPArrayList>;
 
 public:
+    using iterator = VxListPlace<VxPointerList, T *&>;
     using const_iterator = VxListPlace<VxPointerList const, T *>;
-    using iterator = const_iterator;
 
     VxPointerList() = default;
     VxPointerList(VxPointerList const &) = default;
@@ -264,6 +271,8 @@ public:
 
     // REQUIRES: 0 <= index < length().
     T *operator[](int index) const { return static_cast<T *>(Base::get(index)); }
+    // The slot itself. (Compilers let a pointer to void alias any other.)
+    T *&operator[](int index) { return reinterpret_cast<T *&>(Base::get(index)); }
     void set(int index, T *element) { Base::set(index, element); }
 
     // Insert before the index. False without memory; nothing has changed then.
@@ -285,6 +294,8 @@ public:
     }
     bool append(VxPointerList const &list) { return insert(this->length(), list); }
 
+    iterator begin() { return {this, 0}; }
+    iterator end() { return {this, this->length()}; }
     const_iterator begin() const { return {this, 0}; }
     const_iterator end() const { return {this, this->length()}; }
 };
@@ -303,14 +314,14 @@ public:
     explicit VxOwningTable(int numBuckets = 0, Hash hash = Hash(), Equal equal = Equal())
         : VxHashTable(numBuckets), hash_(hash), equal_(equal) {}
     VxOwningTable(VxOwningTable const &source)
-        : VxHashTable(source), hash_(source.hash_), equal_(source.equal_) {
+        : VxHashTable(unfailed(source)), hash_(source.hash_), equal_(source.equal_) {
         takeWhole(source);
     }
 
     // Takes over the number of buckets as well.
     VxOwningTable &operator=(VxOwningTable const &source) {
         if (this != &source) {
-            VxHashTable::operator=(source);
+            VxHashTable::operator=(unfailed(source));
             takeFunctions(source);
             takeWhole(source);
         }
@@ -320,7 +331,7 @@ public:
     // Keeps the number of buckets.
     VxOwningTable &copyObjects(VxOwningTable const &source) {
         if (this != &source) {
-            VxHashTable::copyObjects(source);
+            VxHashTable::copyObjects(unfailed(source));
             takeFunctions(source);
             takeWhole(source);
         }
@@ -329,7 +340,11 @@ public:
     ~VxOwningTable() override { empty(); }
 
     // True if a copy was added; false if an equal element is there or none could be made.
-    bool insert(T const &element) { return VxHashTable::insert(&element) != 0; }
+    bool insert(T const &element) {
+        const bool added = VxHashTable::insert(&element) != 0;
+        failed_ = false;
+        return added;
+    }
 
     // True if an equal element was there and is destroyed.
     bool remove(T const &element) { return VxHashTable::remove(&element) != 0; }
@@ -368,7 +383,11 @@ private:
         hash_ = source.hash_;
         equal_ = source.equal_;
     }
-    // It was the source that made the copies.
+    // A whole copy: it is the source that makes the copies of the elements.
+    static VxOwningTable const &unfailed(VxOwningTable const &source) {
+        source.failed_ = false;
+        return source;
+    }
     void takeWhole(VxOwningTable const &source) {
         if (source.failed_) empty();
         source.failed_ = false;
@@ -411,7 +430,8 @@ public:
     // True if the pointer was there and is removed.
     bool remove(T const *element) { return Base::remove(element) != 0; }
 
-    // Is the pointer there. (The base answers with the pointer, so that a stored null is lost.)
+    // Is the pointer there. For null this walks the table, since the base, which answers with the
+    // pointer, cannot tell a stored null from none.
     bool has(T const *element) const {
         if (element != nullptr) return Base::has(element) != nullptr;
         return std::find(begin(), end(), element) != end();

@@ -148,10 +148,31 @@ int VxString::find(char byte, int start, short backward) const {
 }
 
 int VxString::findC(char byte, int start, short backward) const {
-    const int low = find(lowered(byte), start, backward);
-    const int high = find(uppered(byte), start, backward);
-    if (low < 0 || high < 0) return std::max(low, high);
-    return backward != 0 ? std::max(low, high) : std::min(low, high);
+    assert(start >= 0);
+    const char low = lowered(byte);
+    const char high = uppered(byte);
+    if (low == high) return find(byte, start, backward);
+    // In stretches, so that a search for the one case does not run far past the other.
+    const char *text = rep_->data;
+    int n = 0;
+    if (backward != 0) {
+        for (int end = rep_->length - start; end > 0; end -= n) {
+            n = std::min(end, kFoldedText);
+            const int one = indexIn(text, memrchr(text + end - n, low, size(n)));
+            const int from = one >= 0 ? one : end - n;
+            const int other = indexIn(text, memrchr(text + from, high, size(end - from)));
+            if (one >= 0 || other >= 0) return std::max(one, other);
+        }
+    } else {
+        for (int at = start; at < rep_->length; at += n) {
+            n = std::min(rep_->length - at, kFoldedText);
+            const int one = indexIn(text, std::memchr(text + at, low, size(n)));
+            const int end = one >= 0 ? one : at + n;
+            const int other = indexIn(text, std::memchr(text + at, high, size(end - at)));
+            if (one >= 0 || other >= 0) return other >= 0 ? other : one;
+        }
+    }
+    return -1;
 }
 
 int VxString::find(VxString const &pattern, int start) const {
@@ -167,6 +188,7 @@ int VxString::findC(VxString const &pattern, int start) const {
     assert(start >= 0);
     const int length = pattern.rep_->length;
     if (length == 0) return find('\0', start, 0);
+    if (start >= rep_->length || length > rep_->length - start) return -1;
     const int headLength = std::min(length, kFoldedPattern);
     char head[kFoldedPattern];
     fold(head, pattern.rep_->data, headLength);

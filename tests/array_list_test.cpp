@@ -94,6 +94,7 @@ TYPED_TEST(EveryList, AssertsItsLimits) {
     EXPECT_DEATH(list.set(-1, element<TypeParam>(0)), "");
     EXPECT_DEATH(list.insert(4, element<TypeParam>(0)), "");
     EXPECT_DEATH(list.remove(2, 2), "");
+    EXPECT_DEATH(static_cast<void>(*list.end()), "");
 }
 #endif
 
@@ -232,6 +233,8 @@ TEST(OwningList, RunsItsHooksInOrder) {
     EXPECT_EQ(logOf([&] { list.remove(1, 6); }), "a-2 a-3 a-4 a-5 a-6 a-7 ");
     EXPECT_EQ(logOf([&] { Logged copy(more); }), "m+7 m+8 b-7 b-8 ");
     EXPECT_EQ(logOf([&] { list = more; }), "a-8 m+7 m+8 ");
+    const Logged &self = list;
+    EXPECT_EQ(logOf([&] { list = self; }), "");
     EXPECT_EQ(logOf([&] { list.empty(); }), "a-7 a-8 ");
 }
 

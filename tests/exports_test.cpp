@@ -2,10 +2,18 @@
 
 #include <vxexports.h>
 
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"  // false alarms in <regex> with sanitizers
+#endif
+
 #include <cstdio>
+#include <cstdlib>
+#include <cxxabi.h>
 #include <dlfcn.h>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -54,6 +62,81 @@ TEST(Exports, DecoratedNamesAscendWithTheOrdinals) {
     }
     EXPECT_LE(ordinal, 495);
     EXPECT_EQ(named, 276);
+}
+
+// The declaration behind a decorated name, as the demangler of the platform writes it, and whose
+// member it is.
+std::string declaration(const std::string &decorated, std::string &owner) {
+    static const std::regex kForm(
+        R"(\?(?:\?(_?\w)|(\w+)@)(\w+)@@(?:6B@|SA|[AIMQ]([AB])E)(@?)(.*))");
+    static const std::regex kType(R"((\?A|[AP][AB]|)(?:V(\w+)@@?|W4(\w+)@1@|([DFHINX])))");
+    static const std::map<std::string, std::string> kWords = {
+        {"D", "char"},       {"F", "short"},
+        {"H", "int"},        {"I", "unsigned int"},
+        {"N", "double"},     {"X", "void"},
+        {"?A", ""},          {"AA", "&"},
+        {"AB", " const&"},   {"PA", "*"},
+        {"PB", " const*"},   {"MemoryHint", "VxString::MemoryHint"},
+        {"operator4", "="},  {"operator8", "=="},
+        {"operator9", "!="}, {"operatorA", "[]"},
+        {"operatorH", "+"},  {"operatorM", "<"},
+        {"operatorN", "<="}, {"operatorO", ">"},
+        {"operatorP", ">="}, {"operatorY", "+="}};
+    const auto word = [&owner](const std::string &code) {
+        const auto found = kWords.find(code);
+        return code == "0" || code == "1" ? owner : found != kWords.end() ? found->second : code;
+    };
+    std::smatch form;
+    if (!std::regex_match(decorated, form, kForm)) return "";
+    owner = form[3];
+    const std::string code = form[1];
+    if (code == "_7") return "vtable for " + owner;
+
+    std::vector<std::string> types;
+    const std::string coded = form[6];
+    for (std::sregex_iterator it(coded.begin(), coded.end(), kType), end; it != end; ++it)
+        types.push_back(word((*it)[2].str() + (*it)[3].str() + (*it)[4].str()) + word((*it)[1]));
+    std::string member = form[2];
+    if (code == "0" || code == "_F") member = owner;
+    if (code == "1") member = "~" + owner;
+    if (code == "B") member = "operator " + types[0];
+    if (member.empty()) member = "operator" + word("operator" + code);
+    std::string parameters;
+    for (std::size_t i = form[5].length() == 0 ? 1 : 0; i < types.size(); ++i)
+        parameters += (parameters.empty() ? "" : ", ") + types[i];
+    if (parameters == "void") parameters.clear();
+    return owner + "::" + member + "(" + parameters + ")" + (form[4] == "B" ? " const" : "");
+}
+
+TEST(Exports, DecoratedNamesAreThoseOfTheirSymbols) {
+    std::map<std::string, int> members;
+    for (const Export &entry : exportTable()) {
+        if (entry.decorated.empty()) continue;
+        char *plain = abi::__cxa_demangle(entry.symbol.c_str(), nullptr, nullptr, nullptr);
+        ASSERT_NE(plain, nullptr) << entry.symbol;
+        std::string owner;
+        EXPECT_EQ(declaration(entry.decorated, owner), plain) << entry.decorated;
+        members[owner] += entry.decorated.starts_with("??_7") ? 0 : 1;
+        std::free(plain);
+    }
+    const std::map<std::string, int> wanted = {{"VxArrayList", 18},
+                                               {"VxPArrayList", 17},
+                                               {"VxCPArrayList", 17},
+                                               {"VxArrayListIterator", 12},
+                                               {"VxArrayListConstIterator", 13},
+                                               {"VxPArrayListIterator", 12},
+                                               {"VxPArrayListConstIterator", 13},
+                                               {"VxCPArrayListIterator", 12},
+                                               {"VxCPArrayListConstIterator", 13},
+                                               {"VxHashTable", 17},
+                                               {"VxPHashTable", 18},
+                                               {"VxCPHashTable", 18},
+                                               {"VxHashTableIterator", 12},
+                                               {"VxHashTableConstIterator", 10},
+                                               {"VxPHashTableConstIterator", 10},
+                                               {"VxCPHashTableConstIterator", 10},
+                                               {"VxString", 48}};
+    EXPECT_EQ(members, wanted);
 }
 
 TEST(Exports, EachOrdinalIsItsSymbol) {

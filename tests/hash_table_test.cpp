@@ -77,6 +77,8 @@ TYPED_TEST(EveryTable, CopiesWholeOrIntoOtherBuckets) {
     TypeParam assigned(7);
     assigned.insert(element<TypeParam>(299));
     assigned = source;
+    const TypeParam &same = assigned;
+    assigned = same;
     TypeParam alike(40);
     alike.copyObjects(source);
     for (TypeParam *it : {&copy, &assigned, &alike}) {
@@ -185,6 +187,8 @@ TEST(OwningTable, RunsItsHooksInOrder) {
     EXPECT_EQ(logOf([&] { Logged copy(other); }), "o+2 o+5 b-2 b-5 ");
     EXPECT_EQ(logOf([&] { table.copyObjects(other); }), "a-5 o+2 o+5 ");
     EXPECT_EQ(logOf([&] { table = other; }), "a-2 a-5 o+2 o+5 ");
+    const Logged &self = table;
+    EXPECT_EQ(logOf([&] { table = self; }), "");
     EXPECT_EQ(logOf([&] { table.empty(); }), "a-2 a-5 ");
 }
 
@@ -203,6 +207,10 @@ TEST(OwningTable, CountsOverUsedBuckets) {
     EXPECT_EQ(other.assign(it).getElem(), it.getElem());
     EXPECT_EQ(*static_cast<int *>(it.getElem()), 2);
     EXPECT_EQ(it.getTable(), &table);
+#ifndef NDEBUG
+    table.empty();
+    EXPECT_DEATH(it.getElem(), "");
+#endif
 }
 
 TEST(PointerTables, TakeNullLikeAnyOther) {
@@ -223,7 +231,9 @@ TEST(PointerTables, FoldAnAddressOfThirtyTwoBits) {
 }
 
 TEST(PointerTables, SpreadAddressesOfTheHeap) {
-    for (const unsigned stride : {4U, 8U, 16U, 24U, 32U, 48U, 64U, 80U, 96U, 112U, 128U, 4096U}) {
+    constexpr unsigned kMega = 1U << 20;
+    for (const unsigned stride : {4U, 8U, 16U, 24U, 32U, 48U, 64U, 80U, 96U, 112U, 128U, 1040U,
+                                  4096U, 8192U, 16384U, 65536U, 65552U, kMega, kMega + 16}) {
         VxPointerTable<char> table(1009);
         for (std::uintptr_t i = 0; i < 1000; ++i)
             table.insert(reinterpret_cast<char *>(0x55d0c0a3f2a0 + i * stride));

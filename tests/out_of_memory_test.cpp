@@ -92,11 +92,14 @@ TEST(OutOfMemory, ListsStayAsTheyWere) {
         EXPECT_EQ(before, one ? 6 : 5);
         const bool all = list.append(five);
         EXPECT_EQ(list.length(), all ? before + 5 : before);
+        const bool middle = list.insert(1, five);
+        EXPECT_EQ(list.length(), before + (all ? 5 : 0) + (middle ? 5 : 0));
+        EXPECT_EQ(list[1], middle ? "a" : "b");
         list.remove(1, list.length() - 1);  // shrinks, or goes on in the old slots
         EXPECT_EQ(list[0], "a");
         const Texts copy(list);
         EXPECT_TRUE(copy.length() == 0 || copy[0] == "a");
-        return one && all && copy.length() == 1;
+        return one && all && middle && copy.length() == 1;
     });
     failEach([] {
         VxPointerList<bool> list;
@@ -153,7 +156,16 @@ TEST(OutOfMemory, StringsStayAsTheyWere) {
         {[](VxString &s) { s.toUpper(); }, "ABC"},
         {[](VxString &s) { s[1] = 'x'; }, "axc"},
         {[](VxString &s) { s = s.get(1); }, "bc"},
-        {[](VxString &s) { s = VxString("12"); }, "12"}};
+        {[](VxString &s) { s.toLower(); }, "abc"},
+        {[](VxString &s) { s.setLengthHint(99); }, "abc"},
+        {[](VxString &s) { s[3] = 'x'; }, "abc"},
+        {[&](VxString &s) { s = s + piece; }, "abcdefgh"},
+        {[](VxString &s) { s = VxString(); }, ""},
+        {[](VxString &s) { s = VxString("12"); }, "12"},
+        {[](VxString &s) { s = VxString('1'); }, "1"},
+        {[](VxString &s) { s = VxString(12); }, "12"},
+        {[](VxString &s) { s = VxString(1.5); }, "1.5"},
+        {[](VxString &s) { s = vxStringFrom("12"); }, "12"}};
     for (const auto &row : changes) {
         failEach([&row, &abc, &piece] {
             const auto &[change, result] = row;
@@ -185,7 +197,7 @@ TEST(Allocations, NoneForReadingAStringOrSharingIt) {
     EXPECT_EQ(other.find(pattern, 0), -1);
     EXPECT_EQ(text.findNotInSetC(pattern, 0) + text.compareC(same), 3);
     EXPECT_TRUE(text == same && text <= same && text.hash() == same.hash());
-    EXPECT_EQ(text[3], 'e');
+    EXPECT_EQ(text[3] + vxStringView(copy)[3], 'e' + 'e');
     EXPECT_EQ(text.getInt(0), 0);
     EXPECT_EQ(allocations, 0);
     copy.toUpper();

@@ -283,6 +283,25 @@ TEST(StringSearch, FindsLongPatternsAcrossStretches) {
             EXPECT_EQ(vx(in).findC(vx(pattern), 0), static_cast<int>(at)) << length;
             in.pop_back();
             EXPECT_EQ(vx(in).findC(vx(pattern), 0), -1) << length;
+            for (const int start : {static_cast<int>(in.size()), INT_MAX})
+                EXPECT_EQ(vx(in).findC(vx(pattern), start), -1) << length;
+        }
+    }
+}
+
+TEST(StringSearch, FindsBytesOfEitherCaseAcrossStretches) {
+    for (const std::size_t at : {0U, 2046U, 2047U, 2048U, 2049U, 5000U}) {
+        for (const auto &[one, other] : {std::pair('k', 'K'), std::pair('K', 'k')}) {
+            std::string in(6000, '-');
+            in[at] = one;
+            in[at + 1] = other;
+            const auto place = static_cast<int>(at);
+            EXPECT_EQ(vx(in).findC('k', 0, 0), place);
+            EXPECT_EQ(vx(in).findC('k', place + 1, 0), place + 1);
+            EXPECT_EQ(vx(in).findC('K', place + 2, 0), -1);
+            EXPECT_EQ(vx(in).findC('K', 0, 1), place + 1);
+            EXPECT_EQ(vx(in).findC('K', 6000 - place - 1, 1), place);
+            EXPECT_EQ(vx(in).findC('k', 6000 - place, 1), -1);
         }
     }
 }
@@ -316,6 +335,26 @@ TEST(StringOrder, ComparesSignedBytesAndTheTerminator) {
         }
     }
 }
+
+TEST(StringOrder, TakesLiteralsOnEitherSide) {
+    const VxString s("b");
+    EXPECT_TRUE(s == "b" && "b" == s && s != "bc" && "a" != s);
+    EXPECT_TRUE(s < "c" && s <= "b" && s > "a" && s >= "b");
+    EXPECT_TRUE("a" < s && "b" <= s && "\x7F" > s && "b" >= s);
+    EXPECT_FALSE("c" < s || s < "\x80" || vx("b\0c"s) == "b");
+    EXPECT_EQ(text("a" + s + "c"), "abc");
+    EXPECT_TRUE(VxString() == static_cast<const char *>(nullptr));
+}
+
+#ifndef NDEBUG
+TEST(String, AssertsItsLimits) {
+    VxString s("abc");
+    EXPECT_DEATH(s[4], "");
+    EXPECT_DEATH(s.get(2, 2), "");
+    EXPECT_DEATH(s.set(0, 1, s), "");
+    EXPECT_DEATH(s.getInt(-1), "");
+}
+#endif
 
 TEST(StringHash, IsThatOfSignedBytesUpToTheFirstNul) {
     const std::pair<std::string, unsigned int> kTable[] = {{"", 0},

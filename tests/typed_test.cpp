@@ -8,12 +8,13 @@
 #include <ranges>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
 
 static_assert(std::ranges::random_access_range<VxOwningList<int>>);
-static_assert(std::ranges::random_access_range<VxPointerList<const int>>);
+static_assert(std::sortable<VxPointerList<const int>::iterator>);
 static_assert(std::ranges::forward_range<VxOwningTable<int>>);
 static_assert(std::ranges::forward_range<VxPointerTable<int>>);
 
@@ -76,6 +77,7 @@ TEST(OwningContainers, EndEveryElementAndLeaveNothingHalfCopied) {
         Widget::budget = 0;
         EXPECT_FALSE(table.insert(Widget(9)));
         Widget::budget = -1;
+        EXPECT_EQ(ids(VxOwningTable<Widget, WidgetHash>(table)).size(), 5U);
         const VxOwningList<Widget> more(list);
         Widget::budget = 3;
         EXPECT_FALSE(list.insert(2, more));
@@ -96,6 +98,25 @@ TEST(OwningContainers, EndEveryElementAndLeaveNothingHalfCopied) {
         EXPECT_EQ(wide.has(Widget(3)), nullptr);
     }
     EXPECT_EQ(Widget::alive, 0);
+}
+
+TEST(PointerContainers, ServeTheAlgorithms) {
+    const std::string words[] = {"pear", "fig", "plum"};
+    VxPointerList<const std::string> list;
+    for (const std::string &word : words)
+        EXPECT_TRUE(list.append(&word));
+    const auto byPointee = [](const std::string *one, const std::string *other) {
+        return *one < *other;
+    };
+    const auto first = [&list] { return std::as_const(list)[0]->c_str(); };
+    std::sort(list.begin(), list.end(), byPointee);
+    EXPECT_STREQ(first(), "fig");
+    std::reverse(list.begin(), list.end());
+    EXPECT_STREQ(first(), "plum");
+    std::ranges::sort(list, byPointee);
+    EXPECT_STREQ(first(), "fig");
+    list[0] = &words[2];
+    EXPECT_EQ(std::ranges::count(std::as_const(list), &words[2]), 2);
 }
 
 TEST(PointerContainers, TellANullFromNothing) {
