@@ -111,6 +111,7 @@ int firstDifference(const char *one, const char *other, int n) {
     if (*one != *other) return 0;
     int i = 0;
     skipEqual<512>(one, other, n, i);
+    skipEqual<128>(one, other, n, i);
     skipEqual<32>(one, other, n, i);
     skipEqual<8>(one, other, n, i);
     while (i < n && one[i] == other[i])
