@@ -68,8 +68,9 @@ VX_API int vxWriteNewline(FILE *stream);
 
 /*
  * Reads a line as fgets does, up to `size` - 1 bytes (a size of 1 reads nothing and is always the
- * empty text), and takes all line feeds and carriage returns off its end. A line too long for that comes in pieces. Returns `buffer`, or null at the
- * end of the file or on a read error, with the buffer as fgets left it.
+ * empty text), and takes all line feeds and carriage returns off its end. A line too long for that
+ * comes in pieces. Returns `buffer`, or null at the end of the file or on a read error, with the
+ * buffer as fgets left it.
  */
 VX_API char *vxReadLine(char *buffer, int size, FILE *stream);
 
