@@ -2,7 +2,10 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <cwchar>
+#include <cwctype>
 
 namespace tool {
 
@@ -10,11 +13,22 @@ Trouble systemTrouble(const std::string &path) {
     return {path, std::strerror(errno)};
 }
 
-std::string printable(std::string text) {
-    for (char &byte : text) {
-        if ((byte >= 0 && byte < ' ') || byte == 0x7F) byte = '?';
+std::string printable(const std::string &text) {
+    std::string result;
+    std::mbstate_t state = {};
+    for (std::size_t i = 0, length = 0; i < text.size(); i += length) {
+        wchar_t character = 0;
+        length = std::mbrtowc(&character, text.data() + i, text.size() - i, &state);
+        bool shown = length - 1 < text.size() && std::iswprint(static_cast<std::wint_t>(character));
+        if (length - 1 >= text.size()) {
+            // No character. Where no locale is set, it may be one of a name all the same.
+            length = 1;
+            state = {};
+            shown = MB_CUR_MAX == 1 && (text[i] & 0x80) != 0;
+        }
+        result += shown ? text.substr(i, length) : "?";
     }
-    return text;
+    return result;
 }
 
 void complain(const std::string &subject, const std::string &what) {

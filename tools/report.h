@@ -23,8 +23,9 @@ private:
 // Trouble with a file, in the system's words for errno.
 Trouble systemTrouble(const std::string &path);
 
-// Text that does nothing to a terminal and stays on its line: other bytes become question marks.
-std::string printable(std::string text);
+// Text that does nothing to a terminal and stays on its line: what is no character to show in the
+// locale becomes a question mark.
+std::string printable(const std::string &text);
 
 // One line on standard error.
 void complain(const std::string &subject, const std::string &what);
