@@ -1,0 +1,189 @@
+// Pictures between image files and PNG, a line at a time: what is held in memory grows with the
+// width of a picture and not with its height.
+
+#include "commands.h"
+#include "open_image.h"
+#include "output_file.h"
+#include "picture.h"
+#include "png_file.h"
+#include "progress_bar.h"
+#include "report.h"
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <strings.h>
+#include <unistd.h>
+#include <vector>
+
+namespace tool {
+
+namespace {
+
+constexpr unsigned kMostPlanes = 4;
+constexpr unsigned kMostSide = 65535;  // of an image file
+constexpr std::uint64_t kMostPosition = 0xFFFFFFFE;
+constexpr std::int32_t kLongestStoredRow = 32767;
+
+// Rows of a file lie from the bottom of the picture up.
+class ImageSource : public PictureSource {
+public:
+    explicit ImageSource(const std::string &path) : m_path(path), m_image(openImage(path)) {
+        if (const std::string trouble = headerTrouble(m_image.get()); !trouble.empty()) {
+            throw Trouble(path, trouble);
+        }
+        m_y = rowsOf(m_image.get());
+    }
+
+    PictureForm form() const override {
+        return {m_image->xSize, static_cast<unsigned>(rowsOf(m_image.get())),
+                static_cast<unsigned>(planesOf(m_image.get())),
+                static_cast<unsigned>(elementBytesOf(m_image.get()))};
+    }
+
+    void readLine(std::uint16_t *line) override {
+        --m_y;
+        for (int z = 0; z < planesOf(m_image.get()); ++z, line += m_image->xSize) {
+            if (vxImageGetRow(m_image.get(), line, m_y, z) >= 0) continue;
+            throw Trouble(m_path, "plane " + std::to_string(z) + ", row " + std::to_string(m_y) +
+                                      ": " + imageMessage("cannot be read"));
+        }
+    }
+
+    const VxImage *image() const { return m_image.get(); }
+
+private:
+    std::string m_path;
+    ImageHandle m_image;
+    int m_y;
+};
+
+class ImageSink : public PictureSink {
+public:
+    // Takes over the descriptor; `path` is for messages.
+    ImageSink(const std::string &path, int descriptor, const PictureForm &form,
+              const ImageSettings &settings)
+        : m_path(path), m_form(form), m_y(static_cast<int>(form.height)) {
+        const unsigned storage = settings.verbatim ? VX_IMAGE_VERBATIM : VX_IMAGE_RUN_LENGTH;
+        m_image.reset(vxImageOpenFd(descriptor, "w", storage | form.elementBytes, 3U, form.width,
+                                    form.height, form.planes));
+        if (m_image == nullptr) {
+            close(descriptor);
+            throw Trouble(path, imageMessage("cannot be written"));
+        }
+        if (!settings.hostOrder) vxImageUsePublishedOrder(m_image.get());
+        if (settings.name) vxImageSetName(m_image.get(), settings.name->c_str());
+    }
+
+    // What the source says besides its elements, where it is an image file too.
+    void takeOver(const VxImage *original, bool nameToo) {
+        if (nameToo) vxImageSetName(m_image.get(), original->name);
+        vxImageSetColormap(m_image.get(), original->colormap);
+    }
+
+    void writeLine(std::uint16_t *line) override {
+        --m_y;
+        for (int z = 0; z < static_cast<int>(m_form.planes); ++z, line += m_form.width) {
+            if (vxImagePutRow(m_image.get(), line, m_y, z) < 0) {
+                throw Trouble(m_path, imageMessage("a row could not be written"));
+            }
+            if (vxImageRowSize(m_image.get()) > kLongestStoredRow) {
+                throw Trouble(m_path,
+                              "a run-length row is longer than can be read back; try --verbatim");
+            }
+        }
+    }
+
+    void finish() override {
+        // What could not be closed cannot be ended in any other way: it stays until the process
+        // ends.
+        if (vxImageClose(m_image.release()) != 0) {
+            throw Trouble(m_path, imageMessage("could not be closed"));
+        }
+    }
+
+private:
+    std::string m_path;
+    PictureForm m_form;
+    ImageHandle m_image;
+    int m_y;
+};
+
+bool isPngName(const std::string &path) {
+    return path.size() >= 4 && strcasecmp(path.c_str() + path.size() - 4, ".png") == 0;
+}
+
+void checkForm(const std::string &input, const PictureForm &form) {
+    if (form.planes > kMostPlanes) {
+        throw Trouble(input, "has " + std::to_string(form.planes) +
+                                 " planes, of which 1 to 4 can be converted");
+    }
+}
+
+// Can an image file take the picture so that it can be read again?
+void checkFits(const std::string &input, const PictureForm &form, bool verbatim) {
+    if (form.width > kMostSide || form.height > kMostSide) {
+        throw Trouble(input, "is more than 65535 elements wide or high");
+    }
+    if (!verbatim) return;
+    if (static_cast<int>(form.width) > widestVerbatimRow(static_cast<int>(form.elementBytes))) {
+        throw Trouble(input, "has rows too long to be read back when stored verbatim; try --rle");
+    }
+    const std::uint64_t rowBytes = std::uint64_t{form.width} * form.elementBytes;
+    if (VX_IMAGE_FILE_HEAD + rowBytes * (std::uint64_t{form.height} * form.planes - 1) >
+        kMostPosition) {
+        throw Trouble(input, "takes more than the 4 GiB of an image file; try --rle");
+    }
+}
+
+void copyLines(const std::string &label, PictureSource &source, PictureSink &sink) {
+    const PictureForm form = source.form();
+    std::vector<std::uint16_t> line(form.lineElements());
+    ProgressBar bar(label, form.height);
+    for (unsigned i = 0; i < form.height; ++i) {
+        source.readLine(line.data());
+        sink.writeLine(line.data());
+        bar.advance();
+    }
+    source.finish();
+    sink.finish();
+}
+
+}  // namespace
+
+int convertPicture(const std::string &input, const std::string &output,
+                   const ImageSettings &settings) {
+    const bool fromPng = isPngFile(input), toPng = isPngName(output);
+    if (toPng && (fromPng || settings.given)) {
+        complain(output, fromPng ? "both files are PNG"
+                                 : "a PNG file has no storage, byte order or name to set");
+        return kUsage;
+    }
+    std::unique_ptr<PictureSource> source;
+    const VxImage *original = nullptr;
+    if (fromPng) {
+        source = std::make_unique<PngSource>(input);
+    } else {
+        auto image = std::make_unique<ImageSource>(input);
+        original = image->image();
+        source = std::move(image);
+    }
+    const PictureForm form = source->form();
+    checkForm(input, form);
+    if (!toPng) checkFits(input, form, settings.verbatim);
+
+    OutputFile target(output);
+    std::unique_ptr<PictureSink> sink;
+    if (toPng) {
+        sink = std::make_unique<PngSink>(output, target.duplicate(), form);
+    } else {
+        auto image = std::make_unique<ImageSink>(output, target.duplicate(), form, settings);
+        if (original != nullptr) image->takeOver(original, !settings.name);
+        sink = std::move(image);
+    }
+    copyLines(input, *source, *sink);
+    target.commit();
+    return kDone;
+}
+
+}  // namespace tool

@@ -1,0 +1,275 @@
+// The command line of vxutil.
+
+#include "commands.h"
+#include "open_image.h"
+#include "report.h"
+
+#include <vxsearchpath.h>
+
+#include <CLI/CLI.hpp>
+#include <clocale>
+#include <cstdio>
+#include <functional>
+#include <new>
+
+namespace tool {
+
+namespace {
+
+constexpr char kGuard = '\x01';
+
+// CLI11 takes "[a,b]" for a list and "{}" for an empty one. Here these are names of files and
+// wildcards: a byte in front of them, taken off again by addText, keeps them whole.
+std::vector<std::string> guardedArguments(int count, char **arguments) {
+    std::vector<std::string> guarded;
+    // CLI11 takes them from the back.
+    for (int i = count - 1; i > 0; --i) {
+        std::string text = arguments[i];
+        if (text.starts_with('[') || text.starts_with('{') || text.starts_with('%')) {
+            text.insert(text.begin(), kGuard);
+        }
+        guarded.push_back(std::move(text));
+    }
+    return guarded;
+}
+
+template <typename Value>
+CLI::Option *addText(CLI::App *app, const char *name, Value &value, const char *what) {
+    const auto unguard = [](const std::string &text) {
+        return text.starts_with(kGuard) ? text.substr(1) : text;
+    };
+    return app->add_option(name, value, what)->transform(unguard);
+}
+
+int indexOf(const std::vector<std::string> &names, const std::string &name) {
+    return static_cast<int>(std::find(names.begin(), names.end(), name) - names.begin());
+}
+
+const std::vector<std::string> kCategories = {"", "texture", "web"};
+const std::vector<std::string> kLevels = {"merged", "user", "machine", "environment"};
+
+// What the command line asks for, with the words as they stand there.
+struct Request {
+    std::function<int()> run;
+    std::string category, level;
+    std::string directory, wildcard, input, output, name, pattern;
+    std::vector<std::string> names;
+    std::optional<unsigned> place;
+    unsigned position = 0;
+    int gridSize = 0;
+    bool json = false, all = false, explain = false;
+    bool runLength = false, verbatim = false, hostOrder = false;
+
+    int categoryOr(int otherwise) const {
+        return category.empty() ? otherwise : indexOf(kCategories, category);
+    }
+
+    int list() const {
+        const int level_ = level.empty() ? VX_LEVEL_MERGED : indexOf(kLevels, level);
+        if (!category.empty()) return listPaths({categoryOr(0)}, level_, json);
+        return listPaths({VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS}, level_, json);
+    }
+
+    LevelList edited() const {
+        const int level_ = level.empty() ? VX_LEVEL_USER : indexOf(kLevels, level);
+        if (json) throw CLI::ValidationError("--json", "is for listing only");
+        if (level_ != VX_LEVEL_USER && level_ != VX_LEVEL_MACHINE) {
+            throw CLI::ValidationError("--level",
+                                       "only the user's and the machine's can be edited");
+        }
+        return {categoryOr(VX_CATEGORY_TEXTURES), level_};
+    }
+};
+
+void addCategory(CLI::App *app, Request &request, const char *what) {
+    app->add_option("--category", request.category, what)
+        ->check(CLI::IsMember({"texture", "web"}))
+        ->type_name("texture|web");
+}
+
+// The function that a subcommand runs. A command inside another is asked first.
+void choose(CLI::App *app, Request &request, std::function<int()> run) {
+    app->callback([&request, run = std::move(run)] {
+        if (!request.run) request.run = run;
+    });
+}
+
+void addPaths(CLI::App &app, Request &request) {
+    CLI::App *paths = app.add_subcommand("paths", "List or edit the search paths");
+    addCategory(paths, request, "Both are listed without it; textures are edited");
+    paths->add_option("--level", request.level, "Default: merged to list, user to edit")
+        ->check(CLI::IsMember({"merged", "user", "machine", "environment"}))
+        ->type_name("LEVEL");
+    paths->add_flag("--json", request.json, "List as JSON");
+    choose(paths, request, [&] { return request.list(); });
+
+    CLI::App *add = paths->add_subcommand("add", "Add a directory")->fallthrough();
+    addText(add, "directory", request.directory, "A relative one is made absolute")->required();
+    add->add_option("--at", request.place, "Position, from 0; default: the end");
+    choose(add, request,
+           [&] { return addPath(request.edited(), request.directory, request.place); });
+
+    CLI::App *remove = paths->add_subcommand("remove", "Remove a directory")->fallthrough();
+    addText(remove, "directory", request.directory, "Directory or its position")->required();
+    choose(remove, request, [&] { return removePath(request.edited(), request.directory); });
+
+    CLI::App *move = paths->add_subcommand("move", "Move a directory")->fallthrough();
+    addText(move, "directory", request.directory, "Directory or its position")->required();
+    move->add_option("position", request.position, "Where it goes, from 0")->required();
+    choose(move, request,
+           [&] { return movePath(request.edited(), request.directory, request.position); });
+
+    paths->footer(
+        "Examples:\n"
+        "  vxutil paths --category texture\n"
+        "  vxutil paths add /srv/maps --at 0\n"
+        "  vxutil paths --level machine --category web remove /srv/old-lamps\n"
+        "  vxutil paths move /srv/maps 2");
+}
+
+void addFind(CLI::App &app, Request &request) {
+    CLI::App *find = app.add_subcommand("find", "Say which directory holds a file");
+    addText(find, "name", request.names, "Names as a scene gives them")->required();
+    addCategory(find, request, "Default: texture");
+    find->add_flag("--all", request.all, "Every candidate in search order, and what is there");
+    find->add_flag("--explain", request.explain, "Why candidates were passed over");
+    find->footer(
+        "Examples:\n"
+        "  vxutil find wood.sgi\n"
+        "  vxutil find --all --explain floor/oak.sgi\n"
+        "  vxutil find --category web spot.ies");
+    choose(find, request, [&] {
+        return findFiles({request.names, request.categoryOr(VX_CATEGORY_TEXTURES), request.all,
+                          request.explain});
+    });
+}
+
+void addConvert(CLI::App *image, Request &request) {
+    CLI::App *convert = image->add_subcommand("convert", "Convert between this format and PNG");
+    addText(convert, "in", request.input, "PNG or image file, told by its content")->required();
+    addText(convert, "out", request.output, "PNG if the name ends in .png")->required();
+    CLI::Option *runLength =
+        convert->add_flag("--rle", request.runLength, "Run-length rows (the default)");
+    CLI::Option *verbatim = convert->add_flag("--verbatim", request.verbatim, "Verbatim rows");
+    verbatim->excludes(runLength);
+    convert->add_flag("--host-order", request.hostOrder,
+                      "Byte order of this machine, which other programs may not read");
+    CLI::Option *name =
+        addText(convert, "--name", request.name, "Name in the file, at most 79 bytes");
+    convert->footer(
+        "Examples:\n"
+        "  vxutil image convert oak.png oak.sgi --name \"oak, planed\"\n"
+        "  vxutil image convert oak.sgi oak.png");
+    choose(convert, request, [&request, name] {
+        ImageSettings settings = {request.verbatim, request.hostOrder, std::nullopt, false};
+        if (name->count() != 0) settings.name = request.name;
+        settings.given =
+            request.runLength || request.verbatim || request.hostOrder || settings.name.has_value();
+        return convertPicture(request.input, request.output, settings);
+    });
+}
+
+void addImage(CLI::App &app, Request &request) {
+    CLI::App *image = app.add_subcommand("image", "Look at, check or convert image files");
+    image->require_subcommand(1);
+    CLI::App *info = image->add_subcommand("info", "Show what the header says");
+    addText(info, "file", request.names, "Image files")->required();
+    choose(info, request, [&] { return describeImages(request.names); });
+    CLI::App *check = image->add_subcommand("check", "Read every row and name the damaged ones");
+    addText(check, "file", request.names, "Image files")->required();
+    choose(check, request, [&] { return checkImages(request.names); });
+    addConvert(image, request);
+    image->footer(
+        "Examples:\n"
+        "  vxutil image info oak.sgi\n"
+        "  vxutil image check textures/*.sgi\n"
+        "  vxutil image convert oak.png oak.sgi");
+}
+
+void addMatch(CLI::App &app, Request &request) {
+    CLI::App *match = app.add_subcommand("match", "Print the names that a wildcard matches");
+    addText(match, "wildcard", request.wildcard, "With * ? [a-z] [~a-z] and \\")->required();
+    addText(match, "name", request.names, "Without any, the lines of standard input");
+    match->footer(
+        "Examples:\n"
+        "  vxutil match '*.sgi' oak.sgi oak.png\n"
+        "  ls textures | vxutil match 'oak[0-9]*'");
+    choose(match, request, [&] { return matchNames(request.wildcard, request.names); });
+}
+
+void addSamples(CLI::App &app, Request &request) {
+    CLI::App *samples = app.add_subcommand("samples", "Draw the 67 sample sets");
+    samples->add_option("--pattern", request.pattern, "Pattern of the sets")
+        ->check(CLI::IsMember({"disk", "square"}))
+        ->type_name("disk|square")
+        ->required();
+    samples->add_option("--grid", request.gridSize, "Samples along a side of the grid, 1 to 64")
+        ->check(CLI::Range(1, 64))
+        ->type_name("N")
+        ->required();
+    addText(samples, "-o", request.output, "SVG file to write")->type_name("FILE")->required();
+    samples->footer("Example:\n  vxutil samples --pattern disk --grid 4 -o disk.svg");
+    choose(samples, request, [&] {
+        return drawSamples(request.pattern == "square", request.gridSize, request.output);
+    });
+}
+
+// The first line only: CLI11 may have more to say.
+int refuse(const CLI::Error &error) {
+    std::string what = error.what();
+    complain("command line", what.substr(0, what.find('\n')) + " (see --help)");
+    return kUsage;
+}
+
+int run(int count, char **arguments) {
+    CLI::App app("Looks after the search paths and the image files of scenes.", "vxutil");
+    app.set_version_flag("--version", "vxutil " VX_TOOL_VERSION);
+    app.require_subcommand(1);
+    Request request;
+    addPaths(app, request);
+    addFind(app, request);
+    addImage(app, request);
+    addMatch(app, request);
+    addSamples(app, request);
+    app.footer(
+        "Examples:\n"
+        "  vxutil paths add /srv/maps\n"
+        "  vxutil find --explain wood.sgi\n"
+        "  vxutil image check textures/*.sgi\n"
+        "  vxutil image convert oak.png oak.sgi\n"
+        "  vxutil samples --pattern disk --grid 4 -o disk.svg\n"
+        "Exit code: 0 done, 1 not found or damaged, 2 not asked for in the right way.\n"
+        "Each subcommand has a --help of its own.");
+    try {
+        app.parse(guardedArguments(count, arguments));
+        return request.run();
+    } catch (const CLI::Error &error) {
+        return error.get_exit_code() == 0 ? app.exit(error) : refuse(error);
+    }
+}
+
+int runAndReport(int count, char **arguments) {
+    int code = kFailed;
+    try {
+        code = run(count, arguments);
+    } catch (const Trouble &trouble) {
+        complain(trouble.subject(), trouble.what());
+    } catch (const std::bad_alloc &) {
+        complain("memory", "there is not enough of it");
+    } catch (const std::exception &error) {
+        complain("trouble", error.what());
+    }
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
+    complain("standard output", "could not be written");
+    return kFailed;
+}
+
+}  // namespace
+
+}  // namespace tool
+
+int main(int count, char **arguments) {
+    std::setlocale(LC_CTYPE, "");  // names are in the code page of whoever types them
+    tool::collectImageMessages();
+    return tool::runAndReport(count, arguments);
+}

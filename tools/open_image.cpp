@@ -1,0 +1,89 @@
+#include "open_image.h"
+
+#include "report.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace tool {
+
+namespace {
+
+std::string collected;
+
+void collect(char *text) {
+    // The first message names the cause; what follows it are consequences.
+    if (collected.empty()) collected = text;
+}
+
+}  // namespace
+
+void collectImageMessages() {
+    vxImageSetErrorHandler(collect);
+}
+
+std::string imageMessage(const char *otherwise) {
+    std::string message = std::exchange(collected, {});
+    return message.empty() ? otherwise : message;
+}
+
+ImageHandle openImage(const std::string &path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) throw systemTrouble(path);
+    struct stat status;
+    if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(file);
+        throw Trouble(path, S_ISDIR(status.st_mode) ? "is a directory" : "is no regular file");
+    }
+    ImageHandle image(vxImageOpenFd(file, "r"));
+    if (image == nullptr) {
+        close(file);
+        throw Trouble(path, imageMessage("no image"));
+    }
+    return image;
+}
+
+int rowsOf(const VxImage *image) {
+    return image->dimension < 2 ? 1 : image->ySize;
+}
+
+int planesOf(const VxImage *image) {
+    return image->dimension < 3 ? 1 : image->zSize;
+}
+
+int elementBytesOf(const VxImage *image) {
+    return image->type & 0xFF;
+}
+
+bool isVerbatim(const VxImage *image) {
+    return (image->type & 0xFF00) == VX_IMAGE_VERBATIM;
+}
+
+int widestVerbatimRow(int elementBytes) {
+    return elementBytes == 1 ? 32768 : 16383;
+}
+
+std::string headerTrouble(const VxImage *image) {
+    const int bytes = elementBytesOf(image);
+    if (bytes != 1 && bytes != 2) {
+        return "has elements of " + std::to_string(bytes) + " bytes, where only 1 and 2 will do";
+    }
+    if (image->type >> 8 > VX_IMAGE_RUN_LENGTH >> 8) {
+        return "is stored neither verbatim nor run-length encoded";
+    }
+    if (image->dimension < 1 || image->dimension > 3) {
+        return "has the dimension " + std::to_string(image->dimension) +
+               ", where only 1, 2 and 3 will do";
+    }
+    if (image->xSize == 0 || image->ySize == 0 || image->zSize == 0) return "holds no elements";
+    if (isVerbatim(image) && image->xSize > widestVerbatimRow(bytes)) {
+        return "has rows of " + std::to_string(image->xSize) + " elements, of which only " +
+               std::to_string(widestVerbatimRow(bytes)) + " can be read";
+    }
+    return {};
+}
+
+}  // namespace tool

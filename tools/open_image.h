@@ -1,0 +1,42 @@
+// Image files opened for reading, and what the library says about images.
+#ifndef TOOLS_OPEN_IMAGE_H
+#define TOOLS_OPEN_IMAGE_H
+
+#include <vximage.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace tool {
+
+struct ImageCloser {
+    void operator()(VxImage *image) const { vxImageClose(image); }
+};
+using ImageHandle = std::unique_ptr<VxImage, ImageCloser>;
+
+// Throws Trouble when there is no image to read.
+ImageHandle openImage(const std::string &path);
+
+// What the library said since this was last asked, or a text for when it kept silent.
+std::string imageMessage(const char *otherwise);
+
+// Sends the messages of the library to imageMessage instead of standard error.
+void collectImageMessages();
+
+// Rows of a plane and planes that can be reached: `dimension` says which of the sizes count.
+int rowsOf(const VxImage *image);
+int planesOf(const VxImage *image);
+
+int elementBytesOf(const VxImage *image);
+bool isVerbatim(const VxImage *image);
+
+// Elements of the widest verbatim row that the library reads.
+int widestVerbatimRow(int elementBytes);
+
+// What makes a header one that no row can be read by, or an empty text.
+std::string headerTrouble(const VxImage *image);
+
+}  // namespace tool
+
+#endif

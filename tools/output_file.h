@@ -1,0 +1,35 @@
+// A file that is complete under its name, or not there.
+#ifndef TOOLS_OUTPUT_FILE_H
+#define TOOLS_OUTPUT_FILE_H
+
+#include <string>
+
+namespace tool {
+
+// Is written beside its target, under a name that begins with a dot, and takes the target's place
+// in one step when all of it is on the disk. Until then the target is as it was. A signal that ends
+// the process removes the unfinished file; only SIGKILL and a crash leave it behind.
+//
+// One at a time.
+class OutputFile {
+public:
+    // Throws Trouble. A link is followed, and what is no regular file is no target.
+    explicit OutputFile(const std::string &path);
+    ~OutputFile();
+    OutputFile(const OutputFile &) = delete;
+    OutputFile &operator=(const OutputFile &) = delete;
+
+    // A further descriptor of the file, which is the caller's.
+    int duplicate() const;
+
+    // Throws Trouble, with the target as it was.
+    void commit();
+
+private:
+    std::string m_path, m_target, m_temporary;
+    int m_file = -1;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,75 @@
+// PNG files by way of libpng.
+#ifndef TOOLS_PNG_FILE_H
+#define TOOLS_PNG_FILE_H
+
+#include "picture.h"
+
+#include <cstdio>
+#include <memory>
+#include <png.h>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+bool isPngFile(const std::string &path);
+
+struct FileCloser {
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
+
+// What both directions share: the file, the messages, and a line as the file has it.
+class PngFile {
+public:
+    // Takes over `file`, which may be null after a failed open.
+    PngFile(const std::string &path, std::FILE *file);
+
+protected:
+    // Runs calls of libpng, which leaves them by a jump when there is trouble: nothing in them may
+    // need a destructor.
+    template <typename Calls>
+    void guarded(Calls calls);
+
+    [[noreturn]] static void jumpOut(png_structp png, png_const_charp text);
+    static void passOver(png_structp, png_const_charp) {}  // of warnings
+
+    std::string m_path;
+    FileHandle m_file;
+    png_structp m_png = nullptr;
+    png_infop m_info = nullptr;
+    PictureForm m_form = {};
+    std::vector<png_byte> m_bytes;  // planes interleaved, the high byte first
+
+private:
+    char m_message[128] = "";
+};
+
+// Palettes, transparent colours and elements of less than 8 bits are expanded. Interlaced pictures
+// are refused: their lines come in seven passes, which takes the whole picture in memory.
+class PngSource : public PictureSource, private PngFile {
+public:
+    explicit PngSource(const std::string &path);
+    ~PngSource() override;
+
+    PictureForm form() const override { return m_form; }
+    void readLine(std::uint16_t *line) override;
+    void finish() override;
+
+private:
+    void readHead();
+};
+
+class PngSink : public PictureSink, private PngFile {
+public:
+    // Takes over the descriptor; `path` is for messages.
+    PngSink(const std::string &path, int descriptor, const PictureForm &form);
+    ~PngSink() override;
+
+    void writeLine(std::uint16_t *line) override;
+    void finish() override;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,31 @@
+// A bar on standard error, if that is a terminal.
+#ifndef TOOLS_PROGRESS_BAR_H
+#define TOOLS_PROGRESS_BAR_H
+
+#include <cstdint>
+#include <string>
+
+namespace tool {
+
+class ProgressBar {
+public:
+    ProgressBar(const std::string &label, std::uint64_t total);
+    ~ProgressBar() { clear(); }
+    ProgressBar(const ProgressBar &) = delete;
+    ProgressBar &operator=(const ProgressBar &) = delete;
+
+    void advance();
+
+    // Takes the bar off the screen, so that a line can be written; it comes back as work goes on.
+    void clear();
+
+private:
+    std::string m_label;
+    std::uint64_t m_total, m_done = 0;
+    int m_shown = -1;  // the percentage on the screen
+    bool m_terminal;
+};
+
+}  // namespace tool
+
+#endif

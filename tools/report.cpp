@@ -1,0 +1,38 @@
+#include "report.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <cwctype>
+
+namespace tool {
+
+Trouble systemTrouble(const std::string &path) {
+    return {path, std::strerror(errno)};
+}
+
+std::string printable(const std::string &text) {
+    std::string result;
+    std::mbstate_t state = {};
+    for (std::size_t i = 0, length = 0; i < text.size(); i += length) {
+        wchar_t character = 0;
+        length = std::mbrtowc(&character, text.data() + i, text.size() - i, &state);
+        bool shown = length - 1 < text.size() && std::iswprint(static_cast<std::wint_t>(character));
+        if (length - 1 >= text.size()) {
+            // No character. Where no locale is set, it may be one of a name all the same.
+            length = 1;
+            state = {};
+            shown = MB_CUR_MAX == 1 && (text[i] & 0x80) != 0;
+        }
+        result += shown ? text.substr(i, length) : "?";
+    }
+    return result;
+}
+
+void complain(const std::string &subject, const std::string &what) {
+    std::fprintf(stderr, "vxutil: %s: %s\n", printable(subject).c_str(), printable(what).c_str());
+}
+
+}  // namespace tool

@@ -1,0 +1,35 @@
+// What the program says to people, and how it ends.
+#ifndef TOOLS_REPORT_H
+#define TOOLS_REPORT_H
+
+#include <stdexcept>
+#include <string>
+
+namespace tool {
+
+enum ExitCode { kDone = 0, kFailed = 1, kUsage = 2 };
+
+// Something that stops the work on one file, directory or name.
+class Trouble : public std::runtime_error {
+public:
+    Trouble(const std::string &subject, const std::string &what)
+        : std::runtime_error(what), m_subject(subject) {}
+    const std::string &subject() const { return m_subject; }
+
+private:
+    std::string m_subject;
+};
+
+// Trouble with a file, in the system's words for errno.
+Trouble systemTrouble(const std::string &path);
+
+// Text that does nothing to a terminal and stays on its line: what is no character to show in the
+// locale becomes a question mark.
+std::string printable(const std::string &text);
+
+// One line on standard error.
+void complain(const std::string &subject, const std::string &what);
+
+}  // namespace tool
+
+#endif
