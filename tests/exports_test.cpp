@@ -10,8 +10,10 @@
 #include <cstdlib>
 #include <cxxabi.h>
 #include <dlfcn.h>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <map>
 #include <regex>
 #include <set>
@@ -162,6 +164,26 @@ TEST(Exports, PlainFunctionsHaveTheNumbersThatCallersUse) {
         ++functions;
     }
     EXPECT_EQ(functions, 120);
+}
+
+TEST(Exports, HeadersDeclareThePlainFunctionsOfTheTable) {
+    std::set<std::string> declared;
+    const std::regex declaration("VX_API [^;(]*?(vx[A-Z]\\w*)\\(");
+    for (const auto &header : std::filesystem::directory_iterator(VX_FRAME_DIR "/../include")) {
+        if (header.path().filename() == "vxframework.h") continue;  // the sibling library's
+        std::ifstream file(header.path());
+        const std::string text{std::istreambuf_iterator<char>(file), {}};
+        for (std::sregex_iterator at(text.begin(), text.end(), declaration), end; at != end; ++at)
+            declared.insert((*at)[1]);
+    }
+    std::set<std::string> wanted{"vxExportAddress"};
+    int expected = 100;
+    for (const Export &entry : exportTable()) {
+        EXPECT_EQ(entry.ordinal, expected++);
+        if (entry.decorated.empty()) wanted.insert(entry.symbol);
+    }
+    EXPECT_EQ(expected, 496);
+    EXPECT_EQ(declared, wanted);
 }
 
 TEST(Exports, NothingElseLeavesTheLibrary) {
