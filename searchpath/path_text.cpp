@@ -17,7 +17,7 @@ bool isSeparator(char byte) {
     return byte == '/' || byte == '\\';
 }
 
-// The order of two bytes is told for signed bytes, whatever char is here.
+// Bytes are ordered as signed ones, whatever char is here.
 int signedByte(char byte) {
     return static_cast<signed char>(byte);
 }
