@@ -1,5 +1,7 @@
 // Loading and unloading the library, and keeping settings, beside the bare calls that they need.
 
+#include "scratch_folder.h"
+
 #include <vxsearchpath.h>
 
 #include <benchmark/benchmark.h>
@@ -17,21 +19,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-class Folder {
-public:
-    Folder() {
-        path_ = fs::temp_directory_path() / ("vxbench" + std::to_string(::getpid()));
-        fs::create_directories(path_);
-    }
-    ~Folder() { fs::remove_all(path_); }
-    Folder(const Folder &) = delete;
-    Folder &operator=(const Folder &) = delete;
-    std::string at(const std::string &name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
-};
 
 // ---- Settings, and a life of the library
 

@@ -1,6 +1,8 @@
 // Search paths: finding a file, keeping settings, loading and unloading, beside the bare calls of
 // the system that they need.
 
+#include "scratch_folder.h"
+
 #include <vxsearchpath.h>
 
 #include <benchmark/benchmark.h>
@@ -14,21 +16,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-class Folder {
-public:
-    Folder() {
-        path_ = fs::temp_directory_path() / ("vxbench" + std::to_string(::getpid()));
-        fs::create_directories(path_);
-    }
-    ~Folder() { fs::remove_all(path_); }
-    Folder(const Folder &) = delete;
-    Folder &operator=(const Folder &) = delete;
-    std::string at(const std::string &name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
-};
 
 // ---- Finding a file that only the last directory holds
 

@@ -2,6 +2,8 @@
 
 #include "searchpath/path_text.h"
 
+#include "in_locale.h"
+
 #include <vxsearchpath.h>
 
 #include <clocale>
@@ -14,12 +16,6 @@ namespace {
 
 // The character of page 932 whose bytes are 83 5C, the second one a backslash.
 #define SO "\x83\\"
-
-class Page932 {
-public:
-    Page932() { EXPECT_NE(std::setlocale(LC_CTYPE, "ja_JP.SJIS"), nullptr); }
-    ~Page932() { std::setlocale(LC_CTYPE, "C"); }
-};
 
 std::string normalized(std::string text) {
     EXPECT_EQ(vxPathNormalize(text.data()), text.data());
@@ -63,7 +59,7 @@ TEST(PathText, Normalize) {
     };
     for (const auto &[text, expected] : cases)
         EXPECT_EQ(normalized(text), expected) << text;
-    const Page932 page;
+    const InLocale page("ja_JP.SJIS");
     EXPECT_EQ(normalized("C:\\" SO "\\x\\"), "C:/" SO "/x");
     EXPECT_EQ(normalized("C:/" SO), "C:/" SO);
     EXPECT_EQ(normalized("C:/\x83/../x"), "C:/x");  // a lead byte alone is a byte
@@ -124,7 +120,7 @@ void compareWithDefinition(unsigned seed, const std::string &alphabet) {
 TEST(PathText, NormalizeDoesWhatItsDefinitionSays) {
     compareWithDefinition(1, "/././..a\\C:");
     compareWithDefinition(2, "///...");
-    const Page932 page;
+    const InLocale page("ja_JP.SJIS");
     compareWithDefinition(3, "/\\.\x83\\a..");
 }
 

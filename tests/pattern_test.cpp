@@ -1,5 +1,6 @@
 // Patterns: forms to the byte, answers, limits, and the matcher against its definition.
 
+#include "in_locale.h"
 #include "pattern/pattern_compiler.h"
 #include "platform/codepage.h"
 
@@ -15,14 +16,6 @@
 namespace {
 
 using namespace std::string_literals;
-
-class InLocale {
-public:
-    explicit InLocale(const char *name) { EXPECT_NE(std::setlocale(LC_CTYPE, name), nullptr); }
-    ~InLocale() { std::setlocale(LC_CTYPE, "C"); }
-    InLocale(const InLocale &) = delete;
-    InLocale &operator=(const InLocale &) = delete;
-};
 
 // A buffer for a form that sees what is written behind it.
 class Form {

@@ -1,5 +1,7 @@
 // File names, lines and characters, in single-byte and double-byte pages.
 
+#include "in_locale.h"
+
 #include <vxtext.h>
 
 #include <clocale>
@@ -12,14 +14,6 @@ namespace {
 
 // The character of page 932 whose bytes are 83 5C, the second one a backslash.
 #define SO "\x83\\"
-
-class InLocale {
-public:
-    explicit InLocale(const char *name) { EXPECT_NE(std::setlocale(LC_CTYPE, name), nullptr); }
-    ~InLocale() { std::setlocale(LC_CTYPE, "C"); }
-    InLocale(const InLocale &) = delete;
-    InLocale &operator=(const InLocale &) = delete;
-};
 
 // ---- File names
 

@@ -71,7 +71,8 @@ class ToolTest(unittest.TestCase):
         self.assertIn('Examples:', self.run_tool('--help'))
         self.assertRegex(self.run_tool('--version'), r'^vxutil \d+\.\d+\.\d+$')
         for arguments in ([], ['fly'], ['find'], ['image'], ['image', 'convert', 'a'], ['paths', '--level', 'moon'],
-                          ['paths', 'move', 'a', 'b'], ['samples', '--pattern', 'disk', '--grid', '65', '-o', 'a']):
+                          ['paths', 'move', 'a', 'b'], ['paths', 'add', ''], ['paths', 'remove', ''],
+                          ['paths', 'add', '/a', 'remove', '/b'], ['samples', '--pattern', 'disk', '--grid', '65', '-o', 'a']):
             self.run_tool(*arguments, code=2, error='--help')
         with open('/dev/full', 'w', encoding='ascii') as full:
             done = subprocess.run([PROGRAM, 'paths'], stdout=full, stderr=subprocess.PIPE, env=self.environment,
@@ -111,6 +112,8 @@ class ToolTest(unittest.TestCase):
         (self.folder / 'file').touch()
         self.run_tool('paths', 'add', '/b', VX_REGISTRY_DIR=f'{self.folder}/file/x', code=1,
                       error=f'{self.folder}/file/x/user.reg: ')
+        (self.folder / 'odd/user.reg').mkdir(parents=True)
+        self.run_tool('paths', 'add', '/b', VX_REGISTRY_DIR=f'{self.folder}/odd', code=1, error='no regular file')
         self.registry.joinpath('user.reg').write_text(
             'REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\Meridane\\Vandermire\\Texture Paths]\n' +
             ''.join(f'"{i}"="/{i}"\n' for i in range(127)))

@@ -94,8 +94,18 @@ void choose(CLI::App *app, Request &request, std::function<int()> run) {
     });
 }
 
+// A directory is never the empty text, as an unset variable of a shell gives it.
+void addDirectory(CLI::App *app, Request &request, const char *what) {
+    addText(app, "directory", request.directory, what)
+        ->required()
+        ->check([](const std::string &text) {
+            return std::string(text.empty() ? "an empty directory" : "");
+        });
+}
+
 void addPaths(CLI::App &app, Request &request) {
     CLI::App *paths = app.add_subcommand("paths", "List or edit the search paths");
+    paths->require_subcommand(0, 1);
     addCategory(paths, request, "Both are listed without it; textures are edited");
     paths->add_option("--level", request.level, "Default: merged to list, user to edit")
         ->check(CLI::IsMember({"merged", "user", "machine", "environment"}))
@@ -104,17 +114,17 @@ void addPaths(CLI::App &app, Request &request) {
     choose(paths, request, [&] { return request.list(); });
 
     CLI::App *add = paths->add_subcommand("add", "Add a directory")->fallthrough();
-    addText(add, "directory", request.directory, "A relative one is made absolute")->required();
+    addDirectory(add, request, "A relative one is made absolute");
     add->add_option("--at", request.place, "Position, from 0; default: the end");
     choose(add, request,
            [&] { return addPath(request.edited(), request.directory, request.place); });
 
     CLI::App *remove = paths->add_subcommand("remove", "Remove a directory")->fallthrough();
-    addText(remove, "directory", request.directory, "Directory or its position")->required();
+    addDirectory(remove, request, "Directory or its position");
     choose(remove, request, [&] { return removePath(request.edited(), request.directory); });
 
     CLI::App *move = paths->add_subcommand("move", "Move a directory")->fallthrough();
-    addText(move, "directory", request.directory, "Directory or its position")->required();
+    addDirectory(move, request, "Directory or its position");
     move->add_option("position", request.position, "Where it goes, from 0")->required();
     choose(move, request,
            [&] { return movePath(request.edited(), request.directory, request.position); });

@@ -161,8 +161,12 @@ void checkRights(int level) {
     while (!std::filesystem::exists(place, ignored) && place.has_relative_path())
         place = place.parent_path();
     if (place.empty()) place = ".";
-    if (access(place.c_str(), W_OK | X_OK) == 0) return;
-    throw systemTrouble(folder / (level == VX_LEVEL_USER ? "user.reg" : "machine.reg"));
+    const std::filesystem::path file =
+        folder / (level == VX_LEVEL_USER ? "user.reg" : "machine.reg");
+    if (access(place.c_str(), W_OK | X_OK) != 0) throw systemTrouble(file);
+    if (!std::filesystem::exists(file, ignored)) return;
+    if (!std::filesystem::is_regular_file(file, ignored)) throw Trouble(file, "is no regular file");
+    if (access(file.c_str(), R_OK | W_OK) != 0) throw systemTrouble(file);
 }
 
 // The position of an entry that is named by its directory or by a position.
