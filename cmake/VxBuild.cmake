@@ -10,6 +10,23 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
   # optimises: a false report, number 105651 of its own list.
   target_compile_options(vx_build_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
+
+# Hardening, as distributions build: smashed stacks and overrun buffers end the process, addresses of
+# functions are bound at load and then read-only, and an indirect jump can only land where one may.
+target_compile_options(vx_build_flags INTERFACE -fstack-protector-strong -fstack-clash-protection)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
+  target_compile_options(vx_build_flags INTERFACE -fcf-protection=full)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
+  target_compile_options(vx_build_flags INTERFACE -mbranch-protection=standard)
+endif()
+target_link_options(vx_build_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+if(NOT VXUTIL_SANITIZE)
+  # Sanitizers watch the plain calls; and the C library checks in optimised code only.
+  target_compile_options(vx_build_flags INTERFACE
+    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
+    $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+endif()
+
 if(VXUTIL_SANITIZE)
   target_compile_options(vx_build_flags INTERFACE
     -fsanitize=${VXUTIL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -206,9 +206,8 @@ bool writeTable(VxImage *image, void *table) {
 
 // Writes both tables; on a short write reports the message of the one that fell short.
 bool writeTables(VxImage *image, int startsMessage, int sizesMessage) {
-    if (vxImageFileSeek(image, VX_IMAGE_FILE_HEAD) < 0) return false;
     int failed = 0;
-    if (!writeTable(image, image->rowStarts)) {
+    if (vxImageFileSeek(image, VX_IMAGE_FILE_HEAD) < 0 || !writeTable(image, image->rowStarts)) {
         failed = startsMessage;
     } else if (!writeTable(image, image->rowSizes)) {
         failed = sizesMessage;
@@ -219,9 +218,9 @@ bool writeTables(VxImage *image, int startsMessage, int sizesMessage) {
 }
 
 bool writeHeaderAndTables(VxImage *image) {
-    if (vxImageFileSeek(image, 0) < 0) return false;
+    const bool reached = vxImageFileSeek(image, 0) >= 0;
     image->fileOffset = kNoPosition;
-    if (!writeHeader(image->file, image, image->byteSwap != 0)) {
+    if (!reached || !writeHeader(image->file, image, image->byteSwap != 0)) {
         vxImageError(20352);
         return false;
     }

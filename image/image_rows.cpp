@@ -65,6 +65,18 @@ void copySwapped(std::uint16_t *to, const std::uint16_t *from, std::size_t count
     }
 }
 
+// Goes to where a row lies. A row out of range and a bad header have messages of their own; a place
+// that cannot be reached, at 4 GiB or in a pipe, counts as a transfer that fell short.
+bool reachRow(VxImage *image, int y, int z, int fellShort) {
+    const auto row = static_cast<unsigned>(y), plane = static_cast<unsigned>(z);
+    if (vxImageSeekRow(image, row, plane) >= 0) return true;
+    const bool goodHeader = image->dimension >= 1 && image->dimension <= 3 &&
+                            storageOf(image) <= kRunLength &&
+                            (elementBytesOf(image) == 1 || elementBytesOf(image) == 2);
+    if (goodHeader && vxImageBadRow(image, row, plane) == 0) vxImageError(fellShort);
+    return false;
+}
+
 int writeWhole(VxImage *image, void *bytes, int count) {
     if (vxImageFileWrite(image, bytes, count) == count) return image->xSize;
     vxImageError(20377);
@@ -85,7 +97,7 @@ int putVerbatim(VxImage *image, std::uint16_t *row, int y, int z) {
         copySwapped(image->rowBuffer, row, width);
         bytes = image->rowBuffer;
     }
-    if (vxImageSeekRow(image, static_cast<unsigned>(y), static_cast<unsigned>(z)) < 0) return -1;
+    if (!reachRow(image, y, z, 20377)) return -1;
     return writeWhole(image, bytes, elementBytes * image->xSize);
 }
 
@@ -102,7 +114,7 @@ int putRunLength(VxImage *image, const std::uint16_t *row, int y, int z) {
         return -1;
     }
     vxImageSetRowSize(image, size, static_cast<unsigned>(y), static_cast<unsigned>(z));
-    if (vxImageSeekRow(image, static_cast<unsigned>(y), static_cast<unsigned>(z)) < 0) return -1;
+    if (!reachRow(image, y, z, 20377)) return -1;
     if (elementBytes == 2 && image->byteSwap != 0) vxSwapShorts(image->rowBuffer, size);
     return writeWhole(image, image->rowBuffer, size);
 }
@@ -213,7 +225,7 @@ int vxImagePutRow(VxImage *image, std::uint16_t *row, int y, int z) {
 int vxImageGetRow(VxImage *image, std::uint16_t *row, int y, int z) {
     if (!isFor(image, VX_IMAGE_READ)) return -1;
     clampRow(image, y, z);
-    const long place = vxImageSeekRow(image, static_cast<unsigned>(y), static_cast<unsigned>(z));
+    const bool reached = reachRow(image, y, z, 20380);
     if (storageOf(image) > kRunLength) {
         vxImageError(20382);
         return -1;
@@ -222,7 +234,7 @@ int vxImageGetRow(VxImage *image, std::uint16_t *row, int y, int z) {
         vxImageError(20381);
         return -1;
     }
-    if (place < 0) return -1;
+    if (!reached) return -1;
     bool whole = false;
     if (storageOf(image) == kVerbatim) {
         whole = getVerbatim(image, row);

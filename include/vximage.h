@@ -134,7 +134,8 @@ typedef struct VxImage {
 VX_API VxImage *vxImageOpen(const char *name, const char *mode, ...);
 
 /*
- * The same on an open descriptor, at its current position. vxImageClose closes it; when opening
+ * The same on an open descriptor, at its current position. It has to be one that can seek: of a
+ * pipe the header is read or written, and each row fails. vxImageClose closes it; when opening
  * fails it stays open and the caller's. A negative one gives message 20363 with a null name
  * when creating, and no message otherwise.
  */
@@ -145,8 +146,8 @@ VX_API VxImage *vxImageOpenFd(int file, const char *mode, ...);
  * everything and closes the descriptor. A written file is complete only after this.
  *
  * The result is 0, or that of the system's close if it was not 0, after message 20355; the handle
- * is gone in both cases. When the header or a table cannot be written whole (20352, 20353,
- * 20354) the result is -1 and the handle lives on: the caller may try again.
+ * is gone in both cases. When the header or a table cannot be written whole or reached (20352,
+ * 20353, 20354) the result is -1 and the handle lives on: the caller may try again.
  */
 VX_API int vxImageClose(VxImage *image);
 
@@ -164,9 +165,8 @@ VX_API int vxImageFlush(VxImage *image);
  * and z not below dimension 3. Rows may be put in any order and again. In a one-byte image
  * the low 8 bits of each element are stored.
  *
- * The result is xSize. -1 for a handle opened for reading and for a row whose place cannot be
- * reached, and after these messages: 20372 row out of range, 20377 short write, 20378 and
- * 20379 bad `type`. minValue and maxValue count the row even if writing it failed; in a
+ * The result is xSize. -1 for a handle opened for reading, and after these messages: 20372 row out
+ * of range, 20377 short write or a place that cannot be reached, 20378 and 20379 bad `type`. minValue and maxValue count the row even if writing it failed; in a
  * one-byte run-length image they count whole elements, in a one-byte verbatim one the stored
  * 8 bits.
  */
@@ -178,7 +178,7 @@ VX_API int vxImagePutRow(VxImage *image, uint16_t *row, int y, int z);
  * The result is xSize. -1 for a handle opened for writing and for a run-length row that was never
  * written, and after these messages: 20372 row out of range, 20373 bad `dimension`, 20374
  * and 20382 bad storage, 20381 bad element width, 20380 for a row that is not whole in the
- * file, is beyond the limits above or is damaged: one that expands to more than xSize
+ * file or cannot be reached, is beyond the limits above or is damaged: one that expands to more than xSize
  * elements, or whose packets run past its stored bytes.
  *
  * A stored row that ends early reads as zeros from there, and one without an end mark is good

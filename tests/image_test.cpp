@@ -395,8 +395,49 @@ TEST_F(Image, RowsBehindTheLimits) {
     VxImage *image = open();
     Row row(65535);
     EXPECT_EQ(vxImageGetRow(image, row.data(), 65534, 65534), -1);
+    EXPECT_EQ(reported(), "20380");
+    // In a file as long as that, rows below can be had.
+    std::filesystem::resize_file(path_, std::uintmax_t{5} << 30);
+    EXPECT_EQ(vxImageGetRow(image, row.data(), 65535, 1), -1);
+    EXPECT_EQ(reported(), "20372");
+    EXPECT_EQ(vxImageGetRow(image, row.data(), 0, 1), -1);
     EXPECT_EQ(vxImageClose(image), 0);
-    EXPECT_EQ(reported(), "");
+    EXPECT_EQ(reported(), "20380");
+    std::filesystem::remove(path_);
+    image = create(2, 16383, 65535, 3);
+    EXPECT_EQ(vxImagePutRow(image, row.data(), 65534, 1), 16383);  // ends just below 4 GiB
+    EXPECT_EQ(vxImagePutRow(image, row.data(), 200, 2), -1);
+    EXPECT_EQ(reported(), "20377");
+    EXPECT_EQ(vxImageClose(image), 0);
+    image = open();
+    EXPECT_EQ(vxImageGetRow(image, row.data(), 65534, 1), 16383);
+    EXPECT_EQ(vxImageGetRow(image, row.data(), 200, 2), -1);
+    EXPECT_EQ(vxImageClose(image), 0);
+    EXPECT_EQ(reported(), "20380");
+}
+
+TEST_F(Image, PipesFailAtTheirRows) {
+    for (const unsigned type : {1U, 0x102U}) {
+        SCOPED_TRACE(type);
+        const bool runLength = type > 2;
+        int ends[2];
+        ASSERT_EQ(::pipe(ends), 0);
+        Row row(4);
+        VxImage *image = vxImageOpenFd(ends[1], "w", type, 2U, 4U, 3U);
+        EXPECT_EQ(vxImagePutRow(image, row.data(), 0, 0), -1);
+        EXPECT_EQ(reported(), "20377");
+        EXPECT_EQ(vxImageClose(image), -1);
+        EXPECT_EQ(reported(), runLength ? "20356, 20352" : "20352");
+        const int kept = ::dup(ends[0]);
+        image = vxImageOpenFd(ends[0], "r");
+        EXPECT_EQ(image != nullptr, !runLength);
+        if (image != nullptr) {
+            EXPECT_EQ(vxImageGetRow(image, row.data(), 0, 0), -1);
+            EXPECT_EQ(vxImageClose(image), 0);
+        }
+        EXPECT_EQ(reported(), runLength ? "20369" : "20380");
+        ::close(kept);
+    }
 }
 
 // What becomes of a stored row, given as its elements, in an image of 6 elements a row.
