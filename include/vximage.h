@@ -42,9 +42,9 @@
  * names the messages it reports; after a message it returns its own failure result.
  *
  * Limits. Positions in a file are 32 bits wide: a row that would lie at or behind 4 GiB can
- * be neither put nor got. Rows are read up to 32768 one-byte or 16383 two-byte elements when
- * stored verbatim, and up to 32767 stored bytes when run-length encoded; wider ones can be
- * put and not got.
+ * be neither put nor got, and is reported like one that falls short. Rows are read up to 32768
+ * one-byte or 16383 two-byte elements when stored verbatim, and up to 32767 stored bytes when
+ * run-length encoded; wider ones can be put and not got.
  *
  * A handle serves one thread at a time; two handles are independent.
  */
@@ -166,9 +166,9 @@ VX_API int vxImageFlush(VxImage *image);
  * the low 8 bits of each element are stored.
  *
  * The result is xSize. -1 for a handle opened for reading, and after these messages: 20372 row out
- * of range, 20377 short write or a place that cannot be reached, 20378 and 20379 bad `type`. minValue and maxValue count the row even if writing it failed; in a
- * one-byte run-length image they count whole elements, in a one-byte verbatim one the stored
- * 8 bits.
+ * of range, 20377 short write or a place that cannot be reached, 20378 and 20379 bad `type`.
+ * minValue and maxValue count the row even if writing it failed; in a one-byte run-length image
+ * they count whole elements, in a one-byte verbatim one the stored 8 bits.
  */
 VX_API int vxImagePutRow(VxImage *image, uint16_t *row, int y, int z);
 
@@ -178,8 +178,8 @@ VX_API int vxImagePutRow(VxImage *image, uint16_t *row, int y, int z);
  * The result is xSize. -1 for a handle opened for writing and for a run-length row that was never
  * written, and after these messages: 20372 row out of range, 20373 bad `dimension`, 20374
  * and 20382 bad storage, 20381 bad element width, 20380 for a row that is not whole in the
- * file or cannot be reached, is beyond the limits above or is damaged: one that expands to more than xSize
- * elements, or whose packets run past its stored bytes.
+ * file or cannot be reached, is beyond the limits above or is damaged: one that expands to more
+ * than xSize elements, or whose packets run past its stored bytes.
  *
  * A stored row that ends early reads as zeros from there, and one without an end mark is good
  * when all xSize elements are there. Nothing but a damaged row changes `row` before it fails.
