@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <new>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,6 +26,7 @@ struct Plan {
 
 Plan plan;
 int counts[7];
+int blocks;
 char names[4096];  // of fixed size, since this must not allocate
 
 bool strikes(Kind kind, const char *name = "") {
@@ -72,7 +74,41 @@ void resetCounts() {
         number = 0;
 }
 
+void strikeEach(unsigned kinds, Effect effect, const std::function<void(bool once)> &trial,
+                const std::function<void()> &prepare) {
+    for (const bool onward : {false, true}) {
+        bool struck = true;
+        for (int n = 1; struck && !testing::Test::HasFailure(); ++n) {
+            SCOPED_TRACE(testing::Message() << "call " << n << (onward ? " onward" : ""));
+            prepare();
+            arm(kinds, n, onward, effect);
+            trial(!onward);
+            struck = disarm();
+            EXPECT_TRUE(struck || n > 1) << "there is no call to strike";
+        }
+    }
+}
+
+Pause::Pause() : armed_(plan.armed) {
+    plan.armed = false;
+}
+Pause::~Pause() {
+    plan.armed = armed_;
+}
+
+int blocksOut() {
+    return blocks;
+}
+
 namespace {
+
+// Memory, or null when it is struck.
+template <typename Take>
+void *taken(Take take) {
+    void *block = strikes(kMemory) ? nullptr : take();
+    blocks += block != nullptr ? 1 : 0;
+    return block;
+}
 
 // What a struck transfer still does: nothing, or half.
 template <typename Transfer>
@@ -92,6 +128,8 @@ extern "C" {
 
 void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
+void *__real_realloc(void *block, size_t size);
+void __real_free(void *block);
 int __real_open(const char *path, int flags, ...);
 ssize_t __real_read(int file, void *buffer, size_t size);
 ssize_t __real_write(int file, const void *buffer, size_t size);
@@ -99,11 +137,23 @@ off_t __real_lseek(int file, off_t offset, int origin);
 int __real_close(int file);
 
 void *__wrap_malloc(size_t size) {
-    return strikes(faults::kMemory) ? nullptr : __real_malloc(size);
+    return faults::taken([=] { return __real_malloc(size); });
 }
 
 void *__wrap_calloc(size_t count, size_t size) {
-    return strikes(faults::kMemory) ? nullptr : __real_calloc(count, size);
+    return faults::taken([=] { return __real_calloc(count, size); });
+}
+
+void *__wrap_realloc(void *block, size_t size) {
+    if (strikes(faults::kMemory)) return nullptr;
+    void *grown = __real_realloc(block, size);
+    faults::blocks += block == nullptr && grown != nullptr ? 1 : 0;
+    return grown;
+}
+
+void __wrap_free(void *block) {
+    faults::blocks -= block != nullptr ? 1 : 0;
+    __real_free(block);
 }
 
 int __wrap_open(const char *path, int flags, ...) {
@@ -160,9 +210,24 @@ void *operator new(size_t size) {
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }
+void *operator new(size_t size, const std::nothrow_t &) noexcept {
+    return strikes(faults::kMemory) ? nullptr : __real_malloc(size != 0 ? size : 1);
+}
+void *operator new[](size_t size) {
+    return operator new(size);
+}
+void *operator new[](size_t size, const std::nothrow_t &none) noexcept {
+    return operator new(size, none);
+}
 void operator delete(void *block) noexcept {
-    std::free(block);
+    __real_free(block);
 }
 void operator delete(void *block, size_t) noexcept {
-    std::free(block);
+    __real_free(block);
+}
+void operator delete[](void *block) noexcept {
+    __real_free(block);
+}
+void operator delete[](void *block, size_t) noexcept {
+    __real_free(block);
 }

@@ -58,21 +58,13 @@ protected:
     }
     void TearDown() override { fs::remove_all(folder_); }
 
-    // Runs a trial with the first call struck, the second, and so on until none is struck any more.
     static void strikeEach(
         unsigned kinds, Effect effect, const std::function<void(bool once)> &trial,
         const std::function<void()> &prepare = [] {}) {
-        for (const bool onward : {false, true}) {
-            bool struck = true;
-            for (int n = 1; struck && !HasFailure(); ++n) {
-                SCOPED_TRACE(testing::Message() << "call " << n << (onward ? " onward" : ""));
-                messages.clear();
-                prepare();
-                faults::arm(kinds, n, onward, effect);
-                trial(!onward);
-                struck = faults::disarm();
-            }
-        }
+        faults::strikeEach(kinds, effect, trial, [&] {
+            messages.clear();
+            prepare();
+        });
     }
 
     fs::path folder_;

@@ -1,82 +1,36 @@
-// What lists, tables and strings do when the n-th allocation fails, for every n, once and from then
-// on; and which members allocate at all. The linker puts the functions below in front of the
-// allocator.
+// What lists, tables, strings and sample tables do when the n-th allocation fails, for every n,
+// once and from then on; and which members allocate at all.
 
+#include "faults.h"
+
+#include <vxsampling.h>
 #include <vxstring.h>
 #include <vxtyped.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstdint>
 #include <functional>
 #include <gtest/gtest.h>
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace {
 
-int allocations;    // since the count began
-int failFrom = -1;  // the first allocation that fails, -1 for none
-bool failsForGood;  // the ones behind it too
-
-bool fails() {
-    const int number = allocations++;
-    return failFrom >= 0 && (failsForGood ? number >= failFrom : number == failFrom);
-}
-
-}  // namespace
-
-extern "C" {
-void *__real_malloc(std::size_t size);
-void *__real_realloc(void *block, std::size_t size);
-void *__real__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag);
-void *__real__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag);
-
-void *__wrap_malloc(std::size_t size) {
-    return fails() ? nullptr : __real_malloc(size);
-}
-void *__wrap_realloc(void *block, std::size_t size) {
-    return fails() ? nullptr : __real_realloc(block, size);
-}
-void *__wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag) {
-    return fails() ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
-}
-void *__wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag) {
-    return fails() ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
-}
-}
-
-namespace {
-
 // Runs an attempt for each allocation that can fail. It checks what it finds, and answers whether
 // it got all that it asked for.
 void failEach(const std::function<bool()> &attempt) {
-    for (const bool forGood : {false, true}) {
-        bool reached = true;
-        for (int n = 0; reached; ++n) {
-            allocations = 0;
-            failFrom = n;
-            failsForGood = forGood;
-            const bool whole = attempt();
-            reached = allocations > n;
-            failFrom = -1;
-            EXPECT_TRUE(whole || reached) << "allocation " << n;
-            EXPECT_TRUE(reached || n > 0);  // something is allocated at all
-            ASSERT_LT(n, 1000);
-        }
-    }
+    faults::strikeEach(faults::kMemory, faults::Effect::kRefuse, [&](bool) {
+        const bool whole = attempt();
+        EXPECT_TRUE(faults::disarm() || whole);
+    });
 }
 
 // What an attempt starts from is there in any case.
 template <typename Subject, typename... Arguments>
 Subject withMemory(const Arguments &...arguments) {
-    const int kept = std::exchange(failFrom, -1);
-    const int count = allocations;
-    Subject subject(arguments...);
-    failFrom = kept;
-    allocations = count;
-    return subject;
+    const faults::Pause pause;
+    return Subject(arguments...);
 }
 
 TEST(OutOfMemory, ListsStayAsTheyWere) {
@@ -176,12 +130,47 @@ TEST(OutOfMemory, StringsStayAsTheyWere) {
             EXPECT_STREQ(changed, text.c_str());
             EXPECT_EQ(vxStringView(abc), "abc");  // no sharer is written to
             changed.setMemoryHint(VxString::kDoubleRoom);
-            const int kept = std::exchange(failFrom, -1);
+            const faults::Pause pause;
             changed += piece;  // and the string can still be used
-            failFrom = kept;
             EXPECT_EQ(std::string(vxStringView(changed)), text + "defgh");
             return text == result;
         });
+    }
+}
+
+TEST(OutOfMemory, SampleTablesReleaseWhatTheyHad) {
+    float sentinel = 0;
+    faults::strikeEach(faults::kMemory, faults::Effect::kRefuse, [&](bool) {
+        VxSampleTable table{};
+        for (int set = 0; set < VX_SAMPLE_SETS; ++set)
+            table.offsetX[set] = table.offsetY[set] = &sentinel;
+        const int before = faults::blocksOut();
+        const int filled = vxSampleTableInit(&table, 2, 1.0F, 0, 1.0F, 0);
+        const int calls = faults::count(faults::kMemory);
+        EXPECT_EQ(filled, faults::disarm() ? 0 : 1);
+        EXPECT_EQ(faults::blocksOut() - before, filled != 0 ? 2 * VX_SAMPLE_SETS : 0);
+        for (int set = 0; set < VX_SAMPLE_SETS && filled == 0; ++set) {
+            float *const expected = 2 * set < calls ? nullptr : &sentinel;
+            EXPECT_EQ(table.offsetX[set], expected) << set;
+            EXPECT_EQ(table.offsetY[set], expected) << set;
+        }
+        EXPECT_EQ(table.sampleCount, 4);
+        EXPECT_EQ(table.sampleWeight, 0.25F);
+        if (filled == 0) return;
+        vxSampleTableRelease(&table);
+        vxSampleTableRelease(&table);
+        EXPECT_EQ(faults::blocksOut(), before);
+    });
+}
+
+TEST(OutOfMemory, AGridBeyondTheCountIsRefused) {
+    VxSampleTable table{};
+    for (const int grid : {46340, 46341, INT32_MAX}) {
+        const bool counts = grid == 46340;
+        faults::arm(faults::kMemory, 1, true, faults::Effect::kRefuse);
+        EXPECT_EQ(vxSampleTableInit(&table, grid, 1.0F, 0, 1.0F, 0), 0);
+        EXPECT_EQ(faults::disarm(), counts);
+        EXPECT_EQ(table.sampleCount, counts ? grid * grid : 0);
     }
 }
 
@@ -189,7 +178,7 @@ TEST(Allocations, NoneForReadingAStringOrSharingIt) {
     const VxString text("some text with a Needle");
     const VxString same("some text with a Needle");
     const VxString pattern("needle");
-    allocations = 0;
+    faults::resetCounts();
     VxString copy(text);
     VxString other(copy);
     other = text;
@@ -199,9 +188,9 @@ TEST(Allocations, NoneForReadingAStringOrSharingIt) {
     EXPECT_TRUE(text == same && text <= same && text.hash() == same.hash());
     EXPECT_EQ(text[3] + vxStringView(copy)[3], 'e' + 'e');
     EXPECT_EQ(text.getInt(0), 0);
-    EXPECT_EQ(allocations, 0);
+    EXPECT_EQ(faults::count(faults::kMemory), 0);
     copy.toUpper();
-    EXPECT_EQ(allocations, 1);
+    EXPECT_EQ(faults::count(faults::kMemory), 1);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-// Pools under random use against a model, and each way to fail. Linked with --wrap for malloc.
+// Pools under random use against a model, and each way to fail.
 
+#include "faults.h"
 #include "pool/poison.h"
 
 #include <vxframework.h>
@@ -19,21 +20,6 @@
 #include <utility>
 #include <vector>
 
-namespace {
-
-bool mallocFails;
-int mallocs;
-
-}  // namespace
-
-extern "C" {
-void *__real_malloc(std::size_t size);
-
-void *__wrap_malloc(std::size_t size) {
-    ++mallocs;
-    return mallocFails ? nullptr : __real_malloc(size);
-}
-
 // In front of the framework's: shows what a report was made of.
 int vxMessageReport(const char *catalogue, int severity, int messageId, ...) {
     va_list arguments;
@@ -41,7 +27,6 @@ int vxMessageReport(const char *catalogue, int severity, int messageId, ...) {
     std::fprintf(stderr, "%s %d %d %d\n", catalogue, severity, messageId, va_arg(arguments, int));
     va_end(arguments);
     return 0;
-}
 }
 
 namespace {
@@ -92,9 +77,9 @@ struct ModelledPool {
             if (!newBlock) expected = currentElement();
             ++used;
         }
-        const int before = mallocs;
+        const int before = faults::count(faults::kMemory);
         auto *element = static_cast<char *>(vxPoolAlloc(&pool));
-        ASSERT_EQ(mallocs - before, newBlock ? 1 : 0);
+        ASSERT_EQ(faults::count(faults::kMemory) - before, newBlock ? 1 : 0);
         if (newBlock) {
             ++blocks;
             current = pool.blocks;
@@ -209,9 +194,9 @@ TEST(Pool, IsUnchangedWhenThereIsNoMemory) {
         EXPECT_NE(vxPoolAlloc(&pool), nullptr);
         if (behindARun) vxPoolAllocBlock(&pool, 4);
         const VxPool before = pool;
-        mallocFails = true;
+        faults::arm(faults::kMemory, 1, true, faults::Effect::kRefuse);
         EXPECT_EQ(vxPoolAlloc(&pool), nullptr);
-        mallocFails = false;
+        faults::disarm();
         EXPECT_EQ(std::memcmp(&pool, &before, sizeof pool), 0);
         EXPECT_NE(vxPoolAlloc(&pool), nullptr);
     }
@@ -233,9 +218,9 @@ TEST(Pool, RefusesWhatNoBlockCanBe) {
         SCOPED_TRACE(testing::Message() << size << " x " << perBlock);
         VxPool pool;
         vxPoolInit(&pool, size, perBlock);
-        const int mallocsBefore = mallocs;
+        faults::resetCounts();
         EXPECT_EQ(vxPoolAlloc(&pool), nullptr);
-        EXPECT_EQ(mallocs, mallocsBefore);
+        EXPECT_EQ(faults::count(faults::kMemory), 0);
         EXPECT_EQ(vxPoolSize(&pool), 48);
     }
     VxPool full;
@@ -260,10 +245,10 @@ TEST(PoolDeathTest, ARunWithoutMemoryEndsTheProcess) {
     for (const auto &test : cases) {
         VxPool pool;
         vxPoolInit(&pool, test.size, 10);
-        mallocFails = test.noMemory;
+        if (test.noMemory) faults::arm(faults::kMemory, 1, true, faults::Effect::kRefuse);
         EXPECT_EXIT(vxPoolAllocBlock(&pool, test.count), testing::KilledBySignal(SIGABRT),
                     test.report);
-        mallocFails = false;
+        faults::disarm();
     }
 }
 
