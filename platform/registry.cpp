@@ -25,7 +25,6 @@ class Descriptor {
 public:
     explicit Descriptor(int file = -1) : file_(file) {}
     ~Descriptor() { close(); }
-    Descriptor(Descriptor &&other) noexcept : file_(std::exchange(other.file_, -1)) {}
     Descriptor &operator=(Descriptor &&other) noexcept {
         close();
         file_ = std::exchange(other.file_, -1);

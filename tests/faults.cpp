@@ -7,6 +7,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <new>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,7 +26,7 @@ struct Plan {
 };
 
 Plan plan;
-int counts[7];
+int counts[8];  // a kind each
 int blocks;
 char names[4096];  // of fixed size, since this must not allocate
 
@@ -33,7 +34,7 @@ bool strikes(Kind kind, const char *name = "") {
     if (*name != '\0' && std::strlen(names) + std::strlen(name) + 2 < sizeof names) {
         std::strcat(std::strcat(names, name), " ");
     }
-    for (unsigned i = 0; i < 7; ++i) {
+    for (unsigned i = 0; i < std::size(counts); ++i) {
         if (kind == 1U << i) ++counts[i];
     }
     if (!plan.armed || (plan.kinds & kind) == 0) return false;
@@ -42,6 +43,7 @@ bool strikes(Kind kind, const char *name = "") {
     plan.struck = true;
     if (plan.effect == Effect::kKill) ::raise(SIGKILL);
     errno = kind == kMemory || kind == kNew ? ENOMEM : EIO;
+    if (plan.effect == Effect::kInterrupt) errno = EINTR;
     return true;
 }
 
@@ -63,7 +65,7 @@ const char *trace() {
 
 int count(unsigned kinds) {
     int sum = 0;
-    for (unsigned i = 0; i < 7; ++i)
+    for (unsigned i = 0; i < std::size(counts); ++i)
         sum += (kinds & 1U << i) != 0 ? counts[i] : 0;
     return sum;
 }
@@ -77,6 +79,7 @@ void resetCounts() {
 void strikeEach(unsigned kinds, Effect effect, const std::function<void(bool once)> &trial,
                 const std::function<void()> &prepare) {
     for (const bool onward : {false, true}) {
+        if (onward && effect == Effect::kInterrupt) break;  // a signal without end is waited for
         bool struck = true;
         for (int n = 1; struck && !testing::Test::HasFailure(); ++n) {
             SCOPED_TRACE(testing::Message() << "call " << n << (onward ? " onward" : ""));
@@ -185,6 +188,11 @@ int __wrap_close(int file) {
     return struck ? -1 : result;
 }
 
+int __real_flock(int file, int operation);
+int __wrap_flock(int file, int operation) {
+    return strikes(faults::kLock, "flock") ? -1 : __real_flock(file, operation);
+}
+
 #define VX_WRAP(name, parameters, arguments)                                  \
     int __real_##name parameters;                                             \
     int __wrap_##name parameters {                                            \
@@ -197,7 +205,6 @@ VX_WRAP(fsync, (int file), (file))
 VX_WRAP(rename, (const char *from, const char *to), (from, to))
 VX_WRAP(link, (const char *from, const char *to), (from, to))
 VX_WRAP(unlink, (const char *path), (path))
-VX_WRAP(flock, (int file, int operation), (file, operation))
 VX_WRAP(mkdir, (const char *path, mode_t mode), (path, mode))
 VX_WRAP(access, (const char *path, int mode), (path, mode))
 VX_WRAP(fchmod, (int file, mode_t mode), (file, mode))

@@ -17,13 +17,15 @@ enum Kind : unsigned {
     kRead = 4,
     kWrite = 8,
     kSeek = 16,
-    kOther = 32,  // close, status, sync, rename, locks, links
+    kOther = 32,  // close, status, sync, rename, links
     kNew = 64,    // new that throws
-    kFiles = kOpen | kRead | kWrite | kSeek | kOther,
+    kLock = 128,
+    kFiles = kOpen | kRead | kWrite | kSeek | kOther | kLock,
     kAll = kMemory | kFiles
 };
 
-enum class Effect { kRefuse, kShort, kKill };
+// kInterrupt: a signal comes before the call does anything.
+enum class Effect { kRefuse, kShort, kInterrupt, kKill };
 
 // From now on the n-th call of these kinds, from 1, is struck; with `onward` all behind it too.
 void arm(unsigned kinds, int n, bool onward, Effect effect);

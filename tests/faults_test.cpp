@@ -177,6 +177,15 @@ TEST_P(ImageFaults, ReadingLeavesTheRowAndCanBeTakenUpAgain) {
     EXPECT_EQ(everReported, all);
 }
 
+// Signals cost nothing but another try. No close is made again: the descriptor is gone.
+TEST_P(ImageFaults, SignalsAreNotNoticed) {
+    strikeEach(faults::kOpen | faults::kRead | faults::kWrite, Effect::kInterrupt, [&](bool) {
+        writeAll();
+        expectWhole();
+        EXPECT_EQ(messages, std::vector<int>());
+    });
+}
+
 TEST_P(ImageFaults, StreamsReportEveryFailure) {
     writeAll();
     strikeEach(faults::kAll, Effect::kRefuse, [&](bool) {
@@ -348,6 +357,16 @@ TEST_F(SettingsFaults, AFileIsAsBeforeOrAsAfter) {
                 [&] { restore(before_); });
         }
     }
+}
+
+TEST_F(SettingsFaults, SignalsAreNotNoticed) {
+    strikeEach(
+        faults::kRead | faults::kWrite | faults::kLock, Effect::kInterrupt,
+        [&](bool) {
+            live("/b");
+            EXPECT_EQ(read("user.reg"), after_);
+        },
+        [&] { restore(before_); });
 }
 
 TEST_F(SettingsFaults, DamageIsNeverOverwritten) {

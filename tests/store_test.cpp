@@ -121,6 +121,7 @@ TEST_F(Store, ReadsValuesByTheirRules) {
         {"\"7\"=\"C:\\\\maps\\\\\"\n", "C:/maps"},
         {"\"0\"=\"%ROOT%\\\\maps;%NONE%/a\"\n",
          "C:/data/maps;" + fs::current_path().string() + "/%NONE%/a"},
+        {"\"0\" = \"/100%%/%A=B%\"\n", "/100%%/%A=B%"},
         {"\"10\"=\"C:/ten\"\n\"9\"=\"C:/nine\"\n\"none\"=\"C:/zero\"\n\"2\"=\"C:/two\"\n",
          "C:/zero;C:/two;C:/nine;C:/ten"},
         {"\"3\"=\"C:/a\"\n\"1\"=\"C:/a\"\n\"2\"=\"C:/b\"\n", "C:/a;C:/b"},

@@ -1,0 +1,90 @@
+// Values of every type set, read and deleted in a registry file, with what stood there before.
+
+#include "platform/registry.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace platform;
+
+constexpr char kPath[] = "Software\\A Key";
+
+// One folder with a user's file of this text, which comes back as the works on it leave it.
+template <typename Work>
+std::string worked(const std::string &text, Work work) {
+    const fs::path folder = fs::temp_directory_path() / ("vxreg" + std::to_string(::getpid()));
+    fs::create_directories(folder);
+    ::setenv("VX_REGISTRY_DIR", folder.c_str(), 1);
+    std::ofstream(folder / "user.reg", std::ios::binary) << text;
+    HKEY key = nullptr;
+    EXPECT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, kPath, KEY_WRITE, &key), ERROR_SUCCESS);
+    work(key);
+    EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
+    std::ifstream in(folder / "user.reg", std::ios::binary);
+    const std::string after{std::istreambuf_iterator<char>(in), {}};
+    fs::remove_all(folder);
+    return after;
+}
+
+int set(HKEY key, const char *name, unsigned type, const std::string &data) {
+    return RegSetValueExA(key, name, type, reinterpret_cast<const unsigned char *>(data.data()),
+                          static_cast<unsigned>(data.size()));
+}
+
+constexpr char kHead[] = "REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\A Key]\n";
+
+TEST(Registry, WritesEachTypeInItsForm) {
+    using namespace std::string_literals;
+    const struct {
+        const char *name;
+        unsigned type;
+        std::string data;
+        const char *line;
+    } cases[] = {
+        {"a", REG_SZ, "C:\\maps\0"s, "\"a\"=\"C:\\\\maps\"\n"},
+        {"", REG_SZ, "x\0"s, "@=\"x\"\n"},
+        {"q\"", REG_SZ, "two\nlines\0"s, "\"q\\\"\"=hex(1):74,77,6f,0a,6c,69,6e,65,73,00\n"},
+        {"e", REG_EXPAND_SZ, "%A%\0"s, "\"e\"=hex(2):25,41,25,00\n"},
+        {"b", REG_BINARY, "\x01\xFF"s, "\"b\"=hex:01,ff\n"},
+        {"n", REG_DWORD, "\x2A\0\0\x80"s, "\"n\"=dword:8000002a\n"},
+        {"short", REG_DWORD, "\x2A"s, "\"short\"=hex(4):2a\n"},
+    };
+    for (const auto &test : cases) {
+        const auto setOne = [&](HKEY key) {
+            EXPECT_EQ(set(key, test.name, test.type, test.data), ERROR_SUCCESS);
+        };
+        const std::string file = worked(kHead, setOne);
+        EXPECT_EQ(file, std::string(kHead) + test.line);
+        EXPECT_EQ(worked(file, setOne), file);
+        worked(file, [&](HKEY key) {
+            char name[20];
+            unsigned char data[40];
+            unsigned nameSize = sizeof name, dataSize = sizeof data, type = 0;
+            EXPECT_EQ(RegEnumValueA(key, 0, name, &nameSize, &type, data, &dataSize),
+                      ERROR_SUCCESS);
+            EXPECT_EQ(std::string(name, nameSize), test.name);
+            EXPECT_EQ(type, test.type);
+            EXPECT_EQ(std::string(reinterpret_cast<char *>(data), dataSize), test.data);
+        });
+    }
+}
+
+TEST(Registry, AValueThatIsThereTwiceIsOneAfterwards) {
+    const std::string twice =
+        std::string(kHead) + "\"a\" = \"1\"\n; note\n\"A\"=\"2\"\n\"c\"=\"3\"\n";
+    const std::string text("4\0", 2);
+    EXPECT_EQ(worked(twice, [&](HKEY key) { set(key, "a", REG_SZ, text); }),
+              std::string(kHead) + "\"a\"=\"4\"\n; note\n\"c\"=\"3\"\n");
+    EXPECT_EQ(worked(twice, [](HKEY key) { EXPECT_EQ(RegDeleteValueA(key, "a"), 0); }),
+              std::string(kHead) + "; note\n\"c\"=\"3\"\n");
+}
+
+}  // namespace
