@@ -29,7 +29,10 @@ beside() {
     rm plain.part antialiased.part
 }
 
-command -v pnmtopng >/dev/null || exit 0
+command -v pnmtopng >/dev/null || {
+    echo "$folder/antialiased.sgi is the picture. There is no PNG of it: that takes the package netpbm." >&2
+    exit 0
+}
 cd "$folder"
 for picture in plain antialiased; do
     sgitopnm -quiet "$picture.sgi" >"$picture.ppm"
