@@ -99,6 +99,7 @@ TEST(Patterns, WildcardsHaveTheseForms) {
     expectForm("[~\x83]\x83\\]", "^!\4\x83]\x83\\$");
     expectForm("[\xB1-\xB3]", "^[\3\xB1\xB2\xB3$");
     expectForm("[\x83\x41-\x83\x5B]", "^[\2\x83\x41$");  // both ends have one lead byte
+    expectForm("[a-\x82\x81]", "^[\1a$");                // the upper end's first byte is negative
     expectForm("[\x82\x60-\x83\x41]", "^[\3\x82\x60\x83$");
     expectForm("a\x83", "^cac\x83$");
     expectForm("[\x83 ]", "^[\3\x83  $");  // no trail byte, and yet behind a lead byte
