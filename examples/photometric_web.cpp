@@ -43,7 +43,7 @@ public:
             at_ = line_;
         }
         at_ = end;
-        return true;
+        return std::isfinite(number);
     }
     bool take(std::vector<double> &all, double count) {
         if (!(count >= 1 && count <= 100000)) return false;

@@ -1,5 +1,7 @@
 // The surface of the library against its two lists: what leaves it, and under which ordinals.
 
+#include "data_rows.h"
+
 #include <vxexports.h>
 
 #if defined(__GNUC__) && !defined(__clang__)
@@ -121,23 +123,9 @@ TEST(Exports, DecoratedNamesAreThoseOfTheirSymbols) {
         members[owner] += entry.decorated.starts_with("??_7") ? 0 : 1;
         std::free(plain);
     }
-    const std::map<std::string, int> wanted = {{"VxArrayList", 18},
-                                               {"VxPArrayList", 17},
-                                               {"VxCPArrayList", 17},
-                                               {"VxArrayListIterator", 12},
-                                               {"VxArrayListConstIterator", 13},
-                                               {"VxPArrayListIterator", 12},
-                                               {"VxPArrayListConstIterator", 13},
-                                               {"VxCPArrayListIterator", 12},
-                                               {"VxCPArrayListConstIterator", 13},
-                                               {"VxHashTable", 17},
-                                               {"VxPHashTable", 18},
-                                               {"VxCPHashTable", 18},
-                                               {"VxHashTableIterator", 12},
-                                               {"VxHashTableConstIterator", 10},
-                                               {"VxPHashTableConstIterator", 10},
-                                               {"VxCPHashTableConstIterator", 10},
-                                               {"VxString", 48}};
+    std::map<std::string, int> wanted;
+    for (const DataRow &row : dataRows("exports.txt", "members"))
+        wanted[row[0]] = std::stoi(row[1]);
     EXPECT_EQ(members, wanted);
 }
 
@@ -153,17 +141,13 @@ TEST(Exports, EachOrdinalIsItsSymbol) {
 
 // The list that the table is made from, against the numbers that callers know.
 TEST(Exports, PlainFunctionsHaveTheNumbersThatCallersUse) {
-    std::ifstream file(VX_TEST_DATA "/plain_functions.txt");
-    int functions = 0;
-    for (std::string line; std::getline(file, line);) {
-        int ordinal = 0;
-        std::string name;
-        if (!(std::istringstream(line) >> ordinal >> name)) continue;
-        EXPECT_EQ(vxExportAddress(ordinal), dlsym(RTLD_DEFAULT, name.c_str())) << line;
-        EXPECT_NE(vxExportAddress(ordinal), nullptr) << line;
-        ++functions;
+    const std::vector<DataRow> functions = dataRows("exports.txt", "functions");
+    for (const DataRow &row : functions) {
+        const void *address = vxExportAddress(std::stoi(row[0]));
+        EXPECT_NE(address, nullptr) << row[1];
+        EXPECT_EQ(address, dlsym(RTLD_DEFAULT, row[1].c_str())) << row[1];
     }
-    EXPECT_EQ(functions, 120);
+    EXPECT_EQ(functions.size(), 120U);
 }
 
 TEST(Exports, HeadersDeclareThePlainFunctionsOfTheTable) {

@@ -1,5 +1,7 @@
 // Images through the shared library, as a user sees them.
 
+#include "data_rows.h"
+
 #include <vxframework.h>
 #include <vximage.h>
 
@@ -440,68 +442,41 @@ TEST_F(Image, PipesFailAtTheirRows) {
     }
 }
 
-// What becomes of a stored row, given as its elements, in an image of 6 elements a row.
+void append(Bytes &file, unsigned word) {
+    for (unsigned shift = 0; shift < 32; shift += 8)
+        file.push_back(static_cast<std::uint8_t>(word >> shift));
+}
+
+Row numbersIn(const std::string &text) {
+    std::istringstream in(text);
+    return {std::istream_iterator<std::uint16_t>(in), {}};
+}
+
 TEST_F(Image, DamagedRows) {
-    constexpr int kPastTheEnd = 1 << 30, kOneByteMore = kPastTheEnd + 1;
-    struct Case {
-        std::vector<unsigned> stored;
-        int size;  // in bytes; 0: that of the stored elements
-        std::string report;
-        Row row;
-    };
-    const Row good = {1, 2, 3, 9, 9, 9};
-    const Case cases[] = {
-        {{0x83, 1, 2, 3, 3, 9, 0}, 0, "", good},
-        {{0x83, 1, 2, 3, 3, 9}, 0, "", good},             // no end mark
-        {{0x83, 1, 2, 3, 3, 9, 0x80}, 0, "", good},       // another end mark
-        {{0x83, 1, 2, 3, 3, 9, 0, 77, 78}, 0, "", good},  // dead bytes behind the end mark
-        {{0x83, 1, 2, 3, 0}, 0, "", {1, 2, 3, 0, 0, 0}},  // ends early
-        {{0x83, 1, 2, 3}, 0, "", {1, 2, 3, 0, 0, 0}},
-        {{0}, 0, "", {0, 0, 0, 0, 0, 0}},
-        {{0x83, 1, 2, 3, 4, 9, 0}, 0, "20380", {}},  // a run too far
-        {{0x87, 1, 2, 3, 4, 5, 6, 7, 0}, 0, "20380", {}},
-        {{127, 1, 0}, 0, "20380", {}},
-        {{3, 1, 3, 2, 1, 3, 0}, 0, "20380", {}},  // full, and yet another packet
-        {{0x86, 1, 2, 3}, 0, "20380", {}},        // a literal past the stored bytes
-        {{3, 1, 3}, 0, "20380", {}},              // a run without its value
-        {{0x83, 1, 2, 3, 3, 9, 0}, -2, "20380", {}},
-        {{0x83, 1, 2, 3, 3, 9, 0}, -1, "", {}},       // never written
-        {{0x83, 1, 2, 3, 3, 9, 0}, 0x1FFFF, "", {}},  // counts as that
-        {{0x83, 1, 2, 3, 3, 9, 0}, 29, "20380", {}},  // longer than any encoding of 6 elements
-        {{0x83, 1, 2, 3, 3, 9, 0}, kPastTheEnd, "20380", {}},
-        {{0x83, 1, 2, 3, 3, 9, 0},
-         kOneByteMore,
-         "",
-         good},  // half an element, when it has two bytes
-    };
     for (const unsigned elementBytes : {1U, 2U}) {
-        for (const Case &test : cases) {
+        for (const DataRow &test : dataRows("image.txt", "damaged rows")) {
+            SCOPED_TRACE(testing::PrintToString(test));
+            const Row stored = numbersIn(test[0]);
+            const Row expected = numbersIn(test[3]);
+            const auto own = static_cast<unsigned>(stored.size()) * elementBytes;
             Bytes file = header(0x100 + elementBytes, 2, 6, 1, 1);
-            const std::size_t stored = test.stored.size() * elementBytes;
-            int size = test.size != 0 ? test.size : static_cast<int>(stored);
-            if (test.size >= kPastTheEnd) size = static_cast<int>(stored) + 1;
-            for (const auto word : {520U, static_cast<unsigned>(size)}) {
-                for (unsigned shift = 0; shift < 32; shift += 8) {
-                    file.push_back(static_cast<std::uint8_t>(word >> shift));
-                }
-            }
-            for (const unsigned element : test.stored) {
+            append(file, 520);
+            const auto size = static_cast<unsigned>(std::stoi(test[1]));
+            append(file, test[1].starts_with('+') ? own + size : size);
+            for (const unsigned element : stored) {
                 file.push_back(static_cast<std::uint8_t>(element));
                 // The high byte of a head means nothing; of values it is zero here.
                 if (elementBytes == 2) file.push_back(element == 0x83 ? 0x55 : 0);
             }
-            if (test.size == kOneByteMore) file.push_back(0xFF);
+            if (test[1].ends_with('!')) file.push_back(0xFF);
             write(file);
             VxImage *image = open();
             ASSERT_NE(image, nullptr);
             Row row(7, 0xABCD);
-            EXPECT_EQ(vxImageGetRow(image, row.data(), 0, 0), test.row.empty() ? -1 : 6)
-                << testing::PrintToString(test.stored);
-            EXPECT_EQ(reported(), test.report) << testing::PrintToString(test.stored);
+            EXPECT_EQ(vxImageGetRow(image, row.data(), 0, 0), expected.empty() ? -1 : 6);
+            EXPECT_EQ(reported(), test[2]);
             EXPECT_EQ(row[6], 0xABCD);
-            if (!test.row.empty()) {
-                EXPECT_EQ(Row(row.begin(), row.begin() + 6), test.row);
-            }
+            EXPECT_TRUE(expected.empty() || Row(row.begin(), row.begin() + 6) == expected);
             EXPECT_EQ(vxImageClose(image), 0);
         }
     }
@@ -510,11 +485,8 @@ TEST_F(Image, DamagedRows) {
 TEST_F(Image, ARowAtAnyPositionIsOneOfTheFile) {
     for (const unsigned start : {0x80000000U, 0xFFFFFFFFU, 0xFFFFFFFEU, 600U}) {
         Bytes file = header(0x101, 2, 6, 1, 1);
-        for (const auto word : {start, 7U}) {
-            for (unsigned shift = 0; shift < 32; shift += 8) {
-                file.push_back(static_cast<std::uint8_t>(word >> shift));
-            }
-        }
+        append(file, start);
+        append(file, 7);
         write(file);
         VxImage *image = open();
         std::uint16_t row[6] = {1, 1, 1, 1, 1, 1};

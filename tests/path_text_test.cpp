@@ -2,6 +2,7 @@
 
 #include "searchpath/path_text.h"
 
+#include "data_rows.h"
 #include "in_locale.h"
 
 #include <vxsearchpath.h>
@@ -14,55 +15,17 @@
 
 namespace {
 
-// The character of page 932 whose bytes are 83 5C, the second one a backslash.
-#define SO "\x83\\"
-
 std::string normalized(std::string text) {
     EXPECT_EQ(vxPathNormalize(text.data()), text.data());
     return text.c_str();
 }
 
 TEST(PathText, Normalize) {
-    const char *const cases[][2] = {
-        {"C:\\a\\b\\", "C:/a/b"},
-        {"C:/a/./b/", "C:/a/b"},
-        {"x//y///z", "x/y/z"},
-        {"C:/a/../b", "C:/b"},
-        {"C:\\", "C:/"},
-        {"C:/", "C:/"},
-        {"C:", "C:"},
-        {"C:./", "C:."},
-        {"1:/", "1:"},
-        {"/", ""},
-        {"//", ""},
-        {"/./", ""},
-        {"/../", ""},
-        {"", ""},
-        {"/../x", "/x"},
-        {"/a/../../x", "/x"},
-        {"/a/../", ""},
-        {"a/../", ""},
-        {"a/../b", "b"},
-        {"../x", "../x"},
-        {"../../x", "x"},
-        {"C:/../x", "x"},
-        {"C:/a/../../b", "b"},
-        {"/a/.", "/a/."},
-        {"/a/..", "/a/.."},
-        {"/..x/y/../z", "/..x/z"},
-        {"/..x/../z", "/z"},
-        {"\\\\srv\\share\\", "\\\\srv\\share"},
-        {"\\\\srv/share/../x/", "\\\\srv/share/../x"},
-        {"\\\\", ""},
-        {"\\\\\\x", "/x"},
-        {"//srv/x", "/srv/x"},
-    };
-    for (const auto &[text, expected] : cases)
-        EXPECT_EQ(normalized(text), expected) << text;
-    const InLocale page("ja_JP.SJIS");
-    EXPECT_EQ(normalized("C:\\" SO "\\x\\"), "C:/" SO "/x");
-    EXPECT_EQ(normalized("C:/" SO), "C:/" SO);
-    EXPECT_EQ(normalized("C:/\x83/../x"), "C:/x");  // a lead byte alone is a byte
+    for (const char *page : {"C", "ja_JP.SJIS"}) {
+        const InLocale locale(page);
+        for (const DataRow &row : dataRows("path_text.txt", std::string("normalize ") + page))
+            EXPECT_EQ(normalized(row[0]), row[1]) << row[0];
+    }
 }
 
 // The definition: each step on the whole text, from the front again after each change.
@@ -132,33 +95,19 @@ TEST(PathText, NormalizeIsLinear) {
 }
 
 TEST(PathText, Compare) {
-    struct Case {
-        const char *entry, *path;
-        int order;
-    };
-    for (const Case &test :
-         {Case{"C:/a", "C:\\a", 0}, Case{"C:/a", "C:/a/", 0}, Case{"C:/a", "C:/a//\\", 0},
-          Case{"C:/a/", "C:/a", 47}, Case{"C:/a", "C:/a/b", -47}, Case{"C:/a", "C:/ab", -98},
-          Case{"C:/a", "C:/A", 32}, Case{"C:/b", "C:/a", 1}, Case{"", "/", 0}, Case{"", "a", -97},
-          Case{"C:/", "C:", 47}, Case{"\x80", "a", -128 - 97}, Case{"", "\xFF", 1}}) {
-        EXPECT_EQ(vxPathCompare(test.entry, test.path), test.order)
-            << test.entry << " " << test.path;
-    }
+    for (const DataRow &row : dataRows("path_text.txt", "compare"))
+        EXPECT_EQ(vxPathCompare(row[0].c_str(), row[1].c_str()), std::stoi(row[2]))
+            << row[0] << " " << row[1];
 }
 
 TEST(PathText, Kinds) {
-    struct Case {
-        const char *path;
-        int absolute, relative, network;
-    };
-    for (const Case &test :
-         {Case{nullptr, 0, 0, 0}, Case{"", 0, 1, 0}, Case{"x", 0, 1, 0}, Case{"/", 1, 0, 0},
-          Case{"\\x", 1, 0, 0}, Case{"C:", 1, 0, 0}, Case{"C:x", 1, 0, 0}, Case{"1:/x", 0, 1, 0},
-          Case{"\\\\", 1, 0, 1}, Case{"\\\\s", 1, 0, 1}, Case{"\\\\\\", 1, 0, 0},
-          Case{"//s", 1, 0, 0}, Case{"\\/s", 1, 0, 0}}) {
-        EXPECT_EQ(vxPathIsAbsolute(test.path), test.absolute);
-        EXPECT_EQ(vxPathIsRelative(test.path), test.relative);
-        EXPECT_EQ(vxPathIsUnc(test.path), test.network);
+    for (const auto &kind : {vxPathIsAbsolute, vxPathIsRelative, vxPathIsUnc})
+        EXPECT_EQ(kind(nullptr), 0);
+    for (const DataRow &row : dataRows("path_text.txt", "kinds")) {
+        const char *path = row[0].c_str();
+        EXPECT_EQ(vxPathIsAbsolute(path), std::stoi(row[1])) << path;
+        EXPECT_EQ(vxPathIsRelative(path), std::stoi(row[2])) << path;
+        EXPECT_EQ(vxPathIsUnc(path), std::stoi(row[3])) << path;
     }
 }
 

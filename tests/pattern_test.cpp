@@ -1,5 +1,6 @@
 // Patterns: forms to the byte, answers, limits, and the matcher against its definition.
 
+#include "data_rows.h"
 #include "in_locale.h"
 #include "pattern/pattern_compiler.h"
 #include "platform/codepage.h"
@@ -51,79 +52,24 @@ int matchesWildcard(const std::string &wildcard, const std::string &subject) {
 
 // ---- Forms
 
-void expectForm(const char *wildcard, const std::string &expected) {
-    Form form;
-    EXPECT_EQ(vxCompileWildcard(wildcard, form), 1) << wildcard;
-    EXPECT_TRUE(form.is(expected)) << wildcard << " became " << static_cast<char *>(form);
-}
-
 TEST(Patterns, WildcardsHaveTheseForms) {
-    const std::pair<const char *, std::string> cases[] = {
-        {"", "^$"},
-        {"*", "^*?$"},
-        {"**", "^*?*?$"},
-        {"a*b", "^ca*?cb$"},
-        {"a?c", "^ca?cc$"},
-        {"[a-c]x", "^[\3abccx$"},
-        {"[~a-c]", "^!\3abc$"},
-        {"[a~]", "^[\2a~$"},
-        {"[z-a]", "^[\3z-a$"},
-        {"[a-a]", "^[\3a-a$"},
-        {"[a-]", "^[\2a-$"},
-        {"[-a]", "^[\2-a$"},
-        {"[~-a]", "^!\2-a$"},
-        {"[a-c-e]", "^[\7abcbcde$"},
-        {"[a\\--c]", "^[\4a--c$"},
-        {"[b\\d-f]", "^[\4bd-f$"},
-        {"[+-a]", "^[\3+-a$"},
-        {"[]", "^[\0$"s},
-        {"[~]", "^!\0$"s},
-        {"[]]", "^[\0c]$"s},
-        {"[\\]\\n^]", "^[\3]\n^$"},
-        {"a^b", "^cac^cb$"},
-        {"a$", "^cac$$"},
-        {"\\*", "^*c?$"},
-        {"[*]", "^[\2?*$"},
-        {"[ab]*", "^[\2ab*?$"},
-        {"\\n\\t\\\\", "^c\nc\tc\\$"},
-        {"abc\\", "^cacbccc$"},
-    };
-    for (const auto &[wildcard, form] : cases)
-        expectForm(wildcard, form);
-    {
-        const InLocale latin("de_DE.ISO-8859-1");
-        expectForm("[\xE0-\xE4]", "^[\5\xE0\xE1\xE2\xE3\xE4$");
+    for (const char *page : {"C", "de_DE.ISO-8859-1", "ja_JP.SJIS"}) {
+        const InLocale locale(page);
+        for (const DataRow &row : dataRows("pattern.txt", std::string("forms ") + page)) {
+            Form form;
+            EXPECT_EQ(vxCompileWildcard(row[0].c_str(), form), 1) << row[0];
+            EXPECT_TRUE(form.is(row[1])) << row[0] << " became " << static_cast<char *>(form);
+        }
     }
-    const InLocale page("ja_JP.SJIS");
-    expectForm("\x83\\*", "^c\x83\\*?$");
-    expectForm("[~\x83]\x83\\]", "^!\4\x83]\x83\\$");
-    expectForm("[\xB1-\xB3]", "^[\3\xB1\xB2\xB3$");
-    expectForm("[\x83\x41-\x83\x5B]", "^[\2\x83\x41$");  // both ends have one lead byte
-    expectForm("[\x82\x60-\x83\x41]", "^[\3\x82\x60\x83$");
-    expectForm("a\x83", "^cac\x83$");
-    expectForm("[\x83 ]", "^[\3\x83  $");  // no trail byte, and yet behind a lead byte
 }
 
 TEST(Patterns, SourceHasTheseForms) {
-    struct Case {
-        const char *source;
-        int start, delimiter, result;
-        const char *form;
-    };
-    for (const Case &test : {
-             Case{"*abc", 0, 0, 4, "c*cacbcc"},
-             Case{"xx*a^", 2, 0, 5, "c*cac^"},
-             Case{"xx^a", 2, 0, 4, "^ca"},
-             Case{"a$*", 0, 0, 3, "ca*c$"},
-             Case{"a/b", 0, '/', 1, "ca"},
-             Case{"a$/b", 0, '/', 2, "ca$"},
-             Case{"[ab]*?*", 0, 0, 7, "*[\2ab*?"},
-             Case{"\\", 0, 0, 1, "c\\"},
-         }) {
+    for (const DataRow &row : dataRows("pattern.txt", "sources")) {
         Form form;
-        EXPECT_EQ(vxPatternCompile(test.source, test.start, test.delimiter, form), test.result)
-            << test.source;
-        EXPECT_TRUE(form.is(test.form)) << test.source << " became " << static_cast<char *>(form);
+        EXPECT_EQ(vxPatternCompile(row[0].c_str(), std::stoi(row[1]), std::stoi(row[2]), form),
+                  std::stoi(row[3]))
+            << row[0];
+        EXPECT_TRUE(form.is(row[4])) << row[0] << " became " << static_cast<char *>(form);
     }
     Form form;
     for (const char *refused : {"^*a", "a**", "a[b", "[", "[~", "[a\\", "a[b-"})
@@ -176,51 +122,12 @@ TEST(Patterns, FormsAreBounded) {
 // ---- Answers
 
 TEST(Patterns, WildcardsMatch) {
-    struct Case {
-        const char *wildcard, *subject;
-        int result;
-    };
-    for (const Case &test : {
-             Case{"abc", "abc", 1},
-             Case{"abc", "abcd", 0},
-             Case{"abc", "abc\ndef", 1},
-             Case{"", "", 1},
-             Case{"", "a", 0},
-             Case{"", "\n", 1},
-             Case{"*", "", 1},
-             Case{"*", "x\ny", 1},
-             Case{"a*c", "abbbc", 1},
-             Case{"a*c", "abbbd", 0},
-             Case{"a?c", "a\nc", 0},
-             Case{"?", "", 0},
-             Case{"\\*", "??", 1},
-             Case{"\\*", "*", 0},
-             Case{"[*]", "?", 1},
-             Case{"[~a]", "b", 1},
-             Case{"[~a]", "", 0},
-             Case{"[\\n]", "\n", 1},
-             Case{"abc\\", "abc$xx", 1},
-             Case{"abc\\", "abc", 0},
-             Case{"Abc", "abc", 0},
-             Case{"[a-z]*[0-9].sgi", "wood17.sgi", 1},
-             Case{"[a-z]*[0-9].sgi", "wood17.SGI", 0},
-             Case{"*wood*plank*", "oak_wood_plan_plank2.sgi", 1},
-             Case{"[~\\n]*", "\n", 0},
-             Case{"*\\n*", "a\nb", 1},
-             Case{"*b", "a\nb", 0},
-         }) {
-        EXPECT_EQ(matchesWildcard(test.wildcard, test.subject), test.result)
-            << test.wildcard << " " << test.subject;
+    for (const char *page : {"C", "ja_JP.SJIS"}) {
+        const InLocale locale(page);
+        for (const DataRow &row : dataRows("pattern.txt", std::string("answers ") + page))
+            EXPECT_EQ(matchesWildcard(row[0], row[1]), std::stoi(row[2]))
+                << row[0] << " " << row[1];
     }
-    const InLocale page("ja_JP.SJIS");
-    EXPECT_EQ(matchesWildcard("?", "\x83\\"), 0);
-    EXPECT_EQ(matchesWildcard("??", "\x83\\"), 1);
-    EXPECT_EQ(matchesWildcard("\x83\\", "\x83\\"), 1);
-    EXPECT_EQ(matchesWildcard("*\\\\", "\x83\\"), 1);  // a * may end within a character
-    EXPECT_EQ(matchesWildcard("[\x83\\]", "\x83\\"), 1);
-    EXPECT_EQ(matchesWildcard("[~x]", "\x83\\"), 1);
-    EXPECT_EQ(matchesWildcard("[~\x83\\]", "\x83\\"), 0);
-    EXPECT_EQ(matchesWildcard("\x83", "\x83"), 0);
 }
 
 TEST(Patterns, SourceMatchesAnywhere) {

@@ -204,7 +204,7 @@ TEST(Pool, IsUnchangedWhenThereIsNoMemory) {
 }
 
 TEST(Pool, RefusesWhatNoBlockCanBe) {
-    const std::pair<int, int> cases[] = {{0, 4},
+    for (const auto &[size, perBlock] : {std::pair{0, 4},
                                          {-8, 4},
                                          {INT32_MIN, INT32_MIN},
                                          {8, 0},
@@ -213,8 +213,7 @@ TEST(Pool, RefusesWhatNoBlockCanBe) {
                                          {INT32_MAX, 3},
                                          {16, 0x8000000},
                                          {8, INT32_MAX},
-                                         {INT32_MAX - 15, 1}};
-    for (const auto &[size, perBlock] : cases) {
+                                         {INT32_MAX - 15, 1}}) {
         SCOPED_TRACE(testing::Message() << size << " x " << perBlock);
         VxPool pool;
         vxPoolInit(&pool, size, perBlock);

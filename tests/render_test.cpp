@@ -3,8 +3,10 @@
 #include "examples/render/image_file.h"
 #include "examples/render/photometric_web.h"
 #include "examples/render/texture.h"
+#include "examples/render/view.h"
 
 #include <vximage.h>
+#include <vxsearchpath.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -12,6 +14,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -37,6 +40,12 @@ const std::string kWebs = fs::path(VX_RENDER_SCRIPT).parent_path() / "webs";
 
 bool render(const std::string &target, const std::string &size) {
     return run("'" VX_RENDER_SCRIPT "' " + kProgram + " '" + target + "' " + size + " >/dev/null");
+}
+
+// The program alone, with the textures of a folder that the script has rendered to.
+bool renderAlone(const std::string &textures, const std::string &arguments) {
+    return run("ZOR_TEXTURE_PATH='" + textures + "/project' ZOR_IES_PATH='" + kWebs + "' " +
+               kProgram + " " + arguments + " >/dev/null");
 }
 
 std::string bytesOf(const std::string &path) {
@@ -114,6 +123,11 @@ TEST(Render, DrawsTheRoomTheRightWayUp) {
     ASSERT_TRUE(render(place, "120 80"));
     const std::string head = bytesOf(place + "/antialiased.sgi").substr(0, 12);
     EXPECT_EQ(head, std::string("\x01\xDA\x01\x01\0\3\0\x78\0\x50\0\3", 12));  // as others read it
+    if (run("command -v pnmtopng >/dev/null")) {
+        for (const char *name : {"plain", "antialiased", "side_by_side", "closeup"})
+            EXPECT_EQ(bytesOf(place + "/" + name + ".png").substr(0, 8), "\x89PNG\r\n\x1A\n")
+                << name;
+    }
 
     const Picture picture(place + "/antialiased.sgi");
     ASSERT_EQ(picture.pixels.size(), 120U * 80U);
@@ -140,8 +154,7 @@ TEST(Render, ComesCloserToTheTruthByAntialiasing) {
     const std::string place = folder("small");
     const std::string large = folder("large");
     ASSERT_TRUE(render(place, "72 48"));
-    ASSERT_TRUE(run("ZOR_TEXTURE_PATH='" + place + "/project' ZOR_IES_PATH='" + kWebs + "' " +
-                    kProgram + " --plain 576 384 '" + large + "' >/dev/null"));
+    ASSERT_TRUE(renderAlone(place, "--plain 576 384 '" + large + "'"));
     const Picture truth = shrunk(Picture(large + "/plain.sgi"), 8);
     const double plain = difference(Picture(place + "/plain.sgi"), truth);
     const double antialiased = difference(Picture(place + "/antialiased.sgi"), truth);
@@ -153,6 +166,60 @@ TEST(Render, SaysWhatIsMissingAndDrawsNothing) {
     EXPECT_FALSE(run(kProgram + " 8 8 '" + place + "' 2>'" + place + "/messages'"));
     EXPECT_NE(bytesOf(place + "/messages").find("no texture wall/bricks.sgi"), std::string::npos);
     EXPECT_FALSE(fs::exists(place + "/plain.sgi"));
+}
+
+TEST(Render, DrawsWhatASavedViewShows) {
+    const std::string place = folder("out");
+    const std::string again = folder("again");
+    ASSERT_TRUE(render(place, "24 16"));
+    const std::string view = bytesOf(place + "/room.view");
+    EXPECT_EQ(view, std::string("\x3E\x4C\xCC\xCD\x3F\xC0\0\0\x40\x86\x66\x66"
+                                "\x3D\x4C\xCC\xCD\x3F\x6B\x85\x1F\xBF\x80\0\0",
+                                24));
+    std::string moved = view;
+    moved[0] = '\x3F';  // three quarters of a metre to the right
+    for (const std::string &bytes : {view, moved}) {
+        const std::string file = write(again + "/saved", bytes);
+        ASSERT_TRUE(renderAlone(place, "--plain --view '" + file + "' 24 16 '" + again + "'"));
+        EXPECT_EQ(bytesOf(again + "/room.view"), bytes);
+        EXPECT_EQ(bytesOf(again + "/plain.sgi") == bytesOf(place + "/plain.sgi"), bytes == view);
+    }
+
+    constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+    const View without[] = {{{1, 2, 3}, {1, 2, 3}},
+                            {{1, 2, 3}, {1, 9, 3}},
+                            {{1, 2, 3}, {1, 2, kNone}},
+                            {{1, kNone, 3}}};
+    View read;
+    for (const View &each : without)
+        EXPECT_TRUE(writeView(each, again + "/none") && !readView(read, again + "/none"));
+    EXPECT_FALSE(readView(read, write(again + "/short", view.substr(1))));
+    EXPECT_FALSE(renderAlone(place, "--view '" + again + "/short' 24 16 '" + again + "' 2>&1"));
+}
+
+// The size is one that no one waits for.
+TEST(Render, StopsWhereThePictureCannotBeWritten) {
+    const std::string place = folder("out");
+    ASSERT_TRUE(render(place, "12 8"));
+    fs::create_directory(place + "/plain.sgi.part");
+    EXPECT_FALSE(renderAlone(place, "16384 16384 '" + place + "' 2>'" + place + "/messages'"));
+    EXPECT_NE(bytesOf(place + "/messages").find("plain.sgi"), std::string::npos);
+}
+
+TEST(Render, APictureTakesThePlaceOfAnOlderOne) {
+    const std::string path = folder("out") + "/one.sgi";
+    const Vec row[] = {{0, 0.5F, 1}};
+    std::string alone;
+    for (const std::string &older : {std::string(), std::string(5000, 'x')}) {
+        write(path, older);
+        ImageFile file(path.c_str(), 1, 1, "");
+        EXPECT_EQ(bytesOf(path), older);
+        file.putRow(0, row);
+        EXPECT_TRUE(file.close());
+        if (alone.empty()) alone = bytesOf(path);
+        EXPECT_EQ(bytesOf(path), alone);
+        EXPECT_FALSE(fs::exists(path + ".part"));
+    }
 }
 
 // ---- Textures -----------------------------------------------------------------------------
@@ -205,6 +272,30 @@ TEST(Render, WebsAreInterpolatedAndMirrored) {
             << vertical << ", " << horizontal;
 }
 
+TEST(Render, WebsAreChosenByWildcard) {
+    VxSearchPath *list = vxPathStoreGet(VX_CATEGORY_PHOTOMETRIC_WEBS, VX_LEVEL_ENVIRONMENT);
+    const std::string first = folder("first");
+    const std::string second = folder("second");
+    for (const std::string &place : {first + "/none", first, second})
+        vxSearchPathInsert(list, list->count, place.c_str());
+    vxPathStoreSet(VX_CATEGORY_PHOTOMETRIC_WEBS, VX_LEVEL_ENVIRONMENT, nullptr);
+    for (const char *name : {"/beam_2.ies", "/beam_1.ies", "/beam_3.txt", "/ring.ies"})
+        write(first + name, "");
+    for (const char *name : {"/beam_0.ies", "/spot.ies"})
+        write(second + name, "");
+    const char *const cases[][2] = {
+        {"beam*.ies", "beam_1.ies"},
+        {"beam_[2-9]*", "beam_2.ies"},
+        {"spot*", "spot.ies"},
+        {"????.ies", "ring.ies"},
+        {"*_0.ies", "beam_0.ies"},
+        {"beam", ""},
+        {"[", ""},
+    };
+    for (const auto &[wildcard, name] : cases)
+        EXPECT_STREQ(photometricWebNamed(wildcard), name) << wildcard;
+}
+
 TEST(Render, DamagedWebsAreRefused) {
     const std::string cases[] = {
         "",
@@ -217,6 +308,10 @@ TEST(Render, DamagedWebsAreRefused) {
         kHead + "1 1000 2 nan 1 1 2 0 0 0 0.5 1 10 0 45 90",
         kHead + "1 1000 2 2 1 1 2 0 0 0 0.5 1 10 90 0 0 7 8",
         kHead + "1 1000 2 2 1 1 2 0 0 0 0.5 1 10 0 what 0 7 8",
+        kHead + "1 1000 2 2 1 1 2 0 0 0 0.5 1 10 0 90 0 nan 8",
+        kHead + "1 1000 2 2 1 1 2 0 0 0 0.5 1 10 0 90 0 7 -inf",
+        kHead + "1 1000 1e30 2 1 1 2 0 0 0 0.5 1 10 0 90 0 7 1e30",
+        kHead + "1 1000 2 2 1 1 2 0 0 0 0.5 1 10 0 90 nan 7 8",
     };
     const std::string place = folder("out");
     for (const std::string &text : cases) {

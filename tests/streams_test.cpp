@@ -17,6 +17,18 @@ std::string numericLocale() {
     return std::setlocale(LC_NUMERIC, nullptr);
 }
 
+std::string localeAtClose;
+
+}  // namespace
+
+// Stands before that of the C library, for the library under test too.
+extern "C" __attribute__((visibility("default"))) int fclose(FILE *stream) {
+    localeAtClose = numericLocale();
+    return reinterpret_cast<int (*)(FILE *)>(::dlsym(RTLD_NEXT, "fclose"))(stream);
+}
+
+namespace {
+
 class Streams : public testing::Test {
 protected:
     Streams() {
@@ -50,6 +62,7 @@ TEST_F(Streams, PinTheLocaleWhileTheyAreOpen) {
     EXPECT_EQ(std::ftell(stream), 4);
     EXPECT_EQ(numericLocale(), "C");
     EXPECT_EQ(close_(stream), 0);
+    EXPECT_EQ(localeAtClose, kUsers) << "what closing a file calls has the user's locale";
     EXPECT_EQ(numericLocale(), kUsers);
 }
 

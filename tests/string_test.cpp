@@ -1,18 +1,17 @@
 // The string: sharing and separating, growth, searches, order, numbers, and long random runs
 // against std::string.
 
+#include "data_rows.h"
 #include "platform/codepage.h"
 
 #include <vxstring.h>
 
 #include <algorithm>
 #include <climits>
-#include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -55,15 +54,8 @@ TEST(String, IsMadeOfTextBytesAndNumbers) {
     EXPECT_NE(body(VxString()), body(VxString()));  // bodies of their own
     for (const int value : {0, -5, INT_MAX, INT_MIN})
         EXPECT_EQ(text(VxString(value)), std::to_string(value));
-    const std::pair<double, const char *> kDoubles[] = {{0.5, "0.5"},
-                                                        {1.0, "1"},
-                                                        {1e300, "1e+300"},
-                                                        {-1.25e-7, "-1.25e-07"},
-                                                        {-0.0, "-0"},
-                                                        {HUGE_VAL, "inf"},
-                                                        {1.0 / 3, "0.333333333333333"}};
-    for (const auto &[value, written] : kDoubles)
-        EXPECT_EQ(text(VxString(value)), written);
+    for (const DataRow &row : dataRows("string.txt", "doubles"))
+        EXPECT_EQ(text(VxString(std::stod(row[0]))), row[1]);
     EXPECT_EQ(text(vx("a\0b"s)), "a\0b"s);
 }
 
@@ -309,14 +301,10 @@ TEST(StringSearch, FindsBytesOfEitherCaseAcrossStretches) {
 // ---- Order, hash, numbers ---------------------------------------------------------------------
 
 TEST(StringOrder, ComparesSignedBytesAndTheTerminator) {
-    const std::tuple<std::string, std::string, int, int> kTable[] = {
-        {"abc", "abd", -1, -1},     {"abc", "ab", 99, 99},
-        {"ab", "abc", -99, -99},    {"", "", 0, 0},
-        {"a", "a\0"s, 0, 0},        {"a", "a\xE9", 23, 23},
-        {"\x7F", "\x80", 255, 255}, {"aB", "Ab", 32, 0},
-        {"[", "a", -6, -6},         {"a\0b"s, "a\0c"s, -1, -1},
-        {"\xC9", "\xE9", -32, -32}};
-    for (const auto &[left, right, order, folded] : kTable) {
+    for (const DataRow &row : dataRows("string.txt", "order")) {
+        const std::string &left = row[0];
+        const std::string &right = row[1];
+        const int order = std::stoi(row[2]);
         // Behind equal text of any length: stretches are compared at once.
         for (const std::size_t length : {0U, 5U, 63U, 64U, 500U, 1023U, 2000U}) {
             const std::string head(length, 'q');
@@ -324,7 +312,7 @@ TEST(StringOrder, ComparesSignedBytesAndTheTerminator) {
             const VxString other = vx(head + right);
             ASSERT_EQ(one.compare(other), order) << left << " " << right << length;
             ASSERT_EQ(other.compare(one), -order);
-            ASSERT_EQ(one.compareC(other), folded);
+            ASSERT_EQ(one.compareC(other), std::stoi(row[3]));
             const bool same = left == right;
             EXPECT_EQ(one == other, same ? 1 : 0);
             EXPECT_EQ(one != other, same ? 0 : 1);
@@ -357,33 +345,19 @@ TEST(String, AssertsItsLimits) {
 #endif
 
 TEST(StringHash, IsThatOfSignedBytesUpToTheFirstNul) {
-    const std::pair<std::string, unsigned int> kTable[] = {{"", 0},
-                                                           {"a", 97},
-                                                           {"abc", 26499},
-                                                           {"abc\0x"s, 26499},
-                                                           {"\xE9", 0x0fffff19},
-                                                           {"abcdefgh", 0x089abaa8},
-                                                           {"abcdefghi", 0x09abaa69}};
-    for (const auto &[hashed, hash] : kTable)
-        EXPECT_EQ(vx(hashed).hash(), hash) << hashed;
+    for (const DataRow &row : dataRows("string.txt", "hash"))
+        EXPECT_EQ(vx(row[0]).hash(), std::stoul(row[1], nullptr, 0)) << row[0];
 }
 
 TEST(StringNumbers, AreReadLikeStrtolAndStrtod) {
-    const std::tuple<const char *, int, int, int> kInts[] = {
-        {"12ab", 0, 12, 2},
-        {" 42", 0, 42, 3},
-        {"ab", 0, 0, 0},
-        {"ab", 2, 0, 2},
-        {"2147483648", 0, INT_MAX, 10},
-        {"x-7", 1, -7, 3},
-        {"-99999999999999999999", 0, INT_MIN, 21}};
-    for (const auto &[read, start, value, behind] : kInts) {
-        int end = -1;
-        EXPECT_EQ(VxString(read).getInt(start, end), value) << read;
-        EXPECT_EQ(end, behind) << read;
-        EXPECT_EQ(VxString(read).getInt(start), value);
-    }
     int end = -1;
+    for (const DataRow &row : dataRows("string.txt", "integers")) {
+        const VxString read = vx(row[0]);
+        const int start = std::stoi(row[1]);
+        EXPECT_EQ(read.getInt(start, end), std::stoi(row[2])) << row[0];
+        EXPECT_EQ(end, std::stoi(row[3])) << row[0];
+        EXPECT_EQ(read.getInt(start), std::stoi(row[2]));
+    }
     EXPECT_EQ(VxString("1.5e3x").getDouble(0, end), 1500.0);
     EXPECT_EQ(end, 5);
     EXPECT_EQ(VxString("x").getDouble(0, end), 0.0);

@@ -1,5 +1,6 @@
 // File names, lines and characters, in single-byte and double-byte pages.
 
+#include "data_rows.h"
 #include "in_locale.h"
 
 #include <vxtext.h>
@@ -17,48 +18,22 @@ namespace {
 
 // ---- File names
 
-struct Parts {
-    const char *name, *strip, *extension, *base, *directory, *bare;
-};
-
-void expectParts(const Parts &parts) {
-    SCOPED_TRACE(parts.name);
-    EXPECT_STREQ(vxFileStripExtension(parts.name), parts.strip);
-    EXPECT_STREQ(vxFileExtension(parts.name), parts.extension);
-    EXPECT_STREQ(vxFileBaseName(parts.name), parts.base);
-    EXPECT_STREQ(vxFileDirectory(parts.name), parts.directory);
-    EXPECT_STREQ(vxFileReplaceExtension(parts.name, nullptr), parts.bare);
-    EXPECT_STREQ(vxFileAddExtension(parts.name, nullptr), parts.name);
-    const std::string bare = std::string(parts.bare) + ".x";
-    EXPECT_STREQ(vxFileReplaceExtension(parts.name, "x"), bare.c_str());
-    EXPECT_STREQ(vxFileAddExtension(parts.name, ""), (std::string(parts.name) + ".").c_str());
-}
-
 TEST(FileNames, AreTakenApart) {
-    for (const Parts &parts : {
-             Parts{"file.txt", "file", "txt", "file.txt", ".", "file"},
-             Parts{"dir\\file.txt", "dir\\file", "txt", "file.txt", "dir", "dir\\file"},
-             Parts{"dir.d/file", "dir", "", "file", "dir.d", "dir.d/file"},
-             Parts{"a\\b/c.d", "a\\b/c", "d", "b/c.d", "a", "a\\b/c"},
-             Parts{"a/b\\c.d", "a/b\\c", "d", "c.d", "a/b", "a/b\\c"},
-             Parts{"c:file.txt", "c:file", "txt", "file.txt", "c:", "c:file"},
-             Parts{"c:\\file", "c:\\file", "", "file", "c:", "c:\\file"},
-             Parts{"c.d:file", "c", "d:file", "file", "c.d:", "c"},
-             Parts{"\\file", "\\file", "", "file", "", "\\file"},
-             Parts{".profile", "", "profile", ".profile", ".", ""},
-             Parts{"file.", "file", "", "file.", ".", "file"},
-             Parts{"dir.d\\", "dir", "", "", "dir.d", "dir.d\\"},
-             Parts{"a\\b.c/d", "a\\b", "", "b.c/d", "a", "a\\b.c/d"},
-             Parts{"a.b/c.d/e", "a.b/c", "", "e", "a.b/c.d", "a.b/c.d/e"},
-             Parts{"", "", "", "", ".", ""},
-         }) {
-        expectParts(parts);
+    for (const char *page : {"C", "ja_JP.SJIS"}) {
+        const InLocale locale(page);
+        for (const DataRow &row : dataRows("text.txt", std::string("parts ") + page)) {
+            const char *name = row[0].c_str();
+            SCOPED_TRACE(name);
+            EXPECT_EQ(vxFileStripExtension(name), row[1]);
+            EXPECT_EQ(vxFileExtension(name), row[2]);
+            EXPECT_EQ(vxFileBaseName(name), row[3]);
+            EXPECT_EQ(vxFileDirectory(name), row[4]);
+            EXPECT_EQ(vxFileReplaceExtension(name, nullptr), row[5]);
+            EXPECT_EQ(vxFileAddExtension(name, nullptr), row[0]);
+            EXPECT_EQ(vxFileReplaceExtension(name, "x"), row[5] + ".x");
+            EXPECT_EQ(vxFileAddExtension(name, ""), row[0] + ".");
+        }
     }
-    const InLocale page("ja_JP.SJIS");
-    expectParts({"a\\" SO ".d", "a\\" SO, "d", SO ".d", "a", "a\\" SO});
-    expectParts({SO, SO, "", SO, ".", SO});
-    expectParts({"a.d" SO, "a", "d" SO, "a.d" SO, ".", "a"});
-    expectParts({"a.d\x83", "a", "d\x83", "a.d\x83", ".", "a"});
 }
 
 TEST(FileNames, NullLeavesTheBufferAlone) {
@@ -155,59 +130,32 @@ TEST_F(Lines, AreEndedByALineFeed) {
 }
 
 TEST(Trimming, TakesWhiteSpaceOffOneSide) {
-    struct Case {
-        const char *text, *left, *right;
-    };
-    const auto expectTrimmed = [](const Case &test) {
-        std::string left = test.text;
-        std::string right = test.text;
-        vxTrimLeft(left.data());
-        vxTrimRight(right.data());
-        EXPECT_STREQ(left.c_str(), test.left);
-        EXPECT_STREQ(right.c_str(), test.right);
-    };
-    for (const Case &test :
-         {Case{"", "", ""}, Case{" \t\n\v\f\r ", "", ""}, Case{"a b", "a b", "a b"},
-          Case{"  a b \t", "a b \t", "  a b"}, Case{" \xA0", "\xA0", " \xA0"}}) {
-        expectTrimmed(test);
+    for (const char *page : {"C", "ja_JP.SJIS"}) {
+        const InLocale locale(page);
+        for (const DataRow &row : dataRows("text.txt", std::string("trims ") + page)) {
+            std::string left = row[0];
+            std::string right = row[0];
+            vxTrimLeft(left.data());
+            vxTrimRight(right.data());
+            EXPECT_EQ(left.c_str(), row[1]);
+            EXPECT_EQ(right.c_str(), row[2]);
+        }
     }
-    const InLocale page("ja_JP.SJIS");
-    // The blank of two bytes is no white space, and a lead byte alone is no reason to stop.
-    expectTrimmed({" \x81\x40 ", "\x81\x40 ", " \x81\x40"});
-    expectTrimmed({" \x83 ", "\x83 ", " \x83"});
 }
 
 // ---- Characters
 
 TEST(Characters, HaveClassesAndLengths) {
-    struct Case {
-        const char *at;
-        int digit, alpha, alnum;
-    };
-    const auto expectClasses = [](const Case &test) {
-        SCOPED_TRACE(testing::PrintToString(test.at));
-        EXPECT_EQ(vxCharIsDigit(test.at), test.digit);
-        EXPECT_EQ(vxCharIsAlpha(test.at), test.alpha);
-        EXPECT_EQ(vxCharIsAlnum(test.at), test.alnum);
-    };
-    for (const Case &test : {Case{"5x", 1, 0, 1}, Case{"z", 0, 1, 1}, Case{"", 0, 0, 0},
-                             Case{"_", 0, 0, 0}, Case{"\xE4", 0, 0, 0}}) {
-        expectClasses(test);
+    for (const char *page : {"C", "de_DE.ISO-8859-1", "ja_JP.SJIS"}) {
+        const InLocale locale(page);
+        for (const DataRow &row : dataRows("text.txt", std::string("classes ") + page)) {
+            const char *at = row[0].c_str();
+            SCOPED_TRACE(testing::PrintToString(at));
+            EXPECT_EQ(vxCharIsDigit(at), std::stoi(row[1]));
+            EXPECT_EQ(vxCharIsAlpha(at), std::stoi(row[2]));
+            EXPECT_EQ(vxCharIsAlnum(at), std::stoi(row[3]));
+        }
     }
-    {
-        const InLocale latin("de_DE.ISO-8859-1");
-        expectClasses({"\xE4", 0, 1, 1});
-        expectClasses({"\xD7", 0, 0, 0});
-    }
-    const InLocale page("ja_JP.SJIS");
-    expectClasses({SO, 0, 2, 2});          // a kana
-    expectClasses({"\x82\x60", 0, 2, 2});  // a full-width A
-    expectClasses({"\x82\x4F", 2, 0, 2});  // a full-width 0
-    expectClasses({"\x81\x40", 0, 0, 0});  // a full-width blank
-    expectClasses({"\xB1", 0, 1, 1});      // a half-width kana
-    expectClasses({"\x83", 0, 0, 0});
-    expectClasses({"\x83 ", 0, 0, 0});
-    expectClasses({"\x85\x40", 0, 0, 0});  // no character
 }
 
 }  // namespace

@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdio>
 
 // Run-length rows cost nothing to write and keep flat areas small.
 ImageFile::ImageFile(const char *path, int width, int height, const char *title)
-    : image_(vxImageOpen(path, "w", VX_IMAGE_RUN_LENGTH | 1U, 3U, static_cast<unsigned>(width),
-                         static_cast<unsigned>(height), 3U)),
+    : path_(path),
+      partPath_(path_ + ".part"),
+      image_(vxImageOpen(partPath_.c_str(), "w", VX_IMAGE_RUN_LENGTH | 1U, 3U,
+                         static_cast<unsigned>(width), static_cast<unsigned>(height), 3U)),
       good_(image_ != nullptr) {
     if (image_ == nullptr) return;
     vxImageUsePublishedOrder(image_);  // before the first row: its bytes count too
@@ -37,5 +40,7 @@ bool ImageFile::close() {
     if (image_ == nullptr) return good_;
     good_ = vxImageClose(image_) == 0 && good_;
     image_ = nullptr;
+    good_ = good_ && std::rename(partPath_.c_str(), path_.c_str()) == 0;
+    if (!good_) std::remove(partPath_.c_str());
     return good_;
 }

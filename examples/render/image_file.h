@@ -6,8 +6,11 @@
 
 #include <vximage.h>
 
+#include <string>
 #include <vector>
 
+// The image is written beside the file of its name and takes its place when it is complete. So a
+// failure leaves an older picture as it was, and a success nothing of it.
 class ImageFile {
 public:
     ImageFile(const char *path, int width, int height, const char *title);
@@ -16,13 +19,17 @@ public:
     ImageFile &operator=(const ImageFile &) = delete;
 
     // Takes a row of `width` colours, each channel 0 to 1 as a screen shows it. Rows count from the
-    // bottom, as in the file. A failure shows at close.
+    // bottom, as in the file.
     void putRow(int y, const Vec *colors);
 
-    // Completes the file. False if it, or a row before, could not be written.
+    // Could all be written so far?
+    bool good() const { return good_; }
+
+    // Completes the file, and says whether all of it was written.
     bool close();
 
 private:
+    std::string path_, partPath_;
     VxImage *image_;
     std::vector<uint16_t> rows_[3];  // one row crosses the interface plane by plane
     bool good_;

@@ -1,22 +1,24 @@
 // A small scene, drawn with this library alone.
 //
-//     render [--plain] WIDTH HEIGHT FOLDER
+//     render [--plain] [--view FILE] WIDTH HEIGHT FOLDER
 //
-// leaves antialiased.sgi and plain.sgi in the folder, with --plain the latter alone. Textures are
-// found along the search paths of textures, the light distributions of the lamps along those of
-// photometric webs.
+// leaves antialiased.sgi and plain.sgi in the folder, with --plain the latter alone, and room.view,
+// which --view takes to look from there again. Textures are found along the search paths of
+// textures, the light distributions of the lamps along those of photometric webs.
 //
 // Where to look for what:
 //
 //     texture            search paths, image files, a table of owned objects, strings
-//     photometric_web    search paths, streams with a pinned locale, lines
+//     photometric_web    search paths, wildcards, streams with a pinned locale, lines
 //     scene              lists of owned objects
 //     tracer             a pool of records; soft shadows with the disk pattern
-//     samples, picture   sample tables and the pixel sampler; image files
+//     samples, picture   sample tables and the pixel sampler
+//     image_file         image files
+//     view               byte order
+//     report             the message services
 
 #include "picture.h"
-
-#include <vximage.h>
+#include "report.h"
 
 #include <clocale>
 #include <cstdio>
@@ -27,16 +29,11 @@
 
 constexpr int kMostPixels = 16384;  // along a side
 
-// Errors of image files arrive as text; who reads them wants to know which program speaks.
-static void sayImageError(char *text) {
-    std::fprintf(stderr, "render: %s\n", text);
-}
-
-static bool draw(Scene const &scene, const std::string &path, int width, int height,
-                 bool antialias) {
-    const PictureReport report = drawPicture(scene, path.c_str(), width, height, antialias);
+static bool draw(Scene const &scene, View const &view, const std::string &path, int width,
+                 int height, bool antialias) {
+    const PictureReport report = drawPicture(scene, view, path.c_str(), width, height, antialias);
     if (!report.written) {
-        std::fprintf(stderr, "render: cannot write %s\n", path.c_str());
+        reportFailure("cannot write " + path);
         return false;
     }
     std::printf("%s: %.2f s, %lld rays, %.1f %% of pixels refined, %d KB for hit records\n",
@@ -45,26 +42,47 @@ static bool draw(Scene const &scene, const std::string &path, int width, int hei
     return true;
 }
 
+static bool drawAll(View const &view, const std::string &folder, int width, int height,
+                    bool onlyPlain) {
+    if (!writeView(view, folder + "room.view")) {
+        reportFailure("cannot write " + folder + "room.view");
+        return false;
+    }
+    Scene scene;
+    return scene.build() && draw(scene, view, folder + "plain.sgi", width, height, false) &&
+           (onlyPlain || draw(scene, view, folder + "antialiased.sgi", width, height, true));
+}
+
 int main(int count, char **arguments) {
-    const bool onlyPlain = count > 1 && std::strcmp(arguments[1], "--plain") == 0;
-    const int first = onlyPlain ? 2 : 1;
+    bool onlyPlain = false;
+    const char *viewFile = nullptr;
+    int first = 1;
+    for (; first < count && std::strncmp(arguments[first], "--", 2) == 0; ++first) {
+        if (std::strcmp(arguments[first], "--plain") == 0) {
+            onlyPlain = true;
+        } else if (std::strcmp(arguments[first], "--view") == 0 && first + 1 < count) {
+            viewFile = arguments[++first];
+        } else {
+            break;  // which leaves too many arguments
+        }
+    }
     const int width = count == first + 3 ? std::atoi(arguments[first]) : 0;
     const int height = count == first + 3 ? std::atoi(arguments[first + 1]) : 0;
     if (width < 1 || height < 1 || width > kMostPixels || height > kMostPixels) {
-        std::fprintf(stderr, "usage: render [--plain] WIDTH HEIGHT FOLDER\n");
+        std::fprintf(stderr, "usage: render [--plain] [--view FILE] WIDTH HEIGHT FOLDER\n");
         return 2;
     }
     std::setlocale(LC_NUMERIC, "");  // the report has the user's decimal mark; webs keep the point
-    vxImageSetErrorHandler(sayImageError);
+    View view;
+    if (viewFile != nullptr && !readView(view, viewFile)) {
+        reportFailure(std::string("no view in ") + viewFile);
+        return 1;
+    }
     const std::string folder = std::string(arguments[first + 2]) + "/";
     try {
-        Scene scene;
-        const bool good =
-            scene.build() && draw(scene, folder + "plain.sgi", width, height, false) &&
-            (onlyPlain || draw(scene, folder + "antialiased.sgi", width, height, true));
-        return good ? 0 : 1;
+        return drawAll(view, folder, width, height, onlyPlain) ? 0 : 1;
     } catch (const std::exception &problem) {
-        std::fprintf(stderr, "render: %s\n", problem.what());
+        reportFailure(problem.what());
         return 1;
     }
 }

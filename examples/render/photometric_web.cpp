@@ -1,11 +1,17 @@
 #include "photometric_web.h"
 
+#include <vxpattern.h>
 #include <vxsearchpath.h>
 #include <vxtext.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <string>
+#include <system_error>
 
 namespace {
 
@@ -30,7 +36,7 @@ private:
             number = std::strtof(at_, &end);
             if (end != at_) {
                 at_ = end;
-                return true;
+                return std::isfinite(number);  // words for what is no number are read, too
             }
             if (*at_ != '\0' || vxReadTrimmedLine(line_, kLineRoom, file_) == nullptr) return false;
             at_ = line_;
@@ -45,6 +51,11 @@ private:
 // The head behind TILT=: lamps, lumens of each, multiplier, angles, planes, kind, units, width,
 // length, height; ballast factor, a reserve, watts.
 enum { kMultiplier = 2, kAngles = 3, kPlanes = 4, kBallast = 10, kHeadNumbers = 13 };
+
+// The merged list: the environment's directories, then the machine's, then the user's.
+VxSearchPath *webDirectories() {
+    return vxPathStoreGet(VX_CATEGORY_PHOTOMETRIC_WEBS, VX_LEVEL_MERGED);
+}
 
 // Where a value lies among ascending ones: between `low` and `low` + 1.
 struct Place {
@@ -68,8 +79,27 @@ float fold(float horizontal, float last) {
 
 }  // namespace
 
+VxString photometricWebNamed(const char *wildcard) {
+    char pattern[VX_PATTERN_SIZE];
+    if (vxCompileWildcard(wildcard, pattern) == 0) return {};
+    VxSearchPath *list = webDirectories();
+    if (list == nullptr) return {};  // no memory
+    for (std::uint32_t i = 0; i < list->count; ++i) {
+        std::string first;
+        std::error_code missing;  // a directory need not be there
+        for (const auto &entry :
+             std::filesystem::directory_iterator(vxSearchPathGet(list, i), missing)) {
+            const std::string name = entry.path().filename();
+            if ((first.empty() || name < first) && vxMatchPattern(name.c_str(), pattern) != 0)
+                first = name;
+        }
+        if (!first.empty()) return first.c_str();
+    }
+    return {};
+}
+
 bool PhotometricWeb::load(VxString const &name) {
-    VxSearchPath *list = vxPathStoreGet(VX_CATEGORY_PHOTOMETRIC_WEBS, VX_LEVEL_MERGED);
+    VxSearchPath *list = webDirectories();
     char *path = vxSearchPathResolve(list, name, nullptr, 0);
     if (path == nullptr) return false;
     // Numbers in the file have a decimal point, whatever the user's locale has: the stream sees to
@@ -99,7 +129,9 @@ bool PhotometricWeb::read(std::FILE *file) {
     }
     for (float &value : candela_)
         value *= head[kMultiplier] * head[kBallast];
-    return std::is_sorted(vertical_.begin(), vertical_.end()) &&
+    return std::all_of(candela_.begin(), candela_.end(),
+                       [](float value) { return std::isfinite(value); }) &&
+           std::is_sorted(vertical_.begin(), vertical_.end()) &&
            std::is_sorted(horizontal_.begin(), horizontal_.end());
 }
 

@@ -7,6 +7,10 @@
 #include <cstdio>
 #include <vector>
 
+// The name of the first file along the search paths of photometric webs that a wildcard fits: of
+// the files in one directory the first by name. Empty if there is none.
+VxString photometricWebNamed(const char *wildcard);
+
 class PhotometricWeb {
 public:
     // Reads the file of this name (IES LM-63, without a table for tilted lamps) from the search

@@ -13,25 +13,25 @@ namespace {
 
 class Camera {
 public:
-    Camera(int width, int height)
-        : pixel_(2 * kHalfHeight / static_cast<float>(height)),
+    Camera(View const &view, int width, int height)
+        : eye_(view.eye),
+          forward_(normalize(view.target - view.eye)),
+          pixel_(2 * kHalfHeight / static_cast<float>(height)),
           centerX_(static_cast<float>(width) / 2),
           centerY_(static_cast<float>(height) / 2) {}
 
     // The ray through a place of the picture, in pixels from its lower left corner.
     Ray through(float x, float y) const {
-        const Vec forward = normalize(kTarget - kEye);
-        const Vec right = normalize(cross(forward, {0, 1, 0}));
-        const Vec up = cross(right, forward);
-        return {kEye, normalize(forward + right * ((x - centerX_) * pixel_) +
+        const Vec right = normalize(cross(forward_, {0, 1, 0}));
+        const Vec up = cross(right, forward_);
+        return {eye_, normalize(forward_ + right * ((x - centerX_) * pixel_) +
                                 up * ((y - centerY_) * pixel_))};
     }
 
 private:
-    static constexpr Vec kEye{0.2F, 1.5F, 4.2F};
-    static constexpr Vec kTarget{0.05F, 0.92F, -1.0F};
     static constexpr float kHalfHeight = 0.275F;  // of the picture, one metre from the eye
 
+    Vec eye_, forward_;
     float pixel_, centerX_, centerY_;
 };
 
@@ -62,10 +62,10 @@ private:
 
 }  // namespace
 
-PictureReport drawPicture(Scene const &scene, const char *path, int width, int height,
-                          bool antialias) {
+PictureReport drawPicture(Scene const &scene, View const &view, const char *path, int width,
+                          int height, bool antialias) {
     const auto start = std::chrono::steady_clock::now();
-    const Camera camera(width, height);
+    const Camera camera(view, width, height);
     Tracer tracer(scene);
     // Half a pixel to all sides: the square pattern is a box filter, which keeps textures sharp.
     const AdaptiveTables tables(antialias ? 3 : 1, 8, 0.5F, SampleTable::kSquare, 0.08F);
@@ -73,7 +73,7 @@ PictureReport drawPicture(Scene const &scene, const char *path, int width, int h
     Progress progress(height);
     std::vector<Vec> row(static_cast<std::size_t>(width));
     long long refinedPixels = 0;
-    for (int y = 0; y < height; ++y) {
+    for (int y = 0; y < height && file.good(); ++y) {
         for (int x = 0; x < width; ++x) {
             const auto sampleAt = [&](float dx, float dy) {
                 return tracer.look(camera.through(static_cast<float>(x) + 0.5F + dx,

@@ -3,6 +3,7 @@
 #define RENDER_PICTURE_H
 
 #include "scene.h"
+#include "view.h"
 
 struct PictureReport {
     bool written = false;
@@ -13,7 +14,8 @@ struct PictureReport {
 };
 
 // Draws the scene into an image file. Without antialiasing each pixel is what lies at its centre.
-PictureReport drawPicture(Scene const &scene, const char *path, int width, int height,
-                          bool antialias);
+// Stops at once where the file cannot be written.
+PictureReport drawPicture(Scene const &scene, View const &view, const char *path, int width,
+                          int height, bool antialias);
 
 #endif

@@ -13,7 +13,7 @@ height=${4:-320}
 mkdir -p "$folder/project/wall" "$folder/project/floor" "$folder/registry"
 export VX_REGISTRY_DIR="$folder/registry" # nothing of the user's settings is used or changed
 export ZOR_TEXTURE_PATH="$folder/nowhere;$folder/project"
-export ZOR_IES_PATH="$here/webs"
+export ZOR_IES_PATH="$folder/project/webs;$here/webs" # webs of your own: sconce*.ies, pendant*.ies
 
 "$(dirname "$program")/make_textures" "$folder/project"
 "$program" "$width" "$height" "$folder"
@@ -29,7 +29,10 @@ beside() {
     rm plain.part antialiased.part
 }
 
-command -v pnmtopng >/dev/null || exit 0
+command -v pnmtopng >/dev/null || {
+    echo "$folder/antialiased.sgi is the picture. There is no PNG of it: that takes the package netpbm." >&2
+    exit 0
+}
 cd "$folder"
 for picture in plain antialiased; do
     sgitopnm -quiet "$picture.sgi" >"$picture.ppm"

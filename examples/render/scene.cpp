@@ -1,9 +1,11 @@
 #include "scene.h"
 
+#include "report.h"
+
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <numbers>
+#include <string>
 
 namespace {
 
@@ -121,7 +123,7 @@ float Scene::openness(Vec point, Vec normal) const {
 Texture const *Scene::texture(VxString const &name) {
     Texture const *found = textures_.find(name);
     if (found == nullptr) {
-        std::fprintf(stderr, "render: no texture %s\n", static_cast<char const *>(name));
+        reportFailure(std::string("no texture ") + static_cast<char const *>(name));
         complete_ = false;
     }
     return found;
@@ -174,11 +176,15 @@ void Scene::addRoom() {
               {.texture = texture("poster.sgi"), .gloss = 0.05F}});
 }
 
+// A lamp takes whatever web of its kind is found first: a project that has its own goes before.
+static bool loadWeb(PhotometricWeb &web, const char *wildcard) {
+    if (web.load(photometricWebNamed(wildcard))) return true;
+    reportFailure(std::string("no photometric web ") + wildcard);
+    return false;
+}
+
 bool Scene::addLamps() {
-    if (!sconce_.load("sconce.ies") || !pendant_.load("pendant.ies")) {
-        std::fprintf(stderr, "render: no photometric webs sconce.ies and pendant.ies\n");
-        return false;
-    }
+    if (!loadWeb(sconce_, "sconce*.ies") || !loadWeb(pendant_, "pendant*.ies")) return false;
     constexpr Vec kWarm{1.0F, 0.78F, 0.52F};
     constexpr Vec kNeutral{1.0F, 0.95F, 0.88F};
     const Lamp lamps[] = {

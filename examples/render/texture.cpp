@@ -1,5 +1,7 @@
 #include "texture.h"
 
+#include "report.h"
+
 #include <vximage.h>
 #include <vxsearchpath.h>
 
@@ -11,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+constexpr int kImageNotOpened = 20362;  // in the catalogue of messages
+
 bool Texture::load() {
     // The merged list: the environment's directories, then the machine's, then the user's.
     VxSearchPath *list = vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_MERGED);
@@ -18,7 +22,10 @@ bool Texture::load() {
     if (path == nullptr) return false;
     VxImage *image = vxImageOpen(path, "r");
     std::free(path);
-    if (image == nullptr) return false;
+    if (image == nullptr) {
+        reportFailure(kImageNotOpened);
+        return false;
+    }
     const bool whole = readRows(image);
     vxImageClose(image);
     return whole;

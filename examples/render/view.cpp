@@ -1,0 +1,35 @@
+#include "view.h"
+
+#include <vxbyteorder.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+
+// The library knows records by their layouts: six fields of 4 bytes.
+static_assert(sizeof(View) == 24);
+
+// Between the order of the file and that of this machine, either way.
+static void turn(View &view) {
+    if constexpr (std::endian::native == std::endian::little) vxSwapRecord246(&view);
+}
+
+bool writeView(View view, const std::string &path) {
+    std::FILE *file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) return false;
+    turn(view);
+    const bool written = std::fwrite(&view, sizeof view, 1, file) == 1;
+    return std::fclose(file) == 0 && written;
+}
+
+bool readView(View &view, const std::string &path) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "rb"),
+                                                                std::fclose);
+    if (file == nullptr || std::fread(&view, sizeof view, 1, file.get()) != 1) return false;
+    turn(view);
+    // Which side is up cannot be told of a view straight up or down.
+    const Vec way = view.target - view.eye;
+    return std::isfinite(dot(view.eye, view.eye)) && std::isfinite(dot(way, way)) &&
+           std::hypot(way.x, way.z) > 1e-3F;
+}
