@@ -110,10 +110,18 @@ void walkBothWays(List list, int (*valueOf)(const void *)) {
         seen.push_back(valueOf(it.postDec()));
     EXPECT_EQ(it.getIndex(), -1);
     EXPECT_EQ(seen, V({0, 1, 2, 2, 1, 0}));
+    Iterator other(list);
+    EXPECT_EQ((other = it, other.getIndex()), -1);
+    EXPECT_EQ(std::as_const(other).getList(), &list);
+    ConstIterator constWalk(list);
+    EXPECT_EQ(valueOf(constWalk.postInc()) + valueOf(constWalk.postDec()), 1);
+    EXPECT_EQ(valueOf(constWalk.postInc()), 0);
 
     it.reset(-3);  // any number but 0 is the end
     ConstIterator constIt(it);
     EXPECT_EQ(valueOf(constIt.getElem()), 2);
+    EXPECT_EQ(valueOf(it.getElem()), 2);
+    EXPECT_EQ(it.getList()->length(), 3);
     list.remove(2, 1);
     EXPECT_EQ(it.isValid(), 0);
     EXPECT_EQ(constIt.isValid(), 0);
@@ -147,6 +155,26 @@ TEST(ListIterators, GiveReferencesToSlotsOfPointers) {
     constIt.postDec() = &cells[50];
     EXPECT_EQ(values(list), V({40, 41, 2}));
     EXPECT_EQ(values(constants), V({0, 50}));
+}
+
+// The lists of the base, which the typed ones do not use.
+template <typename Base>
+struct Opened : Base {
+    using Base::append;
+    using Base::get;
+};
+
+TEST(PointerLists, AreAppendedWhole) {
+    Opened<VxPArrayList> list;
+    Opened<VxCPArrayList> constants;
+    for (int n = 2; n <= 3; ++n) {
+        list.append(listOf<VxPointerList<int>>(n));
+        constants.append(listOf<VxPointerList<const int>>(n));
+    }
+    EXPECT_EQ(list.length(), 5);
+    EXPECT_EQ(list.get(3), &cells[1]);
+    EXPECT_EQ(constants.length(), 5);
+    EXPECT_EQ(constants.get(4), &cells[2]);
 }
 
 TYPED_TEST(EveryList, DoesWhatAVectorDoes) {
@@ -199,6 +227,7 @@ public:
     ~Logged() override { empty(); }
     void set(int i, int v) { VxArrayList::set(i, &v); }
     void append(int v) { VxArrayList::append(&v); }
+    using VxArrayList::append;
     using VxArrayList::insert;
 
 protected:
@@ -227,6 +256,8 @@ TEST(OwningList, RunsItsHooksInOrder) {
         list.append(v);
     EXPECT_EQ(logOf([&] { list.set(1, 9); }), "a-1 a+9 ");
     EXPECT_EQ(logOf([&] { list.insert(1, more); }), "a+7 a+8 ");
+    EXPECT_EQ(logOf([&] { list.append(more); }), "a+7 a+8 ");
+    EXPECT_EQ(logOf([&] { list.remove(10, 2); }), "a-7 a-8 ");
     EXPECT_EQ(logOf([&] { list.swap(0, 2); }), "");
     EXPECT_EQ(logOf([&] { list.remove(1, 3); }), "a-7 a-0 a-9 ");
     EXPECT_EQ(logOf([&] { list.remove(99, 0); }), "");

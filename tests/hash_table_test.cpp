@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -18,8 +19,12 @@ template <typename Iterator>
 V walkBack(const auto &table, auto &&valueOf) {
     V seen;
     Iterator it(table);
+    Iterator other(it);
     for (it.reset(1); it.isValid() != 0;)
         seen.push_back(valueOf(it.postDec()));
+    other = it;
+    EXPECT_EQ(other.isValid(), 0);
+    EXPECT_EQ(other.getTable(), &table);
     std::reverse(seen.begin(), seen.end());
     return seen;
 }
@@ -49,6 +54,7 @@ TYPED_TEST(EveryTable, HasBucketsAndNothingElseAtFirst) {
         EXPECT_EQ(table.getNumBuckets(), asked > 0 ? asked : 83);
         EXPECT_EQ(table.getNumElements(), 0);
         EXPECT_EQ(table.getNumUnusedBuckets(), table.getNumBuckets());
+        EXPECT_EQ(table.getNumUsedBuckets(), 0);
         EXPECT_EQ(table.getMeanUsedBucketLength(), 0.0);
         EXPECT_EQ(table.getVarianceUsedBucketLength(), 0.0);
         EXPECT_EQ(values(table), V());
@@ -207,6 +213,11 @@ TEST(OwningTable, CountsOverUsedBuckets) {
     EXPECT_EQ(other.assign(it).getElem(), it.getElem());
     EXPECT_EQ(*static_cast<int *>(it.getElem()), 2);
     EXPECT_EQ(it.getTable(), &table);
+    EXPECT_EQ(std::as_const(it).getTable(), &table);
+    EXPECT_EQ(std::as_const(it).getElem(), it.postDec());
+    other = it;
+    EXPECT_EQ(*static_cast<int *>(other.postDec()), 1);
+    EXPECT_EQ(other.isValid(), 0);
 #ifndef NDEBUG
     table.empty();
     EXPECT_DEATH(it.getElem(), "");
@@ -214,6 +225,12 @@ TEST(OwningTable, CountsOverUsedBuckets) {
 }
 
 TEST(PointerTables, TakeNullLikeAnyOther) {
+    struct Derived : VxPHashTable {
+    } derived;
+    struct ConstDerived : VxCPHashTable {
+    } constDerived;
+    EXPECT_EQ(derived.getNumBuckets(), 83);
+    EXPECT_EQ(constDerived.getNumBuckets(), 83);
     VxPointerTable<int> table;
     EXPECT_TRUE(table.insert(nullptr));
     EXPECT_FALSE(table.insert(nullptr));

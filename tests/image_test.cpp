@@ -572,6 +572,22 @@ TEST_F(Image, StreamFlagsARowThatFails) {
         EXPECT_EQ(nextPixel(image), -1);
     EXPECT_EQ(vxImageFlush(image), 0);
     EXPECT_EQ(vxImageClose(image), 0);
+    // A pending row without a place stays with the flush that fails.
+    image = create(2, 2, 2);
+    putPixel(image, 1);
+    image->y = 9;
+    EXPECT_EQ(vxImageFlush(image), -1);
+    EXPECT_EQ(image->flags, VX_IMAGE_WRITE | VX_IMAGE_ERROR);
+    image->y = 0;
+    EXPECT_EQ(vxImageClose(image), 0);
+    // Rows of no elements end the stream, and the reading of a handle for both directions.
+    write(header(1, 1, 0, 1, 1));
+    image = open();
+    image->flags |= VX_IMAGE_READWRITE;
+    EXPECT_EQ(vxImageFillPixels(image), -1);
+    EXPECT_EQ(image->flags, VX_IMAGE_READWRITE | VX_IMAGE_EOF);
+    EXPECT_EQ(vxImageClose(image), 0);
+    reported();
     // Sizes that the dimension does not count make no stream endless.
     write(header(1, 1, 2, 5, 5));
     std::filesystem::resize_file(path_, 514);

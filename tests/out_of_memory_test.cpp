@@ -63,7 +63,10 @@ TEST(OutOfMemory, ListsStayAsTheyWere) {
         VxPointerList<bool> copy;
         copy = list;
         EXPECT_TRUE(copy.length() == 0 || copy.length() == list.length());
-        return whole && copy.length() == 20;
+        whole &= copy.length() == 20;
+        copy.remove(0, copy.length() * 19 / 20);  // shrinks, or goes on in the old slots
+        EXPECT_TRUE(copy.length() == 0 || copy[0] == &whole);
+        return whole;
     });
 }
 

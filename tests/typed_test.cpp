@@ -127,6 +127,7 @@ TEST(PointerContainers, TellANullFromNothing) {
     table.insert(nullptr);
     EXPECT_TRUE(table.has(nullptr));
     EXPECT_EQ(std::ranges::distance(table), 2);
+    EXPECT_TRUE(table.begin() == table.begin() && table.begin() != ++table.begin());
 }
 
 TEST(NumBuckets, AreThePrimesAbove) {
