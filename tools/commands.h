@@ -23,6 +23,10 @@ int addPath(LevelList where, const std::string &directory, std::optional<unsigne
 int removePath(LevelList where, const std::string &entry);
 int movePath(LevelList where, const std::string &entry, unsigned position);
 
+// What these end in, in a process of its own: is the list kept as it was wanted? The user never
+// asks for it.
+int confirmPaths(LevelList where, const std::vector<std::string> &wanted);
+
 struct FindOptions {
     std::vector<std::string> names;
     int category;

@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <functional>
 #include <new>
@@ -129,6 +130,10 @@ void addPaths(CLI::App &app, Request &request) {
     choose(move, request,
            [&] { return movePath(request.edited(), request.directory, request.position); });
 
+    CLI::App *confirm = paths->add_subcommand("confirm")->fallthrough()->group("");
+    addText(confirm, "directory", request.names, "The list as it is wanted");
+    choose(confirm, request, [&] { return confirmPaths(request.edited(), request.names); });
+
     paths->footer(
         "Examples:\n"
         "  vxutil paths --category texture\n"
@@ -248,7 +253,7 @@ int run(int count, char **arguments) {
         "  vxutil image check textures/*.sgi\n"
         "  vxutil image convert oak.png oak.sgi\n"
         "  vxutil samples --pattern disk --grid 4 -o disk.svg\n"
-        "Exit code: 0 done, 1 not found or damaged, 2 not asked for in the right way.\n"
+        "Exit code: 0 done, 1 not found, damaged or not to be done, 2 a wrong command line.\n"
         "Each subcommand has a --help of its own.");
     try {
         app.parse(guardedArguments(count, arguments));
@@ -280,6 +285,8 @@ int runAndReport(int count, char **arguments) {
 
 int main(int count, char **arguments) {
     std::setlocale(LC_CTYPE, "");  // names are in the code page of whoever types them
+    // A file that grows past the limit of its user is an error to report, not an end.
+    std::signal(SIGXFSZ, SIG_IGN);
     tool::collectImageMessages();
     return tool::runAndReport(count, arguments);
 }
