@@ -109,12 +109,10 @@ public:
     }
 
     void finish() override {
-        // What could not be closed cannot be ended in any other way: it stays until the process
-        // ends.
         VxImage *image = m_image.release();
         const int file = image->file;
         errno = 0;
-        if (vxImageClose(image) != 0) {
+        if (closeImage(image) != 0) {
             throw Trouble(m_path, writeMessage(file, "could not be closed"));
         }
     }

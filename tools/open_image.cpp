@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace tool {
 
@@ -18,6 +19,14 @@ void collect(char *text) {
 }
 
 }  // namespace
+
+int closeImage(VxImage *image) {
+    // Remembered for as long as the process lasts, so that they do not count as lost.
+    static auto *unclosed = new std::vector<const VxImage *>;
+    const int result = vxImageClose(image);
+    if (result != 0) unclosed->push_back(image);
+    return result;
+}
 
 void collectImageMessages() {
     vxImageSetErrorHandler(collect);

@@ -71,7 +71,7 @@ std::string behindLinks(const std::string &from) {
         const ssize_t length = readlink(path.c_str(), next, sizeof next);
         if (length < 0 || length == sizeof next) return path;
         const std::string target(next, static_cast<std::size_t>(length));
-        path = target.starts_with('/') ? target : folderOf(path) + target;
+        path = target.starts_with('/') ? target : folderOf(path).append(target);
     }
     errno = ELOOP;
     throw systemTrouble(from);
