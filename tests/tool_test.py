@@ -141,6 +141,10 @@ class ToolTest(unittest.TestCase):
             for edit in (['add', '/b'],) if folder != 'registry' else (['add', '/b'], ['remove', '/a']):
                 self.run_tool('paths', *edit, VX_REGISTRY_DIR=f'{self.folder}/{folder}', code=1, error=error, first=first)
         self.assertEqual(self.paths(), [('/a', 'user')])
+        (self.registry / 'user.reg').chmod(0)
+        for command in (['paths'], ['find', 'oak']):
+            self.run_tool(*command, code=1, error='user.reg: Permission denied', first=as_a_plain_user)
+        (self.registry / 'user.reg').chmod(0o600)
         self.assertEqual(list(self.folder.glob('*/*.new')), [])
         self.registry.joinpath('user.reg').write_text(
             'REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\Meridane\\Vandermire\\Texture Paths]\n' +

@@ -27,6 +27,10 @@ int movePath(LevelList where, const std::string &entry, unsigned position);
 // asks for it.
 int confirmPaths(LevelList where, const std::vector<std::string> &wanted);
 
+// Names registry files that cannot be read, whose directories are missing from the lists; are all
+// of those readable that there are? For the merged list both files count.
+bool areListsReadable(int level);
+
 struct FindOptions {
     std::vector<std::string> names;
     int category;

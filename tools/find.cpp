@@ -115,6 +115,7 @@ int findFiles(const FindOptions &options) {
     bool all = true;
     for (const std::string &name : options.names)
         all = findFile(options, name.c_str()) && all;
+    if (!all) areListsReadable(VX_LEVEL_MERGED);  // for it may have been there
     return all ? kDone : kFailed;
 }
 

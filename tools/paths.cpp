@@ -256,6 +256,18 @@ void checkPosition(unsigned position, std::uint32_t end, const VxSearchPath *lis
 
 }  // namespace
 
+bool areListsReadable(int level) {
+    bool all = true;
+    for (const int kept : {VX_LEVEL_USER, VX_LEVEL_MACHINE}) {
+        const std::string file = registryFile(kept);
+        if (level != VX_LEVEL_MERGED && level != kept) continue;
+        if (access(file.c_str(), R_OK) == 0 || errno == ENOENT) continue;
+        complain(file, std::strerror(errno));
+        all = false;
+    }
+    return all;
+}
+
 int listPaths(const std::vector<int> &categories, int level, bool json) {
     const char *separator = "[\n";
     for (const int category : categories) {
@@ -268,7 +280,7 @@ int listPaths(const std::vector<int> &categories, int level, bool json) {
         }
     }
     if (json) std::puts("\n]");
-    return kDone;
+    return areListsReadable(level) ? kDone : kFailed;
 }
 
 int addPath(LevelList where, const std::string &directory, std::optional<unsigned> position) {
