@@ -91,6 +91,7 @@ class ToolTest(unittest.TestCase):
                           ['paths', 'move', 'a', 'b'], ['paths', 'add', ''], ['paths', 'remove', ''],
                           ['paths', 'add', '/a', 'remove', '/b'], ['samples', '--pattern', 'disk', '--grid', '65', '-o', 'a']):
             self.run_tool(*arguments, code=2, error='--help')
+        self.run_tool('fly', code=2, error='which fly is not')
         with open('/dev/full', 'w', encoding='ascii') as full:
             done = subprocess.run([PROGRAM, 'paths'], stdout=full, stderr=subprocess.PIPE, env=self.environment,
                                   check=False)

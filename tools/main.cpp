@@ -7,6 +7,7 @@
 #include <vxsearchpath.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -229,10 +230,15 @@ void addSamples(CLI::App &app, Request &request) {
     });
 }
 
-// The first line only: CLI11 may have more to say.
-int refuse(const CLI::Error &error) {
+// The first line only: CLI11 may have more to say. Where it misses a subcommand, it has passed over
+// the word in its place.
+int refuse(const CLI::App &app, const CLI::Error &error) {
     std::string what = error.what();
-    complain("command line", what.substr(0, what.find('\n')) + " (see --help)");
+    what.resize(std::min(what.find('\n'), what.size()));
+    const std::vector<std::string> left = app.remaining(true);
+    if (what == "A subcommand is required" && !left.empty())
+        what += ", which " + left.front() + " is not";
+    complain("command line", what + " (see --help)");
     return kUsage;
 }
 
@@ -259,7 +265,7 @@ int run(int count, char **arguments) {
         app.parse(guardedArguments(count, arguments));
         return request.run();
     } catch (const CLI::Error &error) {
-        return error.get_exit_code() == 0 ? app.exit(error) : refuse(error);
+        return error.get_exit_code() == 0 ? app.exit(error) : refuse(app, error);
     }
 }
 
