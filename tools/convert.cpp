@@ -63,8 +63,9 @@ private:
 // What the library says, and the reason of the system. A write that was cut short has none: the
 // next byte tells it.
 std::string writeMessage(int file, const char *otherwise) {
-    if (errno == 0) [[maybe_unused]]
-        const ssize_t put = write(file, "", 1);
+    if (errno == 0) {
+        [[maybe_unused]] const ssize_t put = write(file, "", 1);
+    }
     const std::string reason = errno != 0 ? std::string(": ") + std::strerror(errno) : "";
     return imageMessage(otherwise) + reason;
 }
