@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
 """The program vxutil as its users run it: tool_test.py PROGRAM SAMPLES [unittest arguments]"""
+import ctypes
 import json
 import os
 import pty
 import random
+import resource
 import shutil
 import signal
 import struct
@@ -39,6 +41,19 @@ def sparse_image(path, width, height):
     os.truncate(path, HEAD + width * height)
 
 
+LIBC = ctypes.CDLL(None)
+
+
+def as_a_plain_user():
+    """What a child does before it runs: permissions count, for root too."""
+    for capability in (1, 2):  # CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH
+        LIBC.prctl(24, capability)  # PR_CAPBSET_DROP
+
+
+def on_a_full_disk(size=100):
+    return lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
+
+
 class ToolTest(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -48,15 +63,17 @@ class ToolTest(unittest.TestCase):
         self.environment = dict(os.environ, VX_REGISTRY_DIR=str(self.registry), ZOR_TEXTURE_PATH='',
                                 ZOR_IES_PATH='', LC_ALL='C.UTF-8')
 
-    def run_tool(self, *arguments, code=0, text=None, error='', **environment):
-        """Standard output, after a look at the exit code and at the one clear line of each error."""
-        done = subprocess.run([PROGRAM, *map(str, arguments)], input=text, capture_output=True, cwd=self.folder,
-                              text=True, env={**self.environment, **environment}, check=False)
+    def run_tool(self, *arguments, code=0, text=None, stdin=None, error='', first=None, **environment):
+        """Standard output, after a look at the exit code and at the one clear line of each error, told by its parts."""
+        source = {'input': text} if stdin is None else {'stdin': stdin}
+        done = subprocess.run([PROGRAM, *map(str, arguments)], **source, capture_output=True, cwd=self.folder,
+                              text=True, env={**self.environment, **environment}, preexec_fn=first, check=False)
         self.assertEqual(done.returncode, code, done)
         self.assertEqual(done.stderr == '', error == '', done.stderr)
         for line in done.stderr.splitlines():
             self.assertTrue(line.startswith('vxutil: '), line)
-        self.assertIn(error, done.stderr)
+        for part in error.split('...'):
+            self.assertIn(part, done.stderr)
         return done.stdout
 
     def paths(self, *arguments, **more):
@@ -74,6 +91,7 @@ class ToolTest(unittest.TestCase):
                           ['paths', 'move', 'a', 'b'], ['paths', 'add', ''], ['paths', 'remove', ''],
                           ['paths', 'add', '/a', 'remove', '/b'], ['samples', '--pattern', 'disk', '--grid', '65', '-o', 'a']):
             self.run_tool(*arguments, code=2, error='--help')
+        self.run_tool('fly', code=2, error='which fly is not')
         with open('/dev/full', 'w', encoding='ascii') as full:
             done = subprocess.run([PROGRAM, 'paths'], stdout=full, stderr=subprocess.PIPE, env=self.environment,
                                   check=False)
@@ -89,13 +107,13 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(self.paths('--level', 'user'), [('c', 'user'), ('/d', 'user'), ('a', 'user')])
         self.assertIn(f'"0"="{self.folder}/c"', (self.registry / 'user.reg').read_text())
         self.run_tool('paths', 'add', '--level', 'machine', '/d')
-        self.run_tool('paths', '--category', 'web', 'add', '/lamps/"\xe4"')
+        self.run_tool('paths', '--category', 'web', 'add', '/lamps/%"\xe4"')
         self.assertEqual(self.paths('--category', 'texture', ZOR_TEXTURE_PATH='/e;/d'),
                          [('/e', 'environment'), ('/d', 'environment'), ('c', 'user'), ('a', 'user')])
-        self.assertEqual(self.paths('--category', 'web'), [('/lamps/"\xe4"', 'user')])
+        self.assertEqual(self.paths('--category', 'web'), [('/lamps/%"\xe4"', 'user')])
         self.assertEqual(self.run_tool('paths', '--category', 'web', ZOR_IES_PATH=str(self.folder)),
                          f'web, merged\n   0  {self.folder}  (environment)\n'
-                         '   1  /lamps/"\xe4"  (user)  no such directory\n')
+                         '   1  /lamps/%"\xe4"  (user)  no such directory\n')
         raw = os.fsencode(self.paths('--level', 'environment', ZOR_TEXTURE_PATH='/\udcff\n')[0][0])
         self.assertEqual(raw, b'/\xff\n')
 
@@ -104,8 +122,9 @@ class ToolTest(unittest.TestCase):
         for code, error, arguments in (
                 (1, 'already', ['add', '/a//']), (1, 'semicolon', ['add', '/a;b']), (1, 'root', ['add', '/..//']),
                 (1, '259 bytes', ['add', '/' + 'x' * 259]), (1, 'not in the list', ['remove', '/b']),
-                (1, '7: is not in', ['remove', '7']), (2, 'list of 1', ['add', '/b', '--at', 2]),
-                (2, 'list of 1', ['move', '/a', 1]), (2, '--level', ['add', '/b', '--level', 'environment']),
+                (1, '7: is not in', ['remove', '7']), (1, 'list of 1', ['add', '/b', '--at', 2]),
+                (1, 'list of 1', ['move', '/a', 1]), (1, '%NAME%', ['add', '/50%/%HOME%']),
+                (2, '--level', ['add', '/b', '--level', 'environment']),
                 (2, '--json', ['remove', '/a', '--json'])):
             self.run_tool('paths', *arguments, code=code, error=error)
         self.assertEqual(self.paths(), [('/a', 'user')])
@@ -113,7 +132,23 @@ class ToolTest(unittest.TestCase):
         self.run_tool('paths', 'add', '/b', VX_REGISTRY_DIR=f'{self.folder}/file/x', code=1,
                       error=f'{self.folder}/file/x/user.reg: ')
         (self.folder / 'odd/user.reg').mkdir(parents=True)
-        self.run_tool('paths', 'add', '/b', VX_REGISTRY_DIR=f'{self.folder}/odd', code=1, error='no regular file')
+        (self.folder / 'locked/user.reg.lock').mkdir(parents=True)
+        for name, mode in (('closed', 0o500), ('linked', 0o700)):
+            (self.folder / name).mkdir(mode)
+        (self.folder / 'linked/user.reg').symlink_to('../closed/user.reg')
+        for folder, error, first in (
+                ('odd', 'no regular file', None), ('locked', 'user.reg: does not hold', None),
+                ('registry', 'user.reg: does not hold', on_a_full_disk()),
+                ('linked', 'user.reg: does not hold', as_a_plain_user), ('closed', 'denied', as_a_plain_user)):
+            for edit in (['add', '/b'],) if folder != 'registry' else (['add', '/b'], ['remove', '/a']):
+                self.run_tool('paths', *edit, code=1, error=error, first=first,
+                              VX_REGISTRY_DIR=f'{self.folder}/{folder}')
+        self.assertEqual(self.paths(), [('/a', 'user')])
+        (self.registry / 'user.reg').chmod(0)
+        for command in (['paths'], ['find', 'oak']):
+            self.run_tool(*command, code=1, error='user.reg: Permission denied', first=as_a_plain_user)
+        (self.registry / 'user.reg').chmod(0o600)
+        self.assertEqual(list(self.folder.glob('*/*.new')), [])
         self.registry.joinpath('user.reg').write_text(
             'REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\Meridane\\Vandermire\\Texture Paths]\n' +
             ''.join(f'"{i}"="/{i}"\n' for i in range(127)))
@@ -122,12 +157,14 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(len(self.paths()), 128)
 
     def test_find(self):
-        for place in ('a/oak', 'c', 'd', 'e'):
+        for place in ('a/oak', 'c', 'd', 'e', 'shut'):
             (self.folder / place).mkdir(parents=True)
         (self.folder / 'b').touch()
         (self.folder / 'c/oak').symlink_to('oak')
-        for place in ('d/oak', 'e/oak', 'd/[x,y]', 'd/{}'):
+        for place in ('d/oak', 'e/oak', 'd/[x,y]', 'd/{}', 'e/shut'):
             (self.folder / place).write_text('12345')
+        for place in ('shut', 'e/shut'):
+            (self.folder / place).chmod(0)
         path = ';'.join(f'{self.folder}/{name}' for name in 'abcde')
         f = self.folder
         self.assertEqual(self.run_tool('find', 'oak', '[x,y]', '{}', f'{f}/e/oak', ZOR_TEXTURE_PATH=path),
@@ -141,6 +178,11 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(every, explained + f'    {f}/e/oak: a file of 5 bytes, behind the one that wins\n')
         self.assertEqual(self.run_tool('find', '--all', 'elm', code=1, error='elm: not found', ZOR_TEXTURE_PATH=f'{f}/d'),
                          f'elm: not found\n    {f}/d/elm: missing\n')
+        denied = 'not readable (Permission denied)'
+        self.assertEqual(self.run_tool('find', '--explain', 'shut', ZOR_TEXTURE_PATH=f'{f}/shut;{f}/e;{f}/d', code=1,
+                                       error=f'{f}/e/shut: found, but not readable: Perm', first=as_a_plain_user),
+                         f'shut\n    {f}/shut/shut: {denied}, passed over\n'
+                         f'  * {f}/e/shut: {denied}, found first, and looked for no further\n')
         self.run_tool('find', 'oak', 'elm', '--category', 'web', code=1, error='search path is empty',
                       ZOR_TEXTURE_PATH=path)
 
@@ -182,12 +224,16 @@ class ToolTest(unittest.TestCase):
                  image_head(9999, 65535, 65535) + bytes(2 * 9999))):
             (self.folder / 'file').write_bytes(data)
             self.run_tool('image', 'check', 'file', code=1, error=error)
-        for command in ('info', 'check'):
-            self.run_tool('image', command, 'none', code=1, error='none: No such file')
-            self.run_tool('image', command, '.', code=1, error='a directory')
+        os.mkfifo(self.folder / 'pipe')
+        for name, error in (('none', 'none: No such file'), ('.', 'a directory'), ('pipe', 'pipe: is no regular')):
+            for command in (['info', name], ['check', name], ['convert', name, 'out']):
+                self.run_tool('image', *command, code=1, error=error)
 
-    @unittest.skipUnless(all(map(shutil.which, ('sgitopnm', 'pngtopnm', 'ffmpeg'))), 'netpbm and ffmpeg are needed')
     def test_other_programs_read_what_is_converted(self):
+        if missing := [name for name in ('sgitopnm', 'pngtopnm', 'ffmpeg') if shutil.which(name) is None]:
+            self.assertNotIn('VX_REQUIRE_READERS', os.environ, missing)
+            self.skipTest(f'needs {missing}')
+
         def output(*command):
             return subprocess.run(command, cwd=self.folder, capture_output=True, check=True).stdout
         width, height = 37, 11
@@ -202,11 +248,15 @@ class ToolTest(unittest.TestCase):
                 for storage in ('--rle', '--verbatim'):
                     self.run_tool('image', 'convert', 'in.png', 'out.sgi', storage)
                     self.run_tool('image', 'convert', 'out.sgi', 'back.png')
-                    for name, reader in (('out.sgi', 'sgitopnm'), ('back.png', 'pngtopnm')):
-                        if planes in (1, 3):
-                            read = output(reader, name)
-                            self.assertEqual(read[-len(b''.join(rows)):], b''.join(rows), (planes, size, name))
-                        if planes != 2 or name == 'back.png':
+                    for z in range(planes):
+                        places = range(z * size, width * planes * size, planes * size)
+                        plane = b''.join(row[x:x + size] for row in rows for x in places)
+                        read = output('sgitopnm', '-channel', str(z), 'out.sgi')
+                        self.assertEqual(read, b'P5\n%d %d\n%d\n' % (width, height, 256 ** size - 1) + plane)
+                    if planes in (1, 3):
+                        self.assertEqual(output('pngtopnm', 'back.png')[-len(b''.join(rows)):], b''.join(rows))
+                    for name in ('out.sgi', 'back.png'):
+                        if planes != 2 or name == 'back.png':  # ffmpeg takes no image files of 2 planes
                             read = output('ffmpeg', '-v', 'error', '-i', name, '-f', 'rawvideo', '-pix_fmt', pixels, '-')
                             self.assertEqual(read, b''.join(rows), (planes, size, name))
 
@@ -229,6 +279,8 @@ class ToolTest(unittest.TestCase):
         (self.folder / 'cut.png').write_bytes((self.folder / 'good.png').read_bytes()[:-14])
         (self.folder / 'cut').write_bytes(image_head(4, 4, 1) + bytes(15))
         (self.folder / 'five').write_bytes(image_head(1, 1, 5) + bytes(5))
+        (self.folder / 'mapped').write_bytes(image_head(1, 1, 1)[:104] + struct.pack('>i', 3) + bytes(HEAD - 108 + 1))
+        os.mkfifo(self.folder / 'pipe')
         (self.folder / 'folder').mkdir()
         for output in ('kept', 'kept.png'):
             (self.folder / output).write_text('kept')
@@ -238,22 +290,55 @@ class ToolTest(unittest.TestCase):
                 (1, 'cut.png: ', ['cut.png', 'kept']), (1, 'cut: plane 0, row 3: ', ['cut', 'kept.png']),
                 (1, '5 planes', ['five', 'kept']), (1, 'none: No such', ['none', 'kept']),
                 (1, 'folder: is no regular', ['good.png', 'folder']), (1, 'no/kept: No such', ['good.png', 'no/kept']),
+                (1, 'pipe: is no', ['good.png', 'pipe']),
+                (1, 'colormap 3', ['mapped', 'kept.png']), (2, '79 bytes', ['good.png', 'kept', '--name', 80 * 'x']),
                 (2, 'kept.png: both', ['good.png', 'kept.png']), (2, 'kept.png: ', ['cut', 'kept.png', '--rle']),
                 (2, 'excludes', ['good.png', 'kept', '--rle', '--verbatim'])):
             self.run_tool('image', 'convert', *arguments, code=code, error=error)
             for output in ('kept', 'kept.png'):
                 self.assertEqual((self.folder / output).read_text(), 'kept', arguments)
         self.assertEqual(self.leftovers(), [])
-        (self.folder / 'link').symlink_to('kept')
-        (self.folder / 'kept').chmod(0o640)
-        self.run_tool('image', 'convert', 'good.png', 'link')
-        self.assertTrue((self.folder / 'link').is_symlink())
-        self.assertEqual((self.folder / 'kept').stat().st_mode & 0o777, 0o640)
-        self.assertIn('good', self.run_tool('image', 'check', 'kept'))
+        self.assertIn('colormap    3', self.run_tool('image', 'info', 'mapped'))
+        self.run_tool('image', 'check', 'mapped')
+
+    def test_full_disk_leaves_the_output_alone(self):
+        noise = SAMPLES / 'netpbm_noise_33x29x3_1B_rle.sgi'
+        self.run_tool('image', 'convert', noise, 'noise.png')
+        for command in (['image', 'convert', noise, 'kept.png'], ['image', 'convert', 'noise.png', 'kept'],
+                        ['image', 'convert', '--verbatim', 'noise.png', 'kept'],
+                        ['samples', '--pattern', 'disk', '--grid', 2, '-o', 'kept']):
+            for size in (100, 300, 1000, 2500):
+                for output in ('kept', 'kept.png'):
+                    (self.folder / output).write_text('kept')
+                told = self.run_tool(*command, code=1, error=f'{command[-1]}: ...File too large',
+                                     first=on_a_full_disk(size))
+                self.assertEqual((told, self.leftovers()), ('', []))
+                for output in ('kept', 'kept.png'):
+                    self.assertEqual((self.folder / output).read_text(), 'kept', (command, size))
+
+    def test_output_keeps_links_permissions_and_owner(self):
+        png(self.folder / 'good.png', 2, [b'12', b'34'], 1, 8)
+        (self.folder / 'sub').mkdir()
+        for link, target in (('link', 'sub/link'), ('sub/link', '../sub/kept')):
+            (self.folder / link).symlink_to(target)
+        kept = self.folder / 'sub/kept'
+        owner = (os.getuid(), os.getgid())
+        for mode in (None, 0o6640):
+            if mode is not None:
+                owner = (4711, 4712) if os.getuid() == 0 else owner
+                os.chown(kept, *owner)
+                kept.chmod(mode)
+            self.run_tool('image', 'convert', 'good.png', 'link')
+            self.assertTrue((self.folder / 'link').is_symlink() and (self.folder / 'sub/link').is_symlink())
+            self.assertIn('good', self.run_tool('image', 'check', kept))
+        status = kept.stat()
+        self.assertEqual((status.st_mode & 0o7777, status.st_uid, status.st_gid), (0o640, *owner))
 
     def test_killed_conversion_leaves_no_half_file(self):
         sparse_image(self.folder / 'big', 32768, 65535)
-        for end, left in ((signal.SIGTERM, 0), (signal.SIGINT, 0), (signal.SIGKILL, 1)):
+        ends = ('HUP', 'INT', 'QUIT', 'ABRT', 'USR1', 'USR2', 'PIPE', 'ALRM', 'TERM', 'XCPU', 'VTALRM', 'PROF', 'POLL',
+                'SYS', 'PWR', 'RTMIN', 'RTMAX', 'KILL')
+        for end in (getattr(signal, 'SIG' + name) for name in ends):
             with subprocess.Popen([PROGRAM, 'image', 'convert', 'big', 'out.png'], cwd=self.folder,
                                   env=self.environment) as process:
                 while not any(file.stat().st_size for file in self.leftovers()):
@@ -262,7 +347,7 @@ class ToolTest(unittest.TestCase):
                 process.send_signal(end)
                 self.assertEqual(process.wait(), -end)
             self.assertFalse((self.folder / 'out.png').exists())
-            self.assertEqual(len(self.leftovers()), left, end)
+            self.assertEqual(len(self.leftovers()), end == signal.SIGKILL, end)
 
     def test_memory_does_not_grow_with_the_picture(self):
         peaks = []
@@ -313,6 +398,9 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(self.run_tool('match', '*.sgi', text='b.sgi\nb.png\nc.sgi'), 'b.sgi\nc.sgi\n')
         self.assertEqual(self.run_tool('match', '[~a]', 'a', code=1), '')
         self.run_tool('match', '[a', 'a', code=2, error='[a: ')
+        folder = os.open(self.folder, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        self.run_tool('match', '*', stdin=folder, code=1, error='standard input: Is a directory')
 
 
 if __name__ == '__main__':

@@ -23,6 +23,14 @@ int addPath(LevelList where, const std::string &directory, std::optional<unsigne
 int removePath(LevelList where, const std::string &entry);
 int movePath(LevelList where, const std::string &entry, unsigned position);
 
+// What these end in, in a process of its own: is the list kept as it was wanted? The user never
+// asks for it.
+int confirmPaths(LevelList where, const std::vector<std::string> &wanted);
+
+// Names registry files that cannot be read, whose directories are missing from the lists; are all
+// of those readable that there are? For the merged list both files count.
+bool areListsReadable(int level);
+
 struct FindOptions {
     std::vector<std::string> names;
     int category;

@@ -9,6 +9,7 @@
 #include "progress_bar.h"
 #include "report.h"
 
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -24,6 +25,7 @@ constexpr unsigned kMostPlanes = 4;
 constexpr unsigned kMostSide = 65535;  // of an image file
 constexpr std::uint64_t kMostPosition = 0xFFFFFFFE;
 constexpr std::int32_t kLongestStoredRow = 32767;
+constexpr std::size_t kLongestName = 79;
 
 // Rows of a file lie from the bottom of the picture up.
 class ImageSource : public PictureSource {
@@ -58,6 +60,16 @@ private:
     int m_y;
 };
 
+// What the library says, and the reason of the system. A write that was cut short has none: the
+// next byte tells it.
+std::string writeMessage(int file, const char *otherwise) {
+    if (errno == 0) {
+        [[maybe_unused]] const ssize_t put = write(file, "", 1);
+    }
+    const std::string reason = errno != 0 ? std::string(": ") + std::strerror(errno) : "";
+    return imageMessage(otherwise) + reason;
+}
+
 class ImageSink : public PictureSink {
 public:
     // Takes over the descriptor; `path` is for messages.
@@ -65,11 +77,13 @@ public:
               const ImageSettings &settings)
         : m_path(path), m_form(form), m_y(static_cast<int>(form.height)) {
         const unsigned storage = settings.verbatim ? VX_IMAGE_VERBATIM : VX_IMAGE_RUN_LENGTH;
+        errno = 0;
         m_image.reset(vxImageOpenFd(descriptor, "w", storage | form.elementBytes, 3U, form.width,
                                     form.height, form.planes));
         if (m_image == nullptr) {
+            const std::string what = writeMessage(descriptor, "cannot be written");
             close(descriptor);
-            throw Trouble(path, imageMessage("cannot be written"));
+            throw Trouble(path, what);
         }
         if (!settings.hostOrder) vxImageUsePublishedOrder(m_image.get());
         if (settings.name) vxImageSetName(m_image.get(), settings.name->c_str());
@@ -84,8 +98,9 @@ public:
     void writeLine(std::uint16_t *line) override {
         --m_y;
         for (int z = 0; z < static_cast<int>(m_form.planes); ++z, line += m_form.width) {
+            errno = 0;
             if (vxImagePutRow(m_image.get(), line, m_y, z) < 0) {
-                throw Trouble(m_path, imageMessage("a row could not be written"));
+                throw Trouble(m_path, writeMessage(m_image->file, "a row could not be written"));
             }
             if (vxImageRowSize(m_image.get()) > kLongestStoredRow) {
                 throw Trouble(m_path,
@@ -95,10 +110,11 @@ public:
     }
 
     void finish() override {
-        // What could not be closed cannot be ended in any other way: it stays until the process
-        // ends.
-        if (vxImageClose(m_image.release()) != 0) {
-            throw Trouble(m_path, imageMessage("could not be closed"));
+        VxImage *image = m_image.release();
+        const int file = image->file;
+        errno = 0;
+        if (closeImage(image) != 0) {
+            throw Trouble(m_path, writeMessage(file, "could not be closed"));
         }
     }
 
@@ -159,6 +175,10 @@ int convertPicture(const std::string &input, const std::string &output,
                                  : "a PNG file has no storage, byte order or name to set");
         return kUsage;
     }
+    if (settings.name.value_or("").size() > kLongestName) {
+        complain(*settings.name, "is longer than the 79 bytes of a name");
+        return kUsage;
+    }
     std::unique_ptr<PictureSource> source;
     const VxImage *original = nullptr;
     if (fromPng) {
@@ -170,6 +190,10 @@ int convertPicture(const std::string &input, const std::string &output,
     }
     const PictureForm form = source->form();
     checkForm(input, form);
+    if (toPng && original != nullptr && original->colormap != 0) {
+        throw Trouble(input, "has the colormap " + std::to_string(original->colormap) +
+                                 ": its elements are no plain colours, as a PNG file holds them");
+    }
     if (!toPng) checkFits(input, form, settings.verbatim);
 
     OutputFile target(output);

@@ -66,7 +66,10 @@ public:
 
 private:
     std::string reason(bool wins, const std::string &there) const {
-        if (wins) return ", found first";
+        if (wins) {
+            return there.starts_with("not") ? ", found first, and looked for no further"
+                                            : ", found first";
+        }
         if (m_decided) return ", behind the one that wins";
         // Through a missing folder and .. back out of it, the path as joined leads to a file.
         return there.starts_with("a file") ? ", passed over: missing as it is written"
@@ -87,6 +90,7 @@ void reportCandidates(const FindOptions &options, const char *name, const char *
         report.add(list->entries[i], candidate(list->entries[i], name));
 }
 
+// Was a file found that can be read?
 bool findFile(const FindOptions &options, const char *name) {
     VxSearchPath *list = vxPathStoreGet(options.category, VX_LEVEL_MERGED);
     if (list == nullptr) throw std::bad_alloc();
@@ -100,10 +104,9 @@ bool findFile(const FindOptions &options, const char *name) {
     }
     const std::string path = winner == name ? name : candidate(winner, name);
     if (!options.all && !options.explain) std::puts(path.c_str());  // as it is, for scripts
-    if (access(path.c_str(), R_OK) != 0) {
-        complain(path, std::string("found, but not readable: ") + std::strerror(errno));
-    }
-    return true;
+    if (access(path.c_str(), R_OK) == 0) return true;
+    complain(path, std::string("found, but not readable: ") + std::strerror(errno));
+    return false;
 }
 
 }  // namespace
@@ -112,6 +115,7 @@ int findFiles(const FindOptions &options) {
     bool all = true;
     for (const std::string &name : options.names)
         all = findFile(options, name.c_str()) && all;
+    if (!all) areListsReadable(VX_LEVEL_MERGED);  // for it may have been there
     return all ? kDone : kFailed;
 }
 

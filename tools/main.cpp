@@ -7,7 +7,9 @@
 #include <vxsearchpath.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <functional>
 #include <new>
@@ -129,6 +131,10 @@ void addPaths(CLI::App &app, Request &request) {
     choose(move, request,
            [&] { return movePath(request.edited(), request.directory, request.position); });
 
+    CLI::App *confirm = paths->add_subcommand("confirm")->fallthrough()->group("");
+    addText(confirm, "directory", request.names, "The list as it is wanted");
+    choose(confirm, request, [&] { return confirmPaths(request.edited(), request.names); });
+
     paths->footer(
         "Examples:\n"
         "  vxutil paths --category texture\n"
@@ -224,10 +230,15 @@ void addSamples(CLI::App &app, Request &request) {
     });
 }
 
-// The first line only: CLI11 may have more to say.
-int refuse(const CLI::Error &error) {
+// The first line only: CLI11 may have more to say. Where it misses a subcommand, it has passed over
+// the word in its place.
+int refuse(const CLI::App &app, const CLI::Error &error) {
     std::string what = error.what();
-    complain("command line", what.substr(0, what.find('\n')) + " (see --help)");
+    what.resize(std::min(what.find('\n'), what.size()));
+    const std::vector<std::string> left = app.remaining(true);
+    if (what == "A subcommand is required" && !left.empty())
+        what += ", which " + left.front() + " is not";
+    complain("command line", what + " (see --help)");
     return kUsage;
 }
 
@@ -248,13 +259,13 @@ int run(int count, char **arguments) {
         "  vxutil image check textures/*.sgi\n"
         "  vxutil image convert oak.png oak.sgi\n"
         "  vxutil samples --pattern disk --grid 4 -o disk.svg\n"
-        "Exit code: 0 done, 1 not found or damaged, 2 not asked for in the right way.\n"
+        "Exit code: 0 done, 1 not found, damaged or not to be done, 2 a wrong command line.\n"
         "Each subcommand has a --help of its own.");
     try {
         app.parse(guardedArguments(count, arguments));
         return request.run();
     } catch (const CLI::Error &error) {
-        return error.get_exit_code() == 0 ? app.exit(error) : refuse(error);
+        return error.get_exit_code() == 0 ? app.exit(error) : refuse(app, error);
     }
 }
 
@@ -280,6 +291,8 @@ int runAndReport(int count, char **arguments) {
 
 int main(int count, char **arguments) {
     std::setlocale(LC_CTYPE, "");  // names are in the code page of whoever types them
+    // A file that grows past the limit of its user is an error to report, not an end.
+    std::signal(SIGXFSZ, SIG_IGN);
     tool::collectImageMessages();
     return tool::runAndReport(count, arguments);
 }

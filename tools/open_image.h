@@ -10,8 +10,12 @@
 
 namespace tool {
 
+// The result of vxImageClose. What could not be closed cannot be ended in any other way: it stays
+// until the process ends.
+int closeImage(VxImage *image);
+
 struct ImageCloser {
-    void operator()(VxImage *image) const { vxImageClose(image); }
+    void operator()(VxImage *image) const { closeImage(image); }
 };
 using ImageHandle = std::unique_ptr<VxImage, ImageCloser>;
 

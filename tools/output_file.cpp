@@ -2,11 +2,11 @@
 
 #include "report.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -16,7 +16,11 @@ namespace tool {
 
 namespace {
 
-constexpr std::array kDeadlySignals = {SIGHUP, SIGINT, SIGPIPE, SIGTERM};
+constexpr int kMostLinks = 40;  // one behind the other, as the system allows
+
+// Those that do not end a process, and those that nobody can catch.
+constexpr std::array kHarmlessSignals = {SIGKILL, SIGSTOP, SIGCHLD, SIGCONT,  SIGTSTP,
+                                         SIGTTIN, SIGTTOU, SIGURG,  SIGWINCH, SIGXFSZ};
 
 // What the handler removes, in memory that it may touch at any moment; empty for nothing.
 char unfinished[PATH_MAX];
@@ -32,9 +36,7 @@ class SignalsHeld {
 public:
     SignalsHeld() {
         sigset_t held;
-        sigemptyset(&held);
-        for (const int signal : kDeadlySignals)
-            sigaddset(&held, signal);
+        sigfillset(&held);
         sigprocmask(SIG_BLOCK, &held, &m_before);
     }
     ~SignalsHeld() { sigprocmask(SIG_SETMASK, &m_before, nullptr); }
@@ -46,12 +48,14 @@ private:
 };
 
 void watchSignals() {
-    for (const int signal : kDeadlySignals) {
-        // A signal that the caller has had ignored stays so.
-        if (std::signal(signal, removeUnfinished) == SIG_IGN) std::signal(signal, SIG_IGN);
+    for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+        if (std::ranges::find(kHarmlessSignals, signal) != kHarmlessSignals.end()) continue;
+        // A signal that the caller has had ignored stays so, and the C library keeps a few.
+        struct sigaction now = {};
+        if (sigaction(signal, nullptr, &now) != 0 || now.sa_handler != SIG_DFL) continue;
+        now.sa_handler = removeUnfinished;
+        sigaction(signal, &now, nullptr);
     }
-    // A file that grows past the limit of its user is an error to report, not an end.
-    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 std::string folderOf(const std::string &path) {
@@ -59,22 +63,36 @@ std::string folderOf(const std::string &path) {
     return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
 }
 
-// Where a link leads to; a path to nothing is taken as it stands.
-std::string resolved(const std::string &path) {
-    char *real = realpath(path.c_str(), nullptr);
-    if (real == nullptr) return path;
-    std::string result(real);
-    std::free(real);
-    return result;
+// Where links lead to, be there a file or not.
+std::string behindLinks(const std::string &from) {
+    std::string path = from;
+    for (int i = 0; i < kMostLinks; ++i) {
+        char next[PATH_MAX];
+        const ssize_t length = readlink(path.c_str(), next, sizeof next);
+        if (length < 0 || length == sizeof next) return path;
+        const std::string target(next, static_cast<std::size_t>(length));
+        path = target.starts_with('/') ? target : folderOf(path).append(target);
+    }
+    errno = ELOOP;
+    throw systemTrouble(from);
 }
 
-// Permissions of the file that is replaced, or else those that a new file gets.
-mode_t modeFor(const std::string &target) {
+// Hands down what the replaced file has, or else gives what a new file gets.
+void giveRights(int file, const std::string &target) {
     struct stat status;
-    if (stat(target.c_str(), &status) == 0) return status.st_mode & 07777;
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666 & ~mask;
+    mode_t mode = 0;
+    if (stat(target.c_str(), &status) == 0) {
+        // Not everybody can give files away, but a group that one is in can be chosen.
+        if (fchown(file, status.st_uid, status.st_gid) != 0) {
+            [[maybe_unused]] const int kept = fchown(file, static_cast<uid_t>(-1), status.st_gid);
+        }
+        mode = status.st_mode & 0777;
+    } else {
+        const mode_t mask = umask(0);
+        umask(mask);
+        mode = 0666 & ~mask;
+    }
+    fchmod(file, mode);
 }
 
 void syncFolder(const std::string &folder) {
@@ -86,9 +104,9 @@ void syncFolder(const std::string &folder) {
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string &path) : m_path(path), m_target(resolved(path)) {
+OutputFile::OutputFile(const std::string &path) : m_path(path), m_target(behindLinks(path)) {
     struct stat status;
-    if (stat(m_target.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         throw Trouble(path, "is no regular file and cannot be replaced");
     }
     watchSignals();
@@ -102,7 +120,7 @@ OutputFile::OutputFile(const std::string &path) : m_path(path), m_target(resolve
     m_file = mkostemp(m_temporary.data(), O_CLOEXEC);
     if (m_file < 0) throw systemTrouble(path);
     std::strcpy(unfinished, m_temporary.c_str());
-    fchmod(m_file, modeFor(m_target));
+    giveRights(m_file, m_target);
 }
 
 OutputFile::~OutputFile() {

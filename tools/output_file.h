@@ -8,12 +8,16 @@ namespace tool {
 
 // Is written beside its target, under a name that begins with a dot, and takes the target's place
 // in one step when all of it is on the disk. Until then the target is as it was. A signal that ends
-// the process removes the unfinished file; only SIGKILL and a crash leave it behind.
+// the process removes the unfinished file; only SIGKILL leaves it behind.
+//
+// A file that is replaced hands its permissions down, and its owner and group as far as the user
+// may give files away; but no right to run as that owner.
 //
 // One at a time.
 class OutputFile {
 public:
-    // Throws Trouble. A link is followed, and what is no regular file is no target.
+    // Throws Trouble. A link is followed, also where it leads to no file yet; what is no regular
+    // file is no target.
     explicit OutputFile(const std::string &path);
     ~OutputFile();
     OutputFile(const OutputFile &) = delete;

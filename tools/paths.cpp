@@ -5,6 +5,8 @@
 
 #include <vxsearchpath.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +14,7 @@
 #include <filesystem>
 #include <memory>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace tool {
@@ -152,17 +155,18 @@ std::string registryFolder(int level) {
     return variable("HOME") + "/.config/vxutil";
 }
 
-// The lists are written when the process ends, too late to say that it failed: so whoever may not
-// write there is told now.
+std::string registryFile(int level) {
+    return registryFolder(level) + (level == VX_LEVEL_USER ? "/user.reg" : "/machine.reg");
+}
+
+// Whoever may not write there is told why, which the library cannot say afterwards.
 void checkRights(int level) {
-    const std::filesystem::path folder = registryFolder(level);
-    std::filesystem::path place = folder;
+    std::filesystem::path place = registryFolder(level);
     std::error_code ignored;
     while (!std::filesystem::exists(place, ignored) && place.has_relative_path())
         place = place.parent_path();
     if (place.empty()) place = ".";
-    const std::filesystem::path file =
-        folder / (level == VX_LEVEL_USER ? "user.reg" : "machine.reg");
+    const std::string file = registryFile(level);
     if (access(place.c_str(), W_OK | X_OK) != 0) throw systemTrouble(file);
     if (!std::filesystem::exists(file, ignored)) return;
     if (!std::filesystem::is_regular_file(file, ignored)) throw Trouble(file, "is no regular file");
@@ -183,7 +187,21 @@ std::uint32_t positionOf(const VxSearchPath *list, const std::string &entry) {
     throw Trouble(entry, "is not in the list");
 }
 
+// Text that begins and ends with a percent sign becomes the value of a variable, or will when
+// there is one.
+bool namesVariable(const std::string &path) {
+    for (std::size_t from = path.find('%'); from != std::string::npos;) {
+        const std::size_t to = path.find('%', from + 1);
+        if (to != std::string::npos && to > from + 1) return true;
+        from = to;
+    }
+    return false;
+}
+
 void checkEntry(const std::string &directory, const std::string &path) {
+    if (namesVariable(path)) {
+        throw Trouble(directory, "a directory with %NAME% in it cannot be kept in a list");
+    }
     if (directory.find(';') != std::string::npos) {
         throw Trouble(directory, "a directory with a semicolon cannot be kept in a list");
     }
@@ -193,19 +211,62 @@ void checkEntry(const std::string &directory, const std::string &path) {
     }
 }
 
-int misplaced(unsigned position, const VxSearchPath *list) {
-    complain(std::to_string(position),
-             "no such position in a list of " + std::to_string(list->count));
-    return kUsage;
+void checkPosition(unsigned position, std::uint32_t end, const VxSearchPath *list) {
+    if (position < end) return;
+    throw Trouble(std::to_string(position),
+                  "no such position in a list of " + std::to_string(list->count));
 }
 
-// Lets the merged list be made anew from what was changed.
-int changed(LevelList where, VxSearchPath *list) {
-    vxPathStoreSet(where.category, where.level, list);
-    return kDone;
+// The program again, to see whether a list is kept as it was wanted.
+[[noreturn]] void becomeConfirm(LevelList where, const VxSearchPath *wanted) {
+    const std::string file = registryFile(where.level);
+    std::vector<const char *> arguments = {"vxutil",
+                                           "paths",
+                                           "confirm",
+                                           "--category",
+                                           categoryName(where.category),
+                                           "--level",
+                                           levelName(where.level),
+                                           "--"};
+    arguments.insert(arguments.end(), wanted->entries, wanted->entries + wanted->count);
+    arguments.push_back(nullptr);
+    execv("/proc/self/exe", const_cast<char *const *>(arguments.data()));
+    complain(file, std::string("whether it was saved cannot be seen: ") + std::strerror(errno));
+    _exit(kFailed);
+}
+
+// The library writes its lists when a process ends, and says nothing when it cannot. So one process
+// edits and ends, and another one, which reads anew, looks at what has become of it. This one must
+// not end in between: it would write its own lists.
+[[noreturn]] void save(LevelList where, VxSearchPath *list) {
+    std::fflush(nullptr);
+    const pid_t editor = fork();
+    if (editor < 0) {
+        complain(registryFile(where.level), std::strerror(errno));
+        _exit(kFailed);
+    }
+    if (editor == 0) {
+        vxPathStoreSet(where.category, where.level, list);
+        std::exit(kDone);
+    }
+    while (waitpid(editor, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    becomeConfirm(where, list);
 }
 
 }  // namespace
+
+bool areListsReadable(int level) {
+    bool all = true;
+    for (const int kept : {VX_LEVEL_USER, VX_LEVEL_MACHINE}) {
+        const std::string file = registryFile(kept);
+        if (level != VX_LEVEL_MERGED && level != kept) continue;
+        if (access(file.c_str(), R_OK) == 0 || errno == ENOENT) continue;
+        complain(file, std::strerror(errno));
+        all = false;
+    }
+    return all;
+}
 
 int listPaths(const std::vector<int> &categories, int level, bool json) {
     const char *separator = "[\n";
@@ -219,7 +280,7 @@ int listPaths(const std::vector<int> &categories, int level, bool json) {
         }
     }
     if (json) std::puts("\n]");
-    return kDone;
+    return areListsReadable(level) ? kDone : kFailed;
 }
 
 int addPath(LevelList where, const std::string &directory, std::optional<unsigned> position) {
@@ -227,36 +288,46 @@ int addPath(LevelList where, const std::string &directory, std::optional<unsigne
     VxSearchPath *list = listOf(where);
     const std::string path = canonical(directory);
     checkEntry(directory, path);
-    if (position.value_or(0) > list->count) return misplaced(*position, list);
+    const unsigned place = position.value_or(list->count);
+    checkPosition(place, list->count + 1, list);
     if (list->count >= kMostEntries) {
         throw Trouble(directory, "the list is full: it keeps 128 directories");
     }
     if (vxSearchPathIndexOf(list, path.c_str()) >= 0) {
         throw Trouble(directory, "is in the list already");
     }
-    if (vxSearchPathInsert(list, position.value_or(list->count), path.c_str()) == 0) {
-        throw std::bad_alloc();
-    }
-    return changed(where, list);
+    if (vxSearchPathInsert(list, place, path.c_str()) == 0) throw std::bad_alloc();
+    save(where, list);
 }
 
 int removePath(LevelList where, const std::string &entry) {
     checkRights(where.level);
     VxSearchPath *list = listOf(where);
     vxSearchPathRemove(list, positionOf(list, entry));
-    return changed(where, list);
+    save(where, list);
 }
 
 int movePath(LevelList where, const std::string &entry, unsigned position) {
     checkRights(where.level);
     VxSearchPath *list = listOf(where);
-    if (position >= list->count) return misplaced(position, list);
+    checkPosition(position, list->count, list);
     std::uint32_t at = positionOf(list, entry);
     for (; at < position; ++at)
         vxSearchPathSwap(list, at, at + 1);
     for (; at > position; --at)
         vxSearchPathSwap(list, at, at - 1);
-    return changed(where, list);
+    save(where, list);
+}
+
+int confirmPaths(LevelList where, const std::vector<std::string> &wanted) {
+    const VxSearchPath *list = listOf(where);
+    if (std::equal(wanted.begin(), wanted.end(), list->entries, list->entries + list->count)) {
+        _exit(kDone);  // without the library writing once more
+    }
+    complain(registryFile(where.level),
+             "does not hold the edited list; is the disk full, or the file or its .lock not "
+             "writable?");
+    _exit(kFailed);
 }
 
 }  // namespace tool

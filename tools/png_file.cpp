@@ -1,20 +1,48 @@
 #include "png_file.h"
 
+#include "input_file.h"
 #include "report.h"
 
+#include <cerrno>
+#include <cstring>
 #include <new>
+#include <unistd.h>
 
 namespace tool {
 
 bool isPngFile(const std::string &path) {
-    const FileHandle file(std::fopen(path.c_str(), "rbe"));
+    const int file = openRegularFile(path);
     png_byte signature[8];
-    return file != nullptr && std::fread(signature, 1, sizeof signature, file.get()) == 8 &&
-           png_sig_cmp(signature, 0, sizeof signature) == 0;
+    const ssize_t got = read(file, signature, sizeof signature);
+    const int failure = errno;
+    close(file);
+    if (got >= 0) return got == 8 && png_sig_cmp(signature, 0, sizeof signature) == 0;
+    errno = failure;
+    throw systemTrouble(path);
 }
 
-PngFile::PngFile(const std::string &path, std::FILE *file) : m_path(path), m_file(file) {
-    if (file == nullptr) throw systemTrouble(path);
+PngFile::PngFile(const std::string &path, int descriptor, const char *mode)
+    : m_path(path), m_file(fdopen(descriptor, mode)) {
+    if (m_file != nullptr) return;
+    close(descriptor);
+    throw std::bad_alloc();
+}
+
+void PngFile::readBytes(png_structp png, png_bytep bytes, std::size_t count) {
+    auto *file = static_cast<std::FILE *>(png_get_io_ptr(png));
+    if (std::fread(bytes, 1, count, file) == count) return;
+    png_error(png, std::ferror(file) != 0 ? std::strerror(errno) : "the file ends too early");
+}
+
+void PngFile::writeBytes(png_structp png, png_bytep bytes, std::size_t count) {
+    auto *file = static_cast<std::FILE *>(png_get_io_ptr(png));
+    if (std::fwrite(bytes, 1, count, file) != count) png_error(png, std::strerror(errno));
+}
+
+void PngFile::flushBytes(png_structp png) {
+    if (std::fflush(static_cast<std::FILE *>(png_get_io_ptr(png))) != 0) {
+        png_error(png, std::strerror(errno));
+    }
 }
 
 void PngFile::jumpOut(png_structp png, png_const_charp text) {
@@ -31,7 +59,7 @@ void PngFile::guarded(Calls calls) {
     calls();
 }
 
-PngSource::PngSource(const std::string &path) : PngFile(path, std::fopen(path.c_str(), "rbe")) {
+PngSource::PngSource(const std::string &path) : PngFile(path, openRegularFile(path), "rb") {
     m_png = png_create_read_struct(PNG_LIBPNG_VER_STRING, static_cast<PngFile *>(this), jumpOut,
                                    passOver);
     if (m_png != nullptr) m_info = png_create_info_struct(m_png);
@@ -49,7 +77,7 @@ PngSource::~PngSource() {
 
 void PngSource::readHead() {
     guarded([this] {
-        png_init_io(m_png, m_file.get());
+        png_set_read_fn(m_png, m_file.get(), readBytes);
         png_read_info(m_png, m_info);
         png_set_expand(m_png);
         png_read_update_info(m_png, m_info);
@@ -79,7 +107,7 @@ void PngSource::finish() {
 }
 
 PngSink::PngSink(const std::string &path, int descriptor, const PictureForm &form)
-    : PngFile(path, fdopen(descriptor, "wb")) {
+    : PngFile(path, descriptor, "wb") {
     static constexpr int kColorTypes[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA,
                                           PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGB_ALPHA};
     m_form = form;
@@ -89,7 +117,7 @@ PngSink::PngSink(const std::string &path, int descriptor, const PictureForm &for
     if (m_png != nullptr) m_info = png_create_info_struct(m_png);
     try {
         guarded([this] {
-            png_init_io(m_png, m_file.get());
+            png_set_write_fn(m_png, m_file.get(), writeBytes, flushBytes);
             png_set_IHDR(m_png, m_info, m_form.width, m_form.height,
                          static_cast<int>(m_form.elementBytes * 8), kColorTypes[m_form.planes - 1],
                          PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);

@@ -12,6 +12,7 @@
 
 namespace tool {
 
+// Throws Trouble when there is no file to read.
 bool isPngFile(const std::string &path);
 
 struct FileCloser {
@@ -22,14 +23,19 @@ using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
 // What both directions share: the file, the messages, and a line as the file has it.
 class PngFile {
 public:
-    // Takes over `file`, which may be null after a failed open.
-    PngFile(const std::string &path, std::FILE *file);
+    // Takes over the descriptor.
+    PngFile(const std::string &path, int descriptor, const char *mode);
 
 protected:
     // Runs calls of libpng, which leaves them by a jump when there is trouble: nothing in them may
     // need a destructor.
     template <typename Calls>
     void guarded(Calls calls);
+
+    // What libpng reads and writes by, with the reason when that fails.
+    static void readBytes(png_structp png, png_bytep bytes, std::size_t count);
+    static void writeBytes(png_structp png, png_bytep bytes, std::size_t count);
+    static void flushBytes(png_structp png);
 
     [[noreturn]] static void jumpOut(png_structp png, png_const_charp text);
     static void passOver(png_structp, png_const_charp) {}  // of warnings
