@@ -31,10 +31,9 @@ class Row:
     remark: str = ''
 
 
-def figures(bars, ours, **peers):
+def figures(bars, ours, peers):
     """One figure for each name in `bars`; {} in a benchmark's name stands for the figure's."""
-    return [Figure(name, ours.format(name), bar,
-                   {peer.replace('_', ' '): at.format(name) for peer, at in peers.items()})
+    return [Figure(name, ours.format(name), bar, {peer: at.format(name) for peer, at in peers.items()})
             for name, bar in bars.items()]
 
 
@@ -62,7 +61,7 @@ ROWS = [
         Figure('100,000', 'append_vx/100000', 1.3,
                {'GLib': 'append_glib/100000', 'std::vector': 'append_std/100000'})]),
     Row('containers', 'insert and remove in the middle', TIME,
-        figures({'1000': 1.15, '100000': 1.15}, 'middle_vx/{}', memmove='middle_memmove/{}')),
+        figures({'1000': 1.15, '100000': 1.15}, 'middle_vx/{}', {'memmove': 'middle_memmove/{}'})),
     Row('containers', 'walk, an element', TIME, [
         Figure('list', 'walk_list_vx', 1.5, {'std::vector': 'walk_list_std'}),
         Figure('table', 'walk_table_vx', 1.0, {'std::unordered_set': 'walk_table_std'})]),
@@ -81,7 +80,7 @@ ROWS = [
         Figure('4096 bytes', 'copy_vx/4096', 1.0, {'that of 64 bytes': 'copy_vx/64'},
                {'std::string': 'copy_std/4096'})]),
     Row('strings', 'append with a hint, bytes', TIME,
-        figures({'1': 3.0, '8': 3.0}, 'append_vx/{}', std__string='append_std/{}')),
+        figures({'1': 3.0, '8': 3.0}, 'append_vx/{}', {'std::string': 'append_std/{}'})),
     Row('strings', 'find a text in 4 KiB', SPEED, [
         Figure('', 'find_vx', 0.8, {'memmem': 'find_memmem'}),
         Figure('ignoring case', 'find_folded_vx', 0.75, {'strcasestr': 'find_folded_strcasestr'})]),
@@ -99,7 +98,7 @@ ROWS = [
                {'strcasecmp': 'order_folded_strcasecmp/1'})]),
 
     Row('searchpath', 'find a file, directories', TIME,
-        figures({'10': 1.05, '100': 1.05}, 'find/vxutil/{}', bare_stat='find/stat/{}')),
+        figures({'10': 1.05, '100': 1.05}, 'find/vxutil/{}', {'bare stat': 'find/stat/{}'})),
     Row('calls', 'calls to test a directory', COUNT, [Figure('', 'stats a directory', 1, {})]),
 
     Row('load', 'save a changed list of settings', TIME, [
@@ -112,7 +111,7 @@ ROWS = [
 
     Row('pattern', 'match', TIME, list(patterns())),
     Row('pattern', 'match `*a*a*a*bc`, bytes', TIME,
-        figures({'32': 10.0, '402': 10.0}, 'aaa_{}/vxutil', RE2='aaa_{}/re2')),
+        figures({'32': 10.0, '402': 10.0}, 'aaa_{}/vxutil', {'RE2': 'aaa_{}/re2'})),
     Row('pattern', 'the worst form and subject, us', LIMIT, [
         Figure('', [f'worst/{element}/{locale}' for element in ('*a', '*[~b-z]')
                     for locale in ('C', 'ja_JP.SJIS')], 300, {})]),

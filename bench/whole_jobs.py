@@ -166,8 +166,9 @@ def calls_of_keeping(folder, scratch):
         with open(f'{registry}/{file}.reg', 'w', encoding='utf-8') as settings:
             settings.write(f'REGEDIT4\n\n[{root}\\Software\\Meridane\\Vandermire\\Texture Paths]\n'
                            '"0"="/maps/a"\n')
-    calls = [line for line in traced(scratch, [f'{folder}/find_names', '/nowhere', '1', '1'])
-             if registry in line]
+    life = [f'{folder}/find_names', '/nowhere', '1', '1']
+    output(life)  # makes what is missing
+    calls = [line for line in traced(scratch, life) if registry in line]
     if not any(line.startswith('read(') for line in calls):
         raise Incomplete('the settings were not read')
     writing = re.compile('(p?write|rename|f?truncate|fsync|fdatasync|unlink)')
