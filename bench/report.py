@@ -41,6 +41,10 @@ def bar(line):
     return f"{sign} {line['bar']:.3g}"
 
 
+def remark(line):
+    return '' if line['result'] == 'met' else line['remark']
+
+
 def rows_of(cells):
     return ['| ' + ' | '.join(line) + ' |' for line in cells]
 
@@ -58,7 +62,7 @@ def full_cells(lines):
                          for peer, value in line['peers'].items()) if compared else '',
                ratio(line) if compared else '',
                '–'.join(map(number, line['quartiles'])) if compared else '',
-               bar(line), line['result'] + (f". {line['remark']}" if line['remark'] else '')]
+               bar(line), line['result'] + ('. ' + remark(line) if remark(line) else '')]
 
 
 def full_table(lines):
@@ -77,12 +81,27 @@ def short_cells(lines):
         names = joined(line['figure'] for line in group)
         peers = dict.fromkeys(line['peer'] for line in group if 'peer' in line)
         worst = max((line['result'] for line in group), key=RESULTS.index)
-        yield [operation + (': ' + names if names else ''), ', '.join(peers),
+        yield [operation + (': ' + names if names else ''), '; '.join(peers),
                joined(ratio(line) for line in group), joined(bar(line) for line in group), worst]
 
 
 def short_table(lines):
     return titled(['Operation', 'Beside', 'Ratio', 'Held to', 'Result'], short_cells(lines))
+
+
+def remarks(lines):
+    lines = [line for line in lines if remark(line)]
+    return '\n'.join(f"- {line['operation']}{': ' * bool(line['figure'])}{line['figure']}, "
+                     f"{ratio(line)}: {remark(line)}" for line in lines)
+
+
+def short_jobs(lines):
+    def cells():
+        for job, programs in groupby(lines, lambda line: line['job']):
+            library, *others = programs
+            yield [job, duration(library['seconds']),
+                   ', '.join(f"{line['program']} {number(line['ratio'])}" for line in others)]
+    return titled(['Whole process', 'Time', 'Others, as multiples of it'], cells())
 
 
 def jobs_table(lines):
@@ -122,7 +141,9 @@ def whole(results):
 
 
 def short(results):
-    return '\n\n'.join([summary(results), short_table(results['figures'])]) + '\n'
+    parts = [summary(results), short_table(results['figures']), remarks(results['figures']),
+             short_jobs(results['jobs'])]
+    return '\n\n'.join(filter(None, parts)) + '\n'
 
 
 def put(path, text):

@@ -18,7 +18,7 @@ class Figure:
     bar: float
     peers: dict   # the bar holds for the fastest of them: what it is called -> benchmark or sum
     also: dict = field(default_factory=dict)  # shown, but not held to
-    remark: str = ''
+    remark: str = ''  # what keeps it from being met, should it miss
 
 
 @dataclass
@@ -32,8 +32,9 @@ class Row:
 
 
 def figures(bars, ours, peers):
-    """One figure for each name in `bars`; {} in a benchmark's name stands for the figure's."""
-    return [Figure(name, ours.format(name), bar, {peer: at.format(name) for peer, at in peers.items()})
+    """One figure for each number in `bars`, which stands for {} in the names of its benchmarks."""
+    return [Figure(f'{name:,}', ours.format(name), bar,
+                   {peer: at.format(name) for peer, at in peers.items()})
             for name, bar in bars.items()]
 
 
@@ -56,12 +57,12 @@ def run_lengths(width, noise, flat, small_type):
 
 ROWS = [
     Row('containers', 'append a pointer', TIME, [
-        Figure('1000', 'append_vx/1000', 0.75, {'GLib': 'append_glib/1000'},
+        Figure('1,000', 'append_vx/1000', 0.75, {'GLib': 'append_glib/1000'},
                {'std::vector': 'append_std/1000'}),
         Figure('100,000', 'append_vx/100000', 1.3,
                {'GLib': 'append_glib/100000', 'std::vector': 'append_std/100000'})]),
     Row('containers', 'insert and remove in the middle', TIME,
-        figures({'1000': 1.15, '100000': 1.15}, 'middle_vx/{}', {'memmove': 'middle_memmove/{}'})),
+        figures({1000: 1.15, 100000: 1.15}, 'middle_vx/{}', {'memmove': 'middle_memmove/{}'})),
     Row('containers', 'walk, an element', TIME, [
         Figure('list', 'walk_list_vx', 1.5, {'std::vector': 'walk_list_std'}),
         Figure('table', 'walk_table_vx', 1.0, {'std::unordered_set': 'walk_table_std'})]),
@@ -71,7 +72,9 @@ ROWS = [
                {'absl::flat_hash_set': f'set_{name}<AbslSet>', 'GLib': f'set_{name}<GlibSet>'})
         for name, bar in {'find': 1.3, 'fill': 1.0, 'remove_insert': 0.5}.items()]),
     Row('containers', 'find owned texts of 36 bytes', TIME,
-        [Figure('', 'owned_find_vx', 1.0, {'std::unordered_set': 'owned_find_std'})]),
+        [Figure('', 'owned_find_vx', 1.0, {'std::unordered_set': 'owned_find_std'})],
+        remark='A bucket keeps elements and hashes in two lists, each hash in a cell of its own: more '
+               'places of memory to visit than the one node of the peer.'),
     Row('containers', 'hashes taken in a call with owned texts', COUNT,
         [Figure('', 'owned_hashes', 1, {})]),
 
@@ -80,9 +83,9 @@ ROWS = [
         Figure('4096 bytes', 'copy_vx/4096', 1.0, {'that of 64 bytes': 'copy_vx/64'},
                {'std::string': 'copy_std/4096'})]),
     Row('strings', 'append with a hint, bytes', TIME,
-        figures({'1': 3.0, '8': 3.0}, 'append_vx/{}', {'std::string': 'append_std/{}'})),
+        figures({1: 3.0, 8: 3.0}, 'append_vx/{}', {'std::string': 'append_std/{}'})),
     Row('strings', 'find a text in 4 KiB', SPEED, [
-        Figure('', 'find_vx', 0.8, {'memmem': 'find_memmem'}),
+        Figure('as it is', 'find_vx', 0.8, {'memmem': 'find_memmem'}),
         Figure('ignoring case', 'find_folded_vx', 0.75, {'strcasestr': 'find_folded_strcasestr'})]),
     Row('strings', 'find by a set in 4 KiB', SPEED, [
         Figure('in it', 'span_vx', 4.0, {'find_first_not_of': 'span_std'}),
@@ -91,14 +94,16 @@ ROWS = [
         Figure('equality, equal', 'equal_vx/0', 0.8, {'memcmp': 'order_memcmp/0'}),
         Figure('equality, last byte differs', 'equal_vx/1', 0.8, {'memcmp': 'order_memcmp/1'}),
         Figure('order, equal', 'order_vx/0', 0.8, {'memcmp': 'order_memcmp/0'}),
-        Figure('order, last byte differs', 'order_vx/1', 0.8, {'memcmp': 'order_memcmp/1'}),
+        Figure('order, last byte differs', 'order_vx/1', 0.8, {'memcmp': 'order_memcmp/1'},
+               remark='The order is that of signed bytes. `memcmp` does not tell where two texts '
+                      'differ, so the last stretch is compared again, by halves.'),
         Figure('ignoring case, equal', 'order_folded_vx/0', 0.1,
                {'strcasecmp': 'order_folded_strcasecmp/0'}),
         Figure('ignoring case, last byte differs', 'order_folded_vx/1', 0.1,
                {'strcasecmp': 'order_folded_strcasecmp/1'})]),
 
     Row('searchpath', 'find a file, directories', TIME,
-        figures({'10': 1.05, '100': 1.05}, 'find/vxutil/{}', {'bare stat': 'find/stat/{}'})),
+        figures({10: 1.05, 100: 1.05}, 'find/vxutil/{}', {'bare stat': 'find/stat/{}'})),
     Row('calls', 'calls to test a directory', COUNT, [Figure('', 'stats a directory', 1, {})]),
 
     Row('load', 'save a changed list of settings', TIME, [
@@ -111,7 +116,7 @@ ROWS = [
 
     Row('pattern', 'match', TIME, list(patterns())),
     Row('pattern', 'match `*a*a*a*bc`, bytes', TIME,
-        figures({'32': 10.0, '402': 10.0}, 'aaa_{}/vxutil', {'RE2': 'aaa_{}/re2'})),
+        figures({32: 10.0, 402: 10.0}, 'aaa_{}/vxutil', {'RE2': 'aaa_{}/re2'})),
     Row('pattern', 'the worst form and subject, us', LIMIT, [
         Figure('', [f'worst/{element}/{locale}' for element in ('*a', '*[~b-z]')
                     for locale in ('C', 'ja_JP.SJIS')], 300, {})]),
@@ -124,15 +129,19 @@ ROWS = [
                {'pread': 'verbatim_in/2/host/plain'}),
         Figure('2 bytes, published order', 'verbatim_in/2/published/vxutil', 0.85,
                {'pread, swap': 'verbatim_in/2/published/plain'},
-               {'OpenImageIO': 'verbatim_in/2/openimageio'})]),
-    Row('image', 'run-length rows in, 1 byte', SPEED, run_lengths(1, 3.0, 2.0, 1.5), wall=True),
+               {'OpenImageIO': 'verbatim_in/2/openimageio'})],
+        remark='Rows go through a buffer, so that the caller\'s row stays as it was when a read falls '
+               'short; the peer reads in place.'),
+    Row('image', 'run-length rows in, 1 byte', SPEED, run_lengths(1, 3.0, 2.0, 1.5), wall=True,
+        remark='Elements arrive as 16 bits, twice the memory that the peer writes.'),
     Row('image', 'run-length rows in, 2 bytes', SPEED, run_lengths(2, 3.5, 2.7, 1.7), wall=True),
     Row('image', 'verbatim rows out', SPEED, [
         Figure('1 byte', 'verbatim_out/1/published/vxutil', 0.8, {'pwrite': 'verbatim_out/1/plain'}),
         Figure('2 bytes, host order', 'verbatim_out/2/host/vxutil', 0.8,
                {'pwrite': 'verbatim_out/2/plain'}),
         Figure('2 bytes, published order', 'verbatim_out/2/published/vxutil', 0.8,
-               {'pwrite': 'verbatim_out/2/plain'})]),
+               {'pwrite': 'verbatim_out/2/plain'})],
+        remark='The least and greatest element of each row are noted for the header.'),
     Row('image', 'encode a row of 2048', SPEED, [
         Figure(f'{name}, {width} byte' + 's' * (width - 1), f'encode/{width}/{name}/vxutil', bar,
                {'plain scan': 'encode/plain_scan'})
@@ -170,18 +179,21 @@ ROWS = [
         Figure(f'{pattern}, n = {n}', f'{pattern}/{n}', 1.15,
                {'bare calls': f'{pattern}BareCalls/{n}'},
                {'with memory': f'{pattern}BareCallsAndMemory/{n}'})
-        for pattern in ('square', 'disk') for n in (4, 8)]),
+        for pattern in ('square', 'disk') for n in (4, 8)],
+        remark='The bare calls leave out the memory of the table, which is beside them.'),
     Row('sampling', 'a pixel of 16 samples', TIME,
-        [Figure('', 'pixel', 2.0, {'the same sums in line': 'pixelInLine'})]),
+        [Figure('', 'pixel', 2.0, {'the same sums in line': 'pixelInLine'})],
+        remark='Each sample takes calls into the shared library.'),
 
     Row('text', 'open and close a pinned stream', TIME, [
-        Figure('', 'stream/vxutil', 1.15, {'fopen, fclose': 'stream/fopen'}),
+        Figure('in "C"', 'stream/vxutil', 1.15, {'fopen, fclose': 'stream/fopen'}),
         Figure('under a decimal comma', 'stream/vxutil_decimal_comma', 1.15,
                {'fopen, fclose': 'stream/fopen'},
-               remark='Two changes of the locale, which the C library makes dear.')]),
-    Row('text', 'read lines', SPEED, [
-        Figure('', 'line/vxutil', 0.9, {'fgets': 'line/fgets'}),
-        Figure('and trim', 'trimmed/vxutil', 0.8, {'fgets, GLib': 'trimmed/fgets_and_glib'})]),
+               remark='Two changes of the locale of the process, in the C library.')]),
+    Row('text', 'lines', SPEED, [
+        Figure('read', 'line/vxutil', 0.9, {'fgets': 'line/fgets'},
+               remark='`fgets` does not tell how much it has read, so the end is looked for again.'),
+        Figure('read and trim', 'trimmed/vxutil', 0.8, {'fgets, GLib': 'trimmed/fgets_and_glib'})]),
 ]
 
 
