@@ -132,8 +132,8 @@ ROWS = [
         Figure('2 bytes, published order', 'verbatim_in/2/published/vxutil', 0.85,
                {'pread, swap': 'verbatim_in/2/published/plain'},
                {'OpenImageIO': 'verbatim_in/2/openimageio'})],
-        remark='Rows go through a buffer, so that the caller\'s row stays as it was when a read falls '
-               'short; the peer reads in place.'),
+        remark='`read` keeps the place in the file up to date, as `pread` does not have to, and rows '
+               'go through a buffer, so that the caller\'s stays as it was when a read falls short.'),
     Row('image', 'run-length rows in, 1 byte', SPEED, run_lengths(1, 3.0, 2.0, 1.5), wall=True,
         remark='Elements arrive as 16 bits, twice the memory that the peer writes.'),
     Row('image', 'run-length rows in, 2 bytes', SPEED, run_lengths(2, 3.5, 2.7, 1.7), wall=True),
@@ -143,7 +143,8 @@ ROWS = [
                {'pwrite': 'verbatim_out/2/plain'}),
         Figure('2 bytes, published order', 'verbatim_out/2/published/vxutil', 0.8,
                {'pwrite': 'verbatim_out/2/plain'})],
-        remark='The least and greatest element of each row are noted for the header.'),
+        remark='The least and greatest element of each row are noted for the header, and `write` '
+               'keeps the place in the file up to date, as `pwrite` does not have to.'),
     Row('image', 'encode a row of 2048', SPEED, [
         Figure(f'{name}, {width} byte' + 's' * (width - 1), f'encode/{width}/{name}/vxutil', bar,
                {'plain scan': 'encode/plain_scan'})
