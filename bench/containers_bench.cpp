@@ -333,4 +333,35 @@ void owned_find_std(State &state) {
 BENCHMARK(owned_find_vx);
 BENCHMARK(owned_find_std);
 
+int hashesTaken;
+
+struct CountedHash {
+    std::size_t operator()(const std::string &text) const {
+        ++hashesTaken;
+        return std::hash<std::string>()(text);
+    }
+};
+
+// How often a text is hashed in the most expensive of the calls.
+void owned_hashes(State &state) {
+    const std::string text = texts()[0];
+    int most = 0;
+    const auto note = [&](auto call) {
+        hashesTaken = 0;
+        call();
+        most = std::max(most, hashesTaken);
+    };
+    VxOwningTable<std::string, CountedHash> set(kSetBuckets);
+    for (auto _ : state) {
+        note([&] { set.insert(text); });
+        note([&] { set.insert(text); });
+        note([&] { set.has(text); });
+        note([&] { set.remove(text); });
+        note([&] { set.remove(text); });
+    }
+    state.counters["count"] = most;
+}
+
+BENCHMARK(owned_hashes)->Iterations(1);
+
 }  // namespace

@@ -98,24 +98,30 @@ private:
 
 // ---- Comparing --------------------------------------------------------------------------------
 
-// Adds to `i` as many whole stretches of n bytes as are equal.
+// Moves `i` behind a stretch of n bytes if that is equal.
 template <int kStretch>
-void skipEqual(const char *one, const char *other, int n, int &i) {
-    while (n - i >= kStretch && std::memcmp(one + i, other + i, kStretch) == 0)
-        i += kStretch;
+bool skipEqual(const char *one, const char *other, int n, int &i) {
+    if (n - i < kStretch || std::memcmp(one + i, other + i, kStretch) != 0) return false;
+    i += kStretch;
+    return true;
+}
+
+// The same with ever smaller stretches, of sizes that the compiler knows and so compares in line.
+template <int kStretch>
+void skipHalves(const char *one, const char *other, int n, int &i) {
+    skipEqual<kStretch>(one, other, n, i);
+    if constexpr (kStretch > 1) skipHalves<kStretch / 2>(one, other, n, i);
 }
 
 // The index of the first of n bytes that differ, n if none do. The C library compares fast but does
-// not tell where; so it gets ever smaller stretches.
+// not tell where; so it gets long stretches, and then the halves of the one that differs.
 int firstDifference(const char *one, const char *other, int n) {
+    constexpr int kStretch = 512;
     if (*one != *other) return 0;
     int i = 0;
-    skipEqual<512>(one, other, n, i);
-    skipEqual<128>(one, other, n, i);
-    skipEqual<32>(one, other, n, i);
-    skipEqual<8>(one, other, n, i);
-    while (i < n && one[i] == other[i])
-        ++i;
+    while (skipEqual<kStretch>(one, other, n, i))
+        continue;
+    skipHalves<kStretch / 2>(one, other, n, i);
     return i;
 }
 

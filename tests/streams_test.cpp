@@ -17,13 +17,13 @@ std::string numericLocale() {
     return std::setlocale(LC_NUMERIC, nullptr);
 }
 
-std::string localeAtClose;
+std::string *localeAtClose;  // null: nobody wants to know
 
 }  // namespace
 
 // Stands before that of the C library, for the library under test too.
 extern "C" __attribute__((visibility("default"))) int fclose(FILE *stream) {
-    localeAtClose = numericLocale();
+    if (localeAtClose != nullptr) *localeAtClose = numericLocale();
     return reinterpret_cast<int (*)(FILE *)>(::dlsym(RTLD_NEXT, "fclose"))(stream);
 }
 
@@ -61,8 +61,11 @@ TEST_F(Streams, PinTheLocaleWhileTheyAreOpen) {
     EXPECT_EQ(number, 1.25);
     EXPECT_EQ(std::ftell(stream), 4);
     EXPECT_EQ(numericLocale(), "C");
+    std::string locale;
+    localeAtClose = &locale;
     EXPECT_EQ(close_(stream), 0);
-    EXPECT_EQ(localeAtClose, kUsers) << "what closing a file calls has the user's locale";
+    localeAtClose = nullptr;
+    EXPECT_EQ(locale, kUsers) << "what closing a file calls has the user's locale";
     EXPECT_EQ(numericLocale(), kUsers);
 }
 

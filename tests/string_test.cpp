@@ -301,7 +301,10 @@ TEST(StringSearch, FindsBytesOfEitherCaseAcrossStretches) {
 // ---- Order, hash, numbers ---------------------------------------------------------------------
 
 TEST(StringOrder, ComparesSignedBytesAndTheTerminator) {
-    for (const DataRow &row : dataRows("string.txt", "order")) {
+    std::vector<DataRow> rows = dataRows("string.txt", "order");
+    const std::string tail(600, 'z');  // where the texts agree again
+    rows.push_back({"c" + tail, "d" + tail, "-1", "-1"});
+    for (const DataRow &row : rows) {
         const std::string &left = row[0];
         const std::string &right = row[1];
         const int order = std::stoi(row[2]);
