@@ -1,0 +1,57 @@
+// Patterns: compiled from a wildcard or from source text, or a form as it comes, and matched
+// against the definition. Input: texts, the first one the pattern and the last one the subject.
+
+#include "fuzz/fuzz.h"
+#include "pattern/pattern_compiler.h"
+#include "tests/pattern_model.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+// Does the definition hold for a form: it ends within its buffer, and so do its lists.
+bool isSound(const char *form) {
+    for (int at = 0; at < VX_PATTERN_SIZE;) {
+        const char opcode = form[at++];
+        if (opcode == '\0') return true;
+        if (opcode == '[' || opcode == '!') at += static_cast<unsigned char>(form[at]) + 1;
+    }
+    return false;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    const Texts input(data, size, 2);
+    const unsigned kind = input.choices >> 1 & 3;
+    const Exactly form(std::string(VX_PATTERN_SIZE - 1, '#'));
+    const Exactly subject(input.texts.back());
+    if (kind < 2) {
+        const Exactly wildcard(input[0]);
+        if (vxCompileWildcard(wildcard, form) == 0) return 0;
+        const std::size_t length = std::strlen(form);
+        CHECK(std::all_of(form + length, form + VX_PATTERN_SIZE, [](char c) { return c == 0; }));
+    } else if (kind == 2) {
+        const Exactly source(input[0]);
+        const int end = vxPatternCompile(source, 0, 0, form);
+        if (end < 0) return 0;
+        CHECK(static_cast<std::size_t>(end) == input[0].size());
+    } else {
+        // All but the subject, NULs between texts included.
+        const std::size_t behind = std::min<std::size_t>(size, input.texts.back().size() + 2);
+        std::memset(form, 0, VX_PATTERN_SIZE);
+        std::copy_n(data + 1, std::min<std::size_t>(size - behind, VX_PATTERN_SIZE),
+                    static_cast<char *>(form));
+    }
+    const int matched = vxMatchPattern(subject, form);
+    CHECK(matched == 0 || matched == 1);
+    if (!isSound(form)) {
+        CHECK(kind == 3);
+    } else if (input.texts.back().size() > 510) {
+        CHECK(matched == 0);
+    } else {
+        CHECK((matched == 1) == PatternDefinition(input.texts.back(), form).matches());
+    }
+    return 0;
+}

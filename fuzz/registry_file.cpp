@@ -1,0 +1,201 @@
+// The registry over a file of any bytes: what is set is there when the file is read again, nothing
+// else changes, and a file that is none is set aside as it was. Input: a byte that tells how many
+// bytes of changes come behind it, and then the file.
+
+#include "platform/registry_file.h"
+
+#include "fuzz/fuzz.h"
+#include "platform/registry.h"
+#include "searchpath/registry_list.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <fuzzer/FuzzedDataProvider.h>
+#include <iterator>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using platform::HKEY;
+using platform::RegistryValue;
+
+constexpr auto kRoot = platform::HKEY_CURRENT_USER;
+constexpr const char *kKey = "K";
+constexpr const char *kOther = "Other";
+
+const fs::path &folder() {
+    static const fs::path path = [] {
+        std::string name = fs::exists("/dev/shm") ? "/dev/shm" : fs::temp_directory_path().string();
+        name += "/vxfuzzXXXXXX";
+        CHECK(::mkdtemp(name.data()) != nullptr);
+        ::setenv("VX_REGISTRY_DIR", name.c_str(), 1);
+        std::atexit([] { fs::remove_all(folder()); });
+        return fs::path(name);
+    }();
+    return path;
+}
+
+std::string bytesOf(const char *name) {
+    std::ifstream file(folder() / name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool sameName(const std::string &one, const std::string &other) {
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](char a, char b) {
+        const auto lowered = [](char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; };
+        return lowered(a) == lowered(b);
+    });
+}
+
+// The values of a key beside those of the registry, where a removed one keeps its place.
+class Values {
+public:
+    void read(const char *path) {
+        HKEY key = nullptr;
+        if (platform::RegOpenKeyExA(kRoot, path, platform::KEY_READ, &key) != 0) return;
+        std::vector<char> name(1 << 16), data(1 << 16);
+        for (unsigned index = 0;; ++index) {
+            auto nameSize = static_cast<unsigned>(name.size());
+            auto dataSize = static_cast<unsigned>(data.size());
+            RegistryValue value;
+            const int result =
+                platform::RegEnumValueA(key, index, name.data(), &nameSize, &value.type,
+                                        reinterpret_cast<unsigned char *>(data.data()), &dataSize);
+            if (result != 0) {
+                CHECK(result == platform::ERROR_NO_MORE_ITEMS);
+                break;
+            }
+            value.name.assign(name.data(), nameSize);
+            value.data.assign(data.data(), dataSize);
+            values_.push_back({value, false});
+        }
+        CHECK(platform::RegCloseKey(key) == 0);
+    }
+    void set(HKEY key, const RegistryValue &value) {
+        const auto *bytes = reinterpret_cast<const unsigned char *>(value.data.data());
+        const bool writable = std::none_of(value.name.begin(), value.name.end(), [](char c) {
+            return static_cast<unsigned char>(c) < 0x20;
+        });
+        CHECK(platform::RegSetValueExA(key, value.name.c_str(), value.type, bytes,
+                                       static_cast<unsigned>(value.data.size())) ==
+              (writable ? 0 : platform::ERROR_INVALID_PARAMETER));
+        if (!writable) return;
+        bool placed = false;
+        for (Entry &entry : values_) {
+            if (!sameName(entry.value.name, value.name)) continue;
+            const bool same = entry.value.type == value.type && entry.value.data == value.data;
+            if (!placed && !same) entry.value = value;
+            entry.removed = placed;
+            placed = true;
+        }
+        if (!placed) values_.push_back({value, false});
+    }
+    void remove(HKEY key, const std::string &name) {
+        bool found = false;
+        for (Entry &entry : values_) {
+            if (entry.removed || !sameName(entry.value.name, name)) continue;
+            entry.removed = found = true;
+        }
+        CHECK(platform::RegDeleteValueA(key, name.c_str()) ==
+              (found ? 0 : platform::ERROR_FILE_NOT_FOUND));
+    }
+    std::vector<std::string> told() const {
+        std::vector<std::string> all;
+        for (const Entry &entry : values_) {
+            if (entry.removed) continue;
+            all.push_back(entry.value.name + '=' + std::to_string(entry.value.type) + ':' +
+                          entry.value.data);
+        }
+        return all;
+    }
+
+private:
+    struct Entry {
+        RegistryValue value;
+        bool removed;
+    };
+    std::vector<Entry> values_;
+};
+
+std::vector<std::string> valuesOf(const char *path) {
+    Values values;
+    values.read(path);
+    return values.told();
+}
+
+void change(HKEY key, Values &values, FuzzedDataProvider &changes) {
+    static const char *const kNames[] = {"a", "A", "", "b\"\\", "0", "hex"};
+    static constexpr unsigned kTypes[] = {1, 1, 2, 3, 4, 7, 0, 0xFFFFFFFF};
+    while (changes.remaining_bytes() > 0) {
+        std::string name = changes.PickValueInArray(kNames);
+        if (changes.ConsumeBool()) name += changes.ConsumeRandomLengthString(8).c_str();
+        if (changes.ConsumeIntegralInRange(0, 3) == 0) {
+            values.remove(key, name.c_str());
+            continue;
+        }
+        RegistryValue value{name.c_str(), changes.PickValueInArray(kTypes),
+                            changes.ConsumeRandomLengthString(60)};
+        if (value.type == platform::REG_SZ && changes.ConsumeBool()) value.data += '\0';
+        values.set(key, value);
+    }
+}
+
+// A list goes there and comes back: as many entries as are read, in their order.
+void writeAndReadList(const char *text) {
+    bool failed = false;
+    VxSearchPath *list = vxSearchPathCreate(text);
+    vxRegistryWriteList(kRoot, kKey, list);
+    char *first = vxRegistryReadList(kRoot, kKey, ';', &failed);
+    CHECK(!failed);
+    VxSearchPath *again = vxSearchPathCreate(first);
+    vxRegistryWriteList(kRoot, kKey, again);
+    char *second = vxRegistryReadList(kRoot, kKey, ';', &failed);
+    CHECK(!failed);
+    if (first != nullptr && std::string(first).find('%') == std::string::npos) {
+        CHECK(second != nullptr && std::string(first) == second);
+    }
+    std::free(first);
+    std::free(second);
+    vxSearchPathFree(list);
+    vxSearchPathFree(again);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    if (size == 0) return 0;
+    const std::size_t changing = std::min<std::size_t>(data[0], size - 1);
+    FuzzedDataProvider changes(data + 1, changing);
+    const std::string file(reinterpret_cast<const char *>(data) + 1 + changing,
+                           size - 1 - changing);
+    for (const auto &entry : fs::directory_iterator(folder()))
+        fs::remove(entry);
+    std::ofstream(folder() / "user.reg", std::ios::binary) << file;
+
+    platform::RegistryFile parsed;
+    const bool sound = parsed.parse(file);
+    CHECK(!sound || parsed.text() == file);
+    Values values;
+    values.read(kKey);
+    const auto before = values.told();
+    const auto other = valuesOf(kOther);
+    CHECK(sound || (before.empty() && other.empty()));
+
+    HKEY key = nullptr;
+    CHECK(platform::RegCreateKeyExA(kRoot, kKey, platform::KEY_WRITE, &key) == 0);
+    change(key, values, changes);
+    CHECK(platform::RegCloseKey(key) == 0);
+    CHECK(valuesOf(kKey) == values.told());
+    CHECK(valuesOf(kOther) == other);
+    CHECK(fs::exists(folder() / "user.reg.damaged") == !sound);
+    CHECK(sound || bytesOf("user.reg.damaged") == file);
+    CHECK(!fs::exists(folder() / "user.reg.new"));
+
+    bool failed = false;
+    char *text = vxRegistryReadList(kRoot, kKey, ';', &failed);
+    if (text != nullptr) writeAndReadList(text);
+    std::free(text);
+    return 0;
+}
