@@ -6,6 +6,8 @@
 
 #include <vximage.h>
 
+#include <algorithm>
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -141,8 +143,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     vxImageSetErrorHandler([](char *text) { reports += *text != '\0' ? 1 : 0; });
     const PlainImage plain(data, size);
     const auto open = [] {
-        CHECK(::lseek(file, 0, SEEK_SET) == 0);
-        const int descriptor = ::dup(file);
+        static const std::string path = "/proc/self/fd/" + std::to_string(file);
+        const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
         VxImage *image = vxImageOpenFd(descriptor, "r");
         if (image == nullptr) CHECK(::close(descriptor) == 0);
         return image;

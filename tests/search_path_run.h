@@ -44,7 +44,8 @@ public:
     bool change(std::size_t number, unsigned action, const std::string &path) {
         const std::size_t index = number % (model_.size() + 2);
         const auto slot = static_cast<std::uint32_t>(index);
-        const auto place = model_.begin() + static_cast<std::ptrdiff_t>(index);
+        const auto place =
+            model_.begin() + static_cast<std::ptrdiff_t>(std::min(index, model_.size()));
         if (action == 0) {
             vxSearchPathRemove(list_, slot);
             if (index < model_.size()) model_.erase(place);
