@@ -83,7 +83,7 @@ TYPED_TEST(EveryTable, DoesWhatASetDoes) {
                 return static_cast<int>(random() % static_cast<unsigned>(n));
             };
             ASSERT_TRUE(run.change(below)) << "step " << step;
-            if (step % 16 == 0) ASSERT_TRUE(run.agrees()) << "step " << step;
+            ASSERT_TRUE(step % 16 != 0 || run.agrees()) << "step " << step;
         }
     }
 }
