@@ -11,14 +11,13 @@
 #include <string_view>
 #include <vector>
 
-// Ends the process, which libFuzzer takes for a find.
-#define CHECK(condition)                                                                 \
-    do {                                                                                 \
-        if (!(condition)) {                                                              \
-            std::fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition); \
-            std::abort();                                                                \
-        }                                                                                \
-    } while (false)
+[[noreturn]] inline void failCheck(const char *file, int line, const char *condition) {
+    std::fprintf(stderr, "%s:%d: not so: %s\n", file, line, condition);
+    std::abort();
+}
+
+// Ends the process when something is not so, which libFuzzer takes for a find.
+#define CHECK(condition) ((condition) ? void() : failCheck(__FILE__, __LINE__, #condition))
 
 // The code page of an input: 932 or single bytes.
 inline void enterPage(bool doubleByte) {

@@ -134,6 +134,15 @@ void streamPixels(VxImage *image, const PlainImage &plain) {
     }
 }
 
+// A handle with a position of its own.
+VxImage *open(int file) {
+    const std::string path = "/proc/self/fd/" + std::to_string(file);
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    VxImage *image = vxImageOpenFd(descriptor, "r");
+    if (image == nullptr) CHECK(::close(descriptor) == 0);
+    return image;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
@@ -142,33 +151,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     CHECK(::pwrite(file, data, size, 0) == static_cast<ssize_t>(size));
     vxImageSetErrorHandler([](char *text) { reports += *text != '\0' ? 1 : 0; });
     const PlainImage plain(data, size);
-    const auto open = [] {
-        static const std::string path = "/proc/self/fd/" + std::to_string(file);
-        const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        VxImage *image = vxImageOpenFd(descriptor, "r");
-        if (image == nullptr) CHECK(::close(descriptor) == 0);
-        return image;
-    };
     reports = 0;
-    VxImage *image = open();
+    VxImage *image = open(file);
     CHECK((image != nullptr) == plain.opens());
     CHECK((image != nullptr) == (reports == 0));
     if (image == nullptr) return 0;
-    VxImage *other = open();
     const std::vector<unsigned> ys = someOf(image->ySize);
-    const std::vector<unsigned> zs = someOf(image->zSize);
-    for (const unsigned z : zs) {
-        for (const unsigned y : ys)
-            readRow(image, plain, y, z, 0x5555);
+    std::vector<unsigned> zs = someOf(image->zSize);
+    for (const std::uint16_t stale : Row{0x5555, 0xAAAA}) {
+        for (const unsigned z : zs) {
+            for (const unsigned y : ys)
+                readRow(image, plain, y, z, stale);
+        }
+        CHECK(vxImageClose(image) == 0);
+        image = open(file);
+        std::reverse(zs.begin(), zs.end());  // not in the order of the file
     }
-    for (auto z = zs.rbegin(); z != zs.rend(); ++z) {  // not in the order of the file
-        for (const unsigned y : ys)
-            readRow(other, plain, y, *z, 0xAAAA);
-    }
+    streamPixels(image, plain);
     CHECK(vxImageClose(image) == 0);
-    CHECK(vxImageClose(other) == 0);
-    VxImage *streamed = open();
-    streamPixels(streamed, plain);
-    CHECK(vxImageClose(streamed) == 0);
     return 0;
 }

@@ -130,12 +130,13 @@ void change(HKEY key, Values &values, FuzzedDataProvider &changes) {
     static constexpr unsigned kTypes[] = {1, 1, 2, 3, 4, 7, 0, 0xFFFFFFFF};
     while (changes.remaining_bytes() > 0) {
         std::string name = changes.PickValueInArray(kNames);
-        if (changes.ConsumeBool()) name += changes.ConsumeRandomLengthString(8).c_str();
+        if (changes.ConsumeBool()) name += changes.ConsumeRandomLengthString(8);
+        name.erase(std::min(name.find('\0'), name.size()));
         if (changes.ConsumeIntegralInRange(0, 3) == 0) {
-            values.remove(key, name.c_str());
+            values.remove(key, name);
             continue;
         }
-        RegistryValue value{name.c_str(), changes.PickValueInArray(kTypes),
+        RegistryValue value{name, changes.PickValueInArray(kTypes),
                             changes.ConsumeRandomLengthString(60)};
         if (value.type == platform::REG_SZ && changes.ConsumeBool()) value.data += '\0';
         values.set(key, value);
