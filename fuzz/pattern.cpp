@@ -12,11 +12,12 @@ namespace {
 
 // The index of the terminator of a form; -1 when a list or the form runs past the buffer.
 int endOf(const char *form) {
-    for (int at = 0; at < VX_PATTERN_SIZE;) {
-        const char opcode = form[at++];
-        if (opcode == '\0') return at - 1;
-        if (opcode == 'c') at += form[at] != '\0' ? 1 : 0;
-        if (opcode == '[' || opcode == '!') at += static_cast<unsigned char>(form[at]) + 1;
+    const std::string padded = std::string(form, VX_PATTERN_SIZE) + "..";
+    const char *const begin = padded.c_str();
+    for (const char *at = begin; at - begin < VX_PATTERN_SIZE;) {
+        if (*at == '\0') return static_cast<int>(at - begin);
+        const char *next = PatternDefinition::behind(at);
+        at = next != at ? next : at + 1;  // no opcode
     }
     return -1;
 }

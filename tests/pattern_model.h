@@ -27,6 +27,19 @@ public:
         return false;
     }
 
+    // The element behind another one; the same for what is no element.
+    static const char *behind(const char *element) {
+        switch (*element) {
+            case '[':
+            case '!':
+                return element + byteAt(element + 1) + 2;
+            case 'c':
+                return element + 1 + length(element + 1);
+            default:
+                return element + (std::strchr("^$?*", *element) != nullptr && *element != '\0');
+        }
+    }
+
 private:
     // A form, and the longest list that begins at its end.
     static constexpr std::size_t kFormRoom = 1024;
@@ -38,17 +51,6 @@ private:
     static std::size_t length(const char *at) {
         const int length = platform::mblen(at, platform::__mb_cur_max);
         return length < 0 ? 1 : static_cast<std::size_t>(length);
-    }
-    static const char *behind(const char *element) {
-        switch (*element) {
-            case '[':
-            case '!':
-                return element + byteAt(element + 1) + 2;
-            case 'c':
-                return element + 1 + length(element + 1);
-            default:
-                return element + (std::strchr("^$?*", *element) != nullptr && *element != '\0');
-        }
     }
     bool contains(unsigned wanted, const char *list) const {
         const char *end = list + 1 + byteAt(list);
