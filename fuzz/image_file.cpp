@@ -103,9 +103,9 @@ void readRow(VxImage *image, const PlainImage &plain, unsigned y, unsigned z, st
 // Some rows from the start, those around the end, and one behind it.
 std::vector<unsigned> someOf(unsigned count) {
     std::vector<unsigned> some;
-    for (unsigned i = 0; i < std::min(count + 1, 12U); ++i)
+    for (unsigned i = 0; i < std::min(count + 1, 6U); ++i)
         some.push_back(i);
-    for (unsigned i = std::max(count, 14U) - 2; i <= count; ++i)
+    for (unsigned i = std::max(count, 8U) - 2; i <= count; ++i)
         some.push_back(i);
     return some;
 }
