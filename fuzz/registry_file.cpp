@@ -27,11 +27,10 @@ constexpr const char *kOther = "Other";
 
 const fs::path &folder() {
     static const fs::path path = [] {
-        std::string name = fs::exists("/dev/shm") ? "/dev/shm" : fs::temp_directory_path().string();
-        name += "/vxfuzzXXXXXX";
+        std::string name = fs::temp_directory_path() / "vxfuzzXXXXXX";
         CHECK(::mkdtemp(name.data()) != nullptr);
         ::setenv("VX_REGISTRY_DIR", name.c_str(), 1);
-        std::atexit([] { fs::remove_all(folder()); });
+        ::setenv("A", "/a;b", 1);  // for %A%
         return fs::path(name);
     }();
     return path;
@@ -101,6 +100,12 @@ public:
         CHECK(platform::RegDeleteValueA(key, name.c_str()) ==
               (found ? 0 : platform::ERROR_FILE_NOT_FOUND));
     }
+    // Is there nothing too long for the walk along a list.
+    bool areShort() const {
+        return std::all_of(values_.begin(), values_.end(), [](const Entry &entry) {
+            return entry.removed || (entry.value.name.size() < 16 && entry.value.data.size() < 261);
+        });
+    }
     std::vector<std::string> told() const {
         std::vector<std::string> all;
         for (const Entry &entry : values_) {
@@ -143,26 +148,29 @@ void change(HKEY key, Values &values, FuzzedDataProvider &changes) {
     }
 }
 
-// A list that was read is written and comes back, unless its text is not what the list makes of it.
+// The texts of a list are written and come back, repeated ones once, where all of them can be read:
+// no more than 128 of 259 bytes, without references to variables.
 void writeAndReadList(const char *text) {
-    bool failed = false;
     VxSearchPath *list = vxSearchPathCreate(text);
+    std::vector<std::string> expected;
+    bool fits = list->count <= 128;
+    for (unsigned i = 0; i < list->count; ++i) {
+        const std::string entry = vxSearchPathGet(list, i);
+        fits = fits && entry.size() < 260 && entry.find('%') == std::string::npos;
+        if (std::find(expected.begin(), expected.end(), entry) == expected.end()) {
+            expected.push_back(entry);
+        }
+    }
+    std::string joined;
+    for (const std::string &entry : expected)
+        joined += entry + ";";
     vxRegistryWriteList(kRoot, kKey, list);
-    char *first = vxRegistryReadList(kRoot, kKey, ';', &failed);
+    bool failed = false;
+    char *read = vxRegistryReadList(kRoot, kKey, ';', &failed);
     CHECK(!failed);
-    VxSearchPath *again = vxSearchPathCreate(first);
-    vxRegistryWriteList(kRoot, kKey, again);
-    char *second = vxRegistryReadList(kRoot, kKey, ';', &failed);
-    CHECK(!failed);
-    char *written = vxSearchPathToString(again);
-    const std::string expected = first != nullptr ? first : "";
-    CHECK(expected != written || expected.find('%') != std::string::npos || expected.empty() ||
-          expected.size() > 259 || (second != nullptr && expected == second));
-    std::free(written);
-    std::free(first);
-    std::free(second);
+    CHECK(!fits || (read == nullptr ? expected.empty() : read + std::string(";") == joined));
+    std::free(read);
     vxSearchPathFree(list);
-    vxSearchPathFree(again);
 }
 
 }  // namespace
@@ -198,7 +206,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
     bool failed = false;
     char *text = vxRegistryReadList(kRoot, kKey, ';', &failed);
-    if (text != nullptr) writeAndReadList(text);
+    if (text != nullptr && values.areShort()) writeAndReadList(text);
     std::free(text);
     return 0;
 }
