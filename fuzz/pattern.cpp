@@ -52,11 +52,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     const int matched = vxMatchPattern(subject, form);
     CHECK(matched == 0 || matched == 1);
+    const std::size_t length = input.texts.back().size();
+    const auto stars = std::count(form + 0, form + VX_PATTERN_SIZE, '*');
     if (endOf(form) < 0) {
         CHECK(!whole);
-    } else if (input.texts.back().size() > 510) {
+    } else if (length > 510) {
         CHECK(matched == 0);
-    } else {
+    } else if (length * length * static_cast<std::size_t>(stars) < 1000000) {  // it takes its time
         CHECK((matched == 1) == PatternDefinition(input.texts.back(), form).matches());
     }
     return 0;
