@@ -58,7 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         CHECK(!whole);
     } else if (length > 510) {
         CHECK(matched == 0);
-    } else if (length * length * static_cast<std::size_t>(stars) < 1000000) {  // it takes its time
+    } else if (length * length * static_cast<std::size_t>(stars) <
+               1000000) {  // the definition is slow
         CHECK((matched == 1) == PatternDefinition(input.texts.back(), form).matches());
     }
     return 0;
