@@ -65,3 +65,13 @@ function(vx_library target)
     target_link_options(${target} PRIVATE -Wl,-z,defs)
   endif()
 endfunction()
+
+# vx_locale(FOLDER NAME SOURCE CHARMAP): a locale made there, named as setlocale takes it. localedef
+# reports character sets that are not a superset of ASCII as a failure, but makes them.
+function(vx_locale locales name source charmap)
+  add_custom_command(OUTPUT ${locales}/${name}/LC_CTYPE
+    COMMAND sh -c "localedef -c -i ${source} -f ${charmap} --no-archive ${locales}/${name} 2>localedef.log || test -f ${locales}/${name}/LC_CTYPE"
+    COMMENT "Making the locale ${name}"
+    VERBATIM)
+  add_custom_target(locale_${name} ALL DEPENDS ${locales}/${name}/LC_CTYPE)
+endfunction()

@@ -137,7 +137,7 @@ bool getVerbatim(VxImage *image, std::uint16_t *row) {
     if (image->byteSwap != 0) {
         copySwapped(row, image->rowBuffer, width);
     } else {
-        std::memcpy(row, image->rowBuffer, 2 * width);
+        std::copy_n(image->rowBuffer, width, row);
     }
     return true;
 }

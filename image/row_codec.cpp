@@ -158,6 +158,8 @@ Out *decode(const In *in, Out *out, const Limits<In, Out> &limits) {
 template <typename In>
 bool decodeBounded(const In *stored, std::size_t storedElements, std::uint16_t *row,
                    std::size_t elements) {
+    std::uint16_t nothing = 0;
+    if (elements == 0) row = &nothing;  // it may be null, which decode gives for a failure
     std::uint16_t *const end = row + elements;
     std::uint16_t *out =
         decode(stored, row, Bounds<In, std::uint16_t>{stored + storedElements, end});

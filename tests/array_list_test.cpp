@@ -1,6 +1,6 @@
 // The three lists: hooks, capacities, walks, copies, and long random runs against std::vector.
 
-#include "container_values.h"
+#include "container_run.h"
 
 #include <vxtyped.h>
 
@@ -24,14 +24,6 @@ Fields fields(const auto &list) {
     Fields result;
     std::memcpy(&result, static_cast<const void *>(&list), sizeof result);
     return result;
-}
-
-template <typename List>
-List listOf(int n) {
-    List list;
-    for (int v = 0; v < n; ++v)
-        list.append(element<List>(v));
-    return list;
 }
 
 template <typename List>
@@ -179,39 +171,11 @@ TEST(PointerLists, AreAppendedWhole) {
 
 TYPED_TEST(EveryList, DoesWhatAVectorDoes) {
     std::mt19937 random(20);
-    const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
-    TypeParam list;
-    V model;
+    ListRun<TypeParam> run;
     for (int step = 0; step < 20000; ++step) {
-        const int n = list.length();
-        const int at = below(n + 1);
-        const int v = below(1000);
-        const int action = below(n == 0 ? 5 : 8);
-        if (action == 0) {
-            list.append(element<TypeParam>(v));
-            model.push_back(v);
-        } else if (action < 3) {
-            list.insert(at, element<TypeParam>(v));
-            model.insert(model.begin() + at, v);
-        } else if (action == 3) {
-            const TypeParam more = listOf<TypeParam>(below(6));
-            const V all = values(more);
-            list.insert(at, more);
-            model.insert(model.begin() + at, all.begin(), all.end());
-        } else if (action == 4) {
-            const int gone = below(below(40) == 0 ? n - at + 1 : std::min(n - at, 9) + 1);
-            list.remove(at, gone);
-            model.erase(model.begin() + at, model.begin() + at + gone);
-        } else if (action == 5) {
-            list.set(at % n, element<TypeParam>(v));
-            model[static_cast<std::size_t>(at % n)] = v;
-        } else {
-            list.swap(at % n, v % n);
-            std::swap(model[static_cast<std::size_t>(at % n)],
-                      model[static_cast<std::size_t>(v % n)]);
-        }
-        ASSERT_EQ(values(list), model) << "step " << step;
-        ASSERT_LE(fields(list).count, fields(list).capacity);
+        run.change([&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); });
+        ASSERT_EQ(values(run.list), run.model) << "step " << step;
+        ASSERT_LE(fields(run.list).count, fields(run.list).capacity);
     }
 }
 

@@ -1,6 +1,8 @@
 // The row codec: known rows to the byte, every run and literal length against the plain steps, and
 // all pairs of widths.
 
+#include "row_model.h"
+
 #include <vximage.h>
 
 #include <cstring>
@@ -9,8 +11,6 @@
 #include <vector>
 
 namespace {
-
-using Elements = std::vector<unsigned>;
 
 std::vector<std::uint8_t> packed(const Elements &elements, int width) {
     std::vector<std::uint8_t> bytes;
@@ -43,35 +43,6 @@ Elements decoded(const Elements &stored, int in, int out, std::size_t count) {
     std::vector<std::uint8_t> output(count * static_cast<std::size_t>(out));
     vxImageRleDecode(input.data(), in, output.data(), out);
     return unpacked(output, out, count);
-}
-
-// The encoding as it is defined, one step after the other.
-Elements encodedPlainly(const Elements &row, unsigned mask) {
-    Elements out;
-    std::size_t at = 0;
-    while (at < row.size()) {
-        const std::size_t start = at;
-        at += 2;
-        while (at < row.size() && !(row[at - 2] == row[at - 1] && row[at - 1] == row[at]))
-            ++at;
-        at -= 2;
-        for (std::size_t i = start; i < at; ++i) {
-            if ((i - start) % 126 == 0) {
-                out.push_back(0x80 + static_cast<unsigned>(std::min<std::size_t>(126, at - i)));
-            }
-            out.push_back(row[i] & mask);
-        }
-        const unsigned value = row[at];
-        std::size_t length = 0;
-        while (at < row.size() && row[at] == value)
-            ++at, ++length;
-        for (; length != 0; length -= std::min<std::size_t>(126, length)) {
-            out.push_back(static_cast<unsigned>(std::min<std::size_t>(126, length)));
-            out.push_back(value & mask);
-        }
-    }
-    out.push_back(0);
-    return out;
 }
 
 TEST(RowCodec, KnownRows) {

@@ -1,5 +1,7 @@
 // Lists of directories and finding files along them, through the shared library.
 
+#include "search_path_run.h"
+
 #include <vxsearchpath.h>
 
 #include <clocale>
@@ -17,13 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 
 #define SO "\x83\\"
-
-std::string textOf(const VxSearchPath *list) {
-    char *text = vxSearchPathToString(list);
-    std::string result = text;
-    std::free(text);
-    return result;
-}
 
 std::string createdFrom(const char *text) {
     VxSearchPath *list = vxSearchPathCreate(text);
@@ -167,32 +162,18 @@ TEST_F(SearchPath, PrependMovesRepeatsToTheFront) {
 
 TEST_F(SearchPath, RandomOperationsAgainstAModel) {
     std::mt19937 random(3);
+    const auto pathOf = [&] {
+        std::string path = random() % 3 == 0 ? "" : random() % 2 == 0 ? "/" : "C:\\";
+        for (unsigned parts = random() % 4; parts-- != 0;)
+            path += "a/.\\..//b"[random() % 9];
+        return path;
+    };
     for (int round = 0; round < 300; ++round) {
-        std::vector<std::string> model;
-        VxSearchPath *list = vxSearchPathCreate(nullptr);
+        SearchPathRun run(pathOf() + ";" + pathOf() + ";;" + pathOf(), folder_.string());
         for (int step = 0; step < 100; ++step) {
-            const auto index = static_cast<unsigned>(random() % (model.size() + 2));
-            const std::string path = "/" + std::to_string(random() % 20);
-            const auto place = static_cast<std::ptrdiff_t>(index);
-            if (random() % 3 != 0) {
-                const bool fits = index <= model.size() &&
-                                  std::find(model.begin(), model.end(), path) == model.end();
-                if (fits) model.insert(model.begin() + place, path);
-                ASSERT_EQ(vxSearchPathInsert(list, index, path.c_str()), fits ? 1 : 0);
-            } else if (random() % 2 == 0) {
-                if (index < model.size()) model.erase(model.begin() + place);
-                vxSearchPathRemove(list, index);
-            } else if (index < model.size()) {
-                std::swap(model[index], model[0]);
-                vxSearchPathSwap(list, index, 0);
-            }
-            ASSERT_EQ(static_cast<std::size_t>(vxSearchPathCount(list)), model.size());
-            std::string joined;
-            for (const std::string &entry : model)
-                joined += (joined.empty() ? "" : ";") + entry;
-            ASSERT_EQ(textOf(list), joined);
+            ASSERT_TRUE(run.change(random(), random() % 8, pathOf())) << "step " << step;
+            ASSERT_EQ(run.text(), run.modelText()) << "step " << step;
         }
-        vxSearchPathFree(list);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include "data_rows.h"
 #include "platform/codepage.h"
+#include "string_run.h"
 
 #include <vxstring.h>
 
@@ -18,18 +19,6 @@
 namespace {
 
 using std::string_literals::operator""s;
-
-VxString vx(std::string_view text) {
-    return vxStringFrom(text);
-}
-
-std::string text(const VxString &string) {
-    return std::string(vxStringView(string));
-}
-
-const char *body(const VxString &string) {
-    return string;
-}
 
 // The capacity of a body, which lies before its text: length, capacity.
 int capacity(const VxString &string) {
@@ -145,54 +134,12 @@ TEST(String, TheByteAtTheEndIsNobodys) {
     EXPECT_EQ(constant[2], '\0');
 }
 
-// Every operation that changes text, on strings that share bodies at random.
 TEST(String, DoesWhatStdStringDoes) {
     std::mt19937 random(22);
-    const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
-    constexpr int kStrings = 6;
-    VxString strings[kStrings];
-    std::string models[kStrings];
+    StringRun run;
     for (int step = 0; step < 40000; ++step) {
-        const int i = below(kStrings);
-        const int j = below(kStrings);
-        VxString &s = strings[i];
-        std::string &m = models[i];
-        const int n = s.length();
-        const int start = below(n + 1);
-        const int count = below(n - start + 1);
-        const auto at = static_cast<std::size_t>(start);
-        const auto many = static_cast<std::size_t>(count);
-        const int action = n > 200 ? 2 : below(8);
-        if (action == 0) {
-            s = strings[j];
-            m = models[j];
-        } else if (action == 1) {
-            s += strings[j];
-            m += std::string(models[j]);
-        } else if (action == 2) {
-            const bool deletes = n > 200 || i == j;
-            s.set(start, count, deletes ? VxString() : strings[j]);
-            m.replace(at, many, deletes ? "" : models[j]);
-        } else if (action == 3) {
-            s = strings[j] + VxString(static_cast<char>(step));
-            m = models[j] + static_cast<char>(step);
-        } else if (action == 4) {
-            s = s.get(start, count);
-            m = m.substr(at, many);
-        } else if (action == 5) {
-            s.setMemoryHint(below(2) == 0 ? kHint : VxString::kExactRoom);
-            if (below(2) == 0) s.setLengthHint(n + below(20));
-        } else if (action == 6) {
-            s.toLower().toUpper();
-            std::transform(m.begin(), m.end(), m.begin(), platform::uppered);
-        } else if (start < n) {
-            s[start] = static_cast<char>(step);
-            m[at] = static_cast<char>(step);
-        }
-        for (int k = 0; k < kStrings; ++k) {
-            ASSERT_EQ(text(strings[k]), models[k]) << "step " << step << " string " << k;
-            ASSERT_EQ(body(strings[k])[strings[k].length()], '\0');
-        }
+        run.change([&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); });
+        ASSERT_EQ(run.difference(), "") << "step " << step;
     }
 }
 
@@ -212,27 +159,9 @@ TEST(String, ChangesTheCaseOfLettersOnly) {
     EXPECT_EQ(text(vx("aZ[`{@\xC9\0Z"s).toLower()), "az[`{@\xC9\0z"s);
 }
 
-// ---- Searches against those of std::string, whose npos is -1 as an int -------------------------
-
-std::string mapped(std::string text, char (*change)(char)) {
-    std::transform(text.begin(), text.end(), text.begin(), change);
-    return text;
-}
-
-int find(const std::string &in, const std::string &what, std::size_t from) {
-    return static_cast<int>(in.find(what.empty() ? "\0"s : what, from));
-}
-
-int findLast(const std::string &in, char byte, std::size_t leftOut) {
-    return leftOut < in.size() ? static_cast<int>(in.rfind(byte, in.size() - leftOut - 1)) : -1;
-}
-
-int span(const std::string &in, std::size_t from, std::size_t end) {
-    return from < in.size() ? static_cast<int>(std::min(end, in.size()) - from) : 0;
-}
+// ---- Searches
 
 TEST(StringSearch, FindsWhatStdStringFinds) {
-    using platform::lowered;
     std::mt19937 random(23);
     const auto textOf = [&](std::size_t n) {
         std::string result;
@@ -244,24 +173,10 @@ TEST(StringSearch, FindsWhatStdStringFinds) {
         // Now and then longer than what is folded at a time.
         const std::string in = textOf(round % 50 == 0 ? random() % 9000 : random() % 70);
         const std::string what = textOf(random() % 5);
-        const std::string low = mapped(in, lowered);
-        const std::string lowWhat = mapped(what, lowered);
-        const std::string bothWhat = lowWhat + mapped(what, platform::uppered);
-        const char byte = textOf(1)[0];
         const std::size_t from = random() % (in.size() + 3);
-        const auto start = static_cast<int>(from);
-        const VxString s = vx(in);
-        const VxString w = vx(what);
-        ASSERT_EQ(s.find(w, start), find(in, what, from)) << round;
-        ASSERT_EQ(s.findC(w, start), find(low, lowWhat, from)) << round;
-        ASSERT_EQ(s.find(byte, start, 0), find(in, {byte}, from));
-        ASSERT_EQ(s.findC(byte, start, 0), find(low, {lowered(byte)}, from));
-        ASSERT_EQ(s.find(byte, start, -2), findLast(in, byte, from));
-        ASSERT_EQ(s.findC(byte, start, 1), findLast(low, lowered(byte), from));
-        ASSERT_EQ(s.findInSet(w, start), span(in, from, in.find_first_not_of(what, from)));
-        ASSERT_EQ(s.findNotInSet(w, start), span(in, from, in.find_first_of(what, from)));
-        ASSERT_EQ(s.findInSetC(w, start), span(in, from, in.find_first_not_of(bothWhat, from)));
-        ASSERT_EQ(s.findNotInSetC(w, start), span(in, from, in.find_first_of(bothWhat, from)));
+        int search = 0;
+        for (const auto &[found, expected] : searches(in, what, textOf(1)[0], from))
+            ASSERT_EQ(found, expected) << round << " search " << search++;
     }
 }
 

@@ -1,0 +1,66 @@
+// Lists and tables of every kind, changed at random, beside those of the standard library.
+
+#include "fuzz/fuzz.h"
+#include "tests/container_run.h"
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+namespace {
+
+template <typename List>
+void runList(auto &input, auto below) {
+    ListRun<List> run;
+    while (input.remaining_bytes() > 0) {
+        run.change(below);
+        CHECK(values(run.list) == run.model);
+        if (below(16) != 0) continue;
+        const List copy(run.list);
+        run.list = List();
+        run.list = copy;
+    }
+}
+
+template <typename Table>
+void runTable(auto &input, auto below) {
+    TableRun<Table> run(below(100));
+    while (input.remaining_bytes() > 0) {
+        CHECK(run.change(below));
+        if (below(16) != 0) continue;
+        CHECK(run.agrees());
+        const Table copy(run.table);
+        run.table = Table(1 + below(20));
+        if (below(2) == 0) {
+            run.table = copy;
+        } else {
+            run.table.copyObjects(copy);
+        }
+        CHECK(run.agrees());
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    FuzzedDataProvider input(data, size);
+    const auto below = [&](int n) { return input.ConsumeIntegralInRange(0, n - 1); };
+    switch (below(6)) {
+        case 0:
+            runList<VxOwningList<int>>(input, below);
+            break;
+        case 1:
+            runList<VxPointerList<int>>(input, below);
+            break;
+        case 2:
+            runList<VxPointerList<const int>>(input, below);
+            break;
+        case 3:
+            runTable<VxOwningTable<int>>(input, below);
+            break;
+        case 4:
+            runTable<VxPointerTable<int>>(input, below);
+            break;
+        default:
+            runTable<VxPointerTable<const int>>(input, below);
+    }
+    return 0;
+}

@@ -1,0 +1,72 @@
+// Strings that share bodies, changed at random, and searched and compared, beside std::string.
+
+#include "fuzz/fuzz.h"
+#include "tests/string_run.h"
+
+#include <cmath>
+#include <fuzzer/FuzzedDataProvider.h>
+
+namespace {
+
+int signedByte(char byte) {
+    return static_cast<signed char>(byte);
+}
+
+// The difference of the first two bytes that differ, the NUL behind each text among them.
+int order(const std::string &one, const std::string &other) {
+    for (std::size_t i = 0;; ++i) {
+        const int left = signedByte(one.c_str()[i]);
+        const int right = signedByte(other.c_str()[i]);
+        if (left != right || i == one.size() || i == other.size()) return left - right;
+    }
+}
+
+void compare(const std::string &one, const std::string &other) {
+    const VxString s = vx(one);
+    const VxString t = vx(other);
+    const int sign = order(one, other);
+    CHECK(s.compare(t) == sign);
+    CHECK(s.compareC(t) == order(mapped(one, platform::lowered), mapped(other, platform::lowered)));
+    CHECK((s == t) == (one == other) && (s < t) == (sign < 0) && (s >= t) == (sign >= 0));
+    const char *literal = other.c_str();
+    CHECK((s == literal) == (one == literal));
+}
+
+void readNumber(const std::string &text) {
+    int end = -1;
+    const VxString s = vx(text);
+    const long value = std::strtol(text.c_str(), nullptr, 10);
+    const long nearest = std::clamp<long>(value, -2147483647L - 1, 2147483647L);
+    CHECK(s.getInt(0, end) == nearest && end >= 0 && end <= s.length());
+    char *behind = nullptr;
+    const double real = std::strtod(text.c_str(), &behind);
+    const double got = s.getDouble(0, end);
+    CHECK(got == real || (std::isnan(got) && std::isnan(real)));
+    CHECK(end == behind - text.c_str());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    FuzzedDataProvider input(data, size);
+    const auto below = [&](int n) { return input.ConsumeIntegralInRange(0, n - 1); };
+    StringRun run;
+    while (input.remaining_bytes() > 0) {
+        if (below(4) != 0) {
+            run.change(below);
+            CHECK(run.difference().empty());
+            continue;
+        }
+        const std::string text = input.ConsumeRandomLengthString(40);
+        const std::string &in = run.model(below(6));
+        for (const auto &[found, expected] :
+             searches(in, text, static_cast<char>(below(256)),
+                      static_cast<std::size_t>(below(static_cast<int>(in.size()) + 3)))) {
+            CHECK(found == expected);
+        }
+        compare(in, text);
+        compare(text, in);
+        readNumber(text);
+    }
+    return 0;
+}
