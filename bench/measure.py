@@ -97,7 +97,7 @@ def verdict(miss):
     """Of the factor by which a bar is missed."""
     if miss <= 1:
         return 'met'
-    return 'equal within noise' if miss < NOISE else 'missed'
+    return 'near' if miss < NOISE else 'missed'
 
 
 def compared(row, figure, samples):

@@ -4,7 +4,7 @@ from itertools import groupby
 
 import table
 
-RESULTS = ('met', 'equal within noise', 'missed')
+RESULTS = ('met', 'near', 'missed')
 
 
 def number(value):

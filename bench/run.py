@@ -42,7 +42,7 @@ def machine():
                         if line.startswith('CMAKE_CXX_COMPILER:'))
     version = subprocess.run([compiler, '--version'], stdout=subprocess.PIPE, text=True, check=True)
     return {'date': datetime.date.today().isoformat(), 'processor': names[0],
-            'processors': len(names), 'system': f'{platform.system()} {platform.release()}',
+            'processors': len(names), 'system': f'{platform.system()} {platform.release().split("-")[0]}',
             'compiler': version.stdout.split('\n')[0], 'load': os.getloadavg()[0]}
 
 
