@@ -5,6 +5,7 @@
 
 #include <vximage.h>
 
+#include <algorithm>
 #include <cstdint>
 
 namespace {
@@ -15,7 +16,11 @@ constexpr std::uint16_t kEnded = 1;
 bool allocateRow(VxImage *image, int message) {
     image->pixelBuffer = vxImageAllocRowBuffer(image);
     image->nextPixel = image->pixelBuffer;
-    if (image->pixelBuffer != nullptr) return true;
+    if (image->pixelBuffer != nullptr) {
+        // A row that is never filled reaches the file as it is.
+        std::fill_n(image->pixelBuffer, image->xSize, std::uint16_t{0});
+        return true;
+    }
     vxImageError(message);
     return false;
 }

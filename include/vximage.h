@@ -153,8 +153,10 @@ VX_API int vxImageClose(VxImage *image);
 
 /*
  * Brings a half-filled row of the pixel stream and the row tables to the file; the header
- * follows at close. 0, also for a handle opened for reading. -1 when the row failed
- * (VX_IMAGE_ERROR is set) or a table could not be written whole (20356, 20357).
+ * follows at close. Elements not filled yet are those of the row before, or zeros in the first.
+ *
+ * The result is 0, also for a handle opened for reading. -1 when the row failed (VX_IMAGE_ERROR is
+ * set) or a table could not be written whole (20356, 20357).
  */
 VX_API int vxImageFlush(VxImage *image);
 

@@ -435,6 +435,9 @@ TEST_F(Image, PipesFailAtTheirRows) {
         EXPECT_EQ(reported(), "20377");
         EXPECT_EQ(vxImageClose(image), -1);
         EXPECT_EQ(reported(), runLength ? "20356, 20352" : "20352");
+        ::close(ends[1]);
+        image->file = ::open(path_.c_str(), O_WRONLY | O_CREAT, 0600);  // one that can seek
+        EXPECT_EQ(vxImageClose(image), 0);
         const int kept = ::dup(ends[0]);
         image = vxImageOpenFd(ends[0], "r");
         EXPECT_EQ(image != nullptr, !runLength);
@@ -613,6 +616,13 @@ TEST_F(Image, FlushBringsAPendingRowAndTheTables) {
     const Bytes file = bytes();
     EXPECT_EQ(file.size(), 533U);
     EXPECT_EQ(file[514], 528 >> 8);
+    EXPECT_EQ(vxImageClose(image), 0);
+    image = create(1, 3);
+    putPixel(image, 7);
+    EXPECT_EQ(vxImageClose(image), 0);
+    image = open();
+    EXPECT_EQ(nextPixel(image) + nextPixel(image) + nextPixel(image), -1 + 7 + 0);
+    EXPECT_EQ(image->nextPixel[0], 0);
     EXPECT_EQ(vxImageClose(image), 0);
 }
 
