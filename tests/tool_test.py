@@ -279,6 +279,7 @@ class ToolTest(unittest.TestCase):
         (self.folder / 'cut.png').write_bytes((self.folder / 'good.png').read_bytes()[:-14])
         (self.folder / 'cut').write_bytes(image_head(4, 4, 1) + bytes(15))
         (self.folder / 'five').write_bytes(image_head(1, 1, 5) + bytes(5))
+        (self.folder / 'flat').write_bytes(image_head(1, 1, 3, dimension=2) + bytes(3))
         (self.folder / 'mapped').write_bytes(image_head(1, 1, 1)[:104] + struct.pack('>i', 3) + bytes(HEAD - 108 + 1))
         os.mkfifo(self.folder / 'pipe')
         (self.folder / 'folder').mkdir()
@@ -288,7 +289,7 @@ class ToolTest(unittest.TestCase):
                 (1, 'interlaced', ['interlaced.png', 'kept']), (1, '65535', ['wide.png', 'kept']),
                 (1, '--verbatim', ['long.png', 'kept']), (1, '--rle', ['long.png', 'kept', '--verbatim']),
                 (1, 'cut.png: ', ['cut.png', 'kept']), (1, 'cut: plane 0, row 3: ', ['cut', 'kept.png']),
-                (1, '5 planes', ['five', 'kept']), (1, 'none: No such', ['none', 'kept']),
+                (1, '5 planes', ['five', 'kept']), (1, 'dimension 2', ['flat', 'kept']), (1, 'none: No such', ['none', 'kept']),
                 (1, 'folder: is no regular', ['good.png', 'folder']), (1, 'no/kept: No such', ['good.png', 'no/kept']),
                 (1, 'pipe: is no', ['good.png', 'pipe']),
                 (1, 'colormap 3', ['mapped', 'kept.png']), (2, '79 bytes', ['good.png', 'kept', '--name', 80 * 'x']),
