@@ -85,10 +85,15 @@ class ToolTest(unittest.TestCase):
         return list(self.folder.glob('.vxutil-*'))
 
     def test_command_line(self):
-        self.assertIn('Examples:', self.run_tool('--help'))
+        for words in ('', 'paths', 'paths add', 'paths remove', 'paths move', 'find', 'image', 'image info',
+                      'image check', 'image convert', 'match', 'samples'):
+            self.assertRegex(self.run_tool(*words.split(), '--help'), r'(?s)\A(?!.*(:\{|INT in)).*\nExamples?:\n  vxutil ')
         self.assertRegex(self.run_tool('--version'), r'^vxutil \d+\.\d+\.\d+$')
         for arguments in ([], ['fly'], ['find'], ['image'], ['image', 'convert', 'a'], ['paths', '--level', 'moon'],
                           ['paths', 'move', 'a', 'b'], ['paths', 'add', ''], ['paths', 'remove', ''],
+                          ['find', 'a', ''], ['image', 'info', ''], ['image', 'check', ''],
+                          ['image', 'convert', '', 'a'], ['image', 'convert', 'a', ''],
+                          ['samples', '--pattern', 'disk', '--grid', '2', '-o', ''],
                           ['paths', 'add', '/a', 'remove', '/b'], ['samples', '--pattern', 'disk', '--grid', '65', '-o', 'a']):
             self.run_tool(*arguments, code=2, error='--help')
         self.run_tool('fly', code=2, error='which fly is not')
