@@ -2,6 +2,7 @@
 
 #include "commands.h"
 #include "open_image.h"
+#include "registry_files.h"
 #include "report.h"
 
 #include <vxsearchpath.h>
@@ -68,6 +69,7 @@ const std::vector<std::string> kLevels = {"merged", "user", "machine", "environm
 
 // What the command line asks for, with the words as they stand there.
 struct Request {
+    char **arguments = nullptr;  // of the program
     std::function<int()> run;
     std::string category, level;
     std::string directory, wildcard, input, output, name, pattern;
@@ -88,6 +90,7 @@ struct Request {
         return listPaths({VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS}, level_, json);
     }
 
+    // The list to edit, after a wait for those who edit now.
     LevelList edited() const {
         const int level_ = level.empty() ? VX_LEVEL_USER : indexOf(kLevels, level);
         if (json) throw CLI::ValidationError("--json", "is for listing only");
@@ -95,6 +98,7 @@ struct Request {
             throw CLI::ValidationError("--level",
                                        "only the user's and the machine's can be edited");
         }
+        beginEdit(level_, arguments);
         return {categoryOr(VX_CATEGORY_TEXTURES), level_};
     }
 };
@@ -147,9 +151,11 @@ void addPaths(CLI::App &app, Request &request) {
     choose(move, request,
            [&] { return movePath(request.edited(), request.directory, request.position); });
 
-    CLI::App *confirm = paths->add_subcommand("confirm")->fallthrough()->group("");
-    addText(confirm, "directory", request.names, "The list as it is wanted");
-    choose(confirm, request, [&] { return confirmPaths(request.edited(), request.names); });
+    if (isPartOfEdit()) {  // which starts this one, and nobody else does
+        CLI::App *confirm = paths->add_subcommand("confirm")->fallthrough()->group("");
+        addText(confirm, "directory", request.names, "The list as it is wanted");
+        choose(confirm, request, [&] { return confirmPaths(request.edited(), request.names); });
+    }
 
     paths->footer(
         "Examples:\n"
@@ -268,6 +274,7 @@ int run(int count, char **arguments) {
     app.set_version_flag("--version", "vxutil " VX_TOOL_VERSION);
     app.require_subcommand(1);
     Request request;
+    request.arguments = arguments;
     addPaths(app, request);
     addFind(app, request);
     addImage(app, request);
@@ -315,5 +322,7 @@ int main(int count, char **arguments) {
     // A file that grows past the limit of its user is an error to report, not an end.
     std::signal(SIGXFSZ, SIG_IGN);
     tool::collectImageMessages();
-    return tool::runAndReport(count, arguments);
+    const int code = tool::runAndReport(count, arguments);
+    tool::leaveFilesAlone();  // an edit has written them by now
+    return code;
 }
