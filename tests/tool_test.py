@@ -85,10 +85,15 @@ class ToolTest(unittest.TestCase):
         return list(self.folder.glob('.vxutil-*'))
 
     def test_command_line(self):
-        self.assertIn('Examples:', self.run_tool('--help'))
+        for words in ('', 'paths', 'paths add', 'paths remove', 'paths move', 'find', 'image', 'image info',
+                      'image check', 'image convert', 'match', 'samples'):
+            self.assertRegex(self.run_tool(*words.split(), '--help'), r'(?s)\A(?!.*(:\{|INT in)).*\nExamples?:\n  vxutil ')
         self.assertRegex(self.run_tool('--version'), r'^vxutil \d+\.\d+\.\d+$')
         for arguments in ([], ['fly'], ['find'], ['image'], ['image', 'convert', 'a'], ['paths', '--level', 'moon'],
                           ['paths', 'move', 'a', 'b'], ['paths', 'add', ''], ['paths', 'remove', ''],
+                          ['paths', 'confirm'], ['find', 'a', ''], ['image', 'info', ''], ['image', 'check', ''],
+                          ['image', 'convert', '', 'a'], ['image', 'convert', 'a', ''],
+                          ['samples', '--pattern', 'disk', '--grid', '2', '-o', ''],
                           ['paths', 'add', '/a', 'remove', '/b'], ['samples', '--pattern', 'disk', '--grid', '65', '-o', 'a']):
             self.run_tool(*arguments, code=2, error='--help')
         self.run_tool('fly', code=2, error='which fly is not')
@@ -130,7 +135,8 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(self.paths(), [('/a', 'user')])
         (self.folder / 'file').touch()
         self.run_tool('paths', 'add', '/b', VX_REGISTRY_DIR=f'{self.folder}/file/x', code=1,
-                      error=f'{self.folder}/file/x/user.reg: ')
+                      error=f'{self.folder}/file: is no directory')
+        self.run_tool('paths', 'add', '/b', VX_REGISTRY_DIR='', XDG_CONFIG_HOME='', HOME='', code=1, error='HOME: is not set')
         (self.folder / 'odd/user.reg').mkdir(parents=True)
         (self.folder / 'locked/user.reg.lock').mkdir(parents=True)
         for name, mode in (('closed', 0o500), ('linked', 0o700)):
@@ -144,6 +150,8 @@ class ToolTest(unittest.TestCase):
                 self.run_tool('paths', *edit, code=1, error=error, first=first,
                               VX_REGISTRY_DIR=f'{self.folder}/{folder}')
         self.assertEqual(self.paths(), [('/a', 'user')])
+        for command in (['paths'], ['find', 'oak']):
+            self.run_tool(*command, code=1, error='user.reg: is no regular', VX_REGISTRY_DIR=f'{self.folder}/odd')
         (self.registry / 'user.reg').chmod(0)
         for command in (['paths'], ['find', 'oak']):
             self.run_tool(*command, code=1, error='user.reg: Permission denied', first=as_a_plain_user)
@@ -155,6 +163,29 @@ class ToolTest(unittest.TestCase):
         self.run_tool('paths', 'add', '/' + 'x' * 258)
         self.run_tool('paths', 'add', '/one-more', code=1, error='128')
         self.assertEqual(len(self.paths()), 128)
+
+    def test_damaged_registry_files_are_named(self):
+        self.registry.mkdir()
+        for name in ('user.reg', 'machine.reg'):
+            (self.registry / name).write_text('REGEDIT4\n\nbroken line here\n')
+        damaged = 'machine.reg: is damaged'
+        for arguments, code, error in (
+                (['paths', '--level', 'user'], 1, 'user.reg: is damaged'), (['find', 'a'], 1, damaged),
+                (['paths', 'remove', '/n'], 1, 'not in the list'), (['paths'], 1, f'user.reg: is damaged...{damaged}'),
+                (['paths', 'add', '/n'], 0, 'user.reg.damaged...machine.reg.damaged'), (['paths', 'add', '/o'], 0, ''),
+                (['paths'], 1, 'user.reg: was damaged and is kept as...machine.reg: was')):
+            self.run_tool(*arguments, code=code, error=error)
+        for name in ('user.reg', 'machine.reg'):
+            self.assertIn('broken', (self.registry / f'{name}.damaged').read_text())
+            (self.registry / f'{name}.damaged').unlink()
+        self.assertEqual(self.paths(), [('/n', 'user'), ('/o', 'user')])
+
+    def test_edits_at_the_same_time_are_all_kept(self):
+        edits = [['add', f'/{i}', '--level', ('user', 'machine')[i % 2]] for i in range(12)]
+        started = [subprocess.Popen([PROGRAM, 'paths', *words], env=self.environment, stdout=subprocess.DEVNULL)
+                   for edit in edits for words in (edit, [])]
+        self.assertEqual([process.wait() for process in started], [0] * len(started))
+        self.assertEqual(sorted(self.paths()), sorted((edit[1], edit[3]) for edit in edits))
 
     def test_find(self):
         for place in ('a/oak', 'c', 'd', 'e', 'shut'):
@@ -279,6 +310,7 @@ class ToolTest(unittest.TestCase):
         (self.folder / 'cut.png').write_bytes((self.folder / 'good.png').read_bytes()[:-14])
         (self.folder / 'cut').write_bytes(image_head(4, 4, 1) + bytes(15))
         (self.folder / 'five').write_bytes(image_head(1, 1, 5) + bytes(5))
+        (self.folder / 'flat').write_bytes(image_head(1, 1, 3, dimension=2) + bytes(3))
         (self.folder / 'mapped').write_bytes(image_head(1, 1, 1)[:104] + struct.pack('>i', 3) + bytes(HEAD - 108 + 1))
         os.mkfifo(self.folder / 'pipe')
         (self.folder / 'folder').mkdir()
@@ -288,7 +320,7 @@ class ToolTest(unittest.TestCase):
                 (1, 'interlaced', ['interlaced.png', 'kept']), (1, '65535', ['wide.png', 'kept']),
                 (1, '--verbatim', ['long.png', 'kept']), (1, '--rle', ['long.png', 'kept', '--verbatim']),
                 (1, 'cut.png: ', ['cut.png', 'kept']), (1, 'cut: plane 0, row 3: ', ['cut', 'kept.png']),
-                (1, '5 planes', ['five', 'kept']), (1, 'none: No such', ['none', 'kept']),
+                (1, '5 planes', ['five', 'kept']), (1, 'dimension 2', ['flat', 'kept']), (1, 'none: No such', ['none', 'kept']),
                 (1, 'folder: is no regular', ['good.png', 'folder']), (1, 'no/kept: No such', ['good.png', 'no/kept']),
                 (1, 'pipe: is no', ['good.png', 'pipe']),
                 (1, 'colormap 3', ['mapped', 'kept.png']), (2, '79 bytes', ['good.png', 'kept', '--name', 80 * 'x']),

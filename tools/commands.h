@@ -18,18 +18,14 @@ struct LevelList {
     int level;
 };
 
-// Positions count from 0. An entry is named by its directory or by its position.
+// These go on after beginEdit. Positions count from 0. An entry is named by its directory or by its
+// position.
 int addPath(LevelList where, const std::string &directory, std::optional<unsigned> position);
 int removePath(LevelList where, const std::string &entry);
 int movePath(LevelList where, const std::string &entry, unsigned position);
 
-// What these end in, in a process of its own: is the list kept as it was wanted? The user never
-// asks for it.
+// What these end in, with the program started anew: is the list kept as it was wanted?
 int confirmPaths(LevelList where, const std::vector<std::string> &wanted);
-
-// Names registry files that cannot be read, whose directories are missing from the lists; are all
-// of those readable that there are? For the merged list both files count.
-bool areListsReadable(int level);
 
 struct FindOptions {
     std::vector<std::string> names;

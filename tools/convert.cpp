@@ -34,18 +34,17 @@ public:
         if (const std::string trouble = headerTrouble(m_image.get()); !trouble.empty()) {
             throw Trouble(path, trouble);
         }
-        m_y = rowsOf(m_image.get());
+        m_y = m_image->ySize;
     }
 
     PictureForm form() const override {
-        return {m_image->xSize, static_cast<unsigned>(rowsOf(m_image.get())),
-                static_cast<unsigned>(planesOf(m_image.get())),
+        return {m_image->xSize, m_image->ySize, m_image->zSize,
                 static_cast<unsigned>(elementBytesOf(m_image.get()))};
     }
 
     void readLine(std::uint16_t *line) override {
         --m_y;
-        for (int z = 0; z < planesOf(m_image.get()); ++z, line += m_image->xSize) {
+        for (int z = 0; z < m_image->zSize; ++z, line += m_image->xSize) {
             if (vxImageGetRow(m_image.get(), line, m_y, z) >= 0) continue;
             throw Trouble(m_path, "plane " + std::to_string(z) + ", row " + std::to_string(m_y) +
                                       ": " + imageMessage("cannot be read"));

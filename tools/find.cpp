@@ -1,6 +1,7 @@
 // Which directory of the search path wins, and why the others do not.
 
 #include "commands.h"
+#include "registry_files.h"
 #include "report.h"
 
 #include <vxsearchpath.h>
@@ -115,7 +116,7 @@ int findFiles(const FindOptions &options) {
     bool all = true;
     for (const std::string &name : options.names)
         all = findFile(options, name.c_str()) && all;
-    if (!all) areListsReadable(VX_LEVEL_MERGED);  // for it may have been there
+    if (!all) areListsWhole(VX_LEVEL_MERGED);  // for it may have been there
     return all ? kDone : kFailed;
 }
 

@@ -2,6 +2,7 @@
 
 #include "commands.h"
 #include "open_image.h"
+#include "registry_files.h"
 #include "report.h"
 
 #include <vxsearchpath.h>
@@ -43,6 +44,22 @@ CLI::Option *addText(CLI::App *app, const char *name, Value &value, const char *
     return app->add_option(name, value, what)->transform(unguard);
 }
 
+// A file or directory. Its name is never the empty text, as an unset variable of a shell gives it.
+template <typename Value>
+CLI::Option *addFile(CLI::App *app, const char *name, Value &value, const char *what) {
+    return addText(app, name, value, what)->required()->check([](const std::string &text) {
+        return std::string(text.empty() ? "an empty name" : "");
+    });
+}
+
+// One of some words, which `type` shows.
+CLI::Option *addChoice(CLI::App *app, const char *name, std::string &value,
+                       const std::vector<std::string> &words, const char *type, const char *what) {
+    return app->add_option(name, value, what)
+        ->check(CLI::IsMember(words).description(""))
+        ->type_name(type);
+}
+
 int indexOf(const std::vector<std::string> &names, const std::string &name) {
     return static_cast<int>(std::find(names.begin(), names.end(), name) - names.begin());
 }
@@ -52,6 +69,7 @@ const std::vector<std::string> kLevels = {"merged", "user", "machine", "environm
 
 // What the command line asks for, with the words as they stand there.
 struct Request {
+    char **arguments = nullptr;  // of the program
     std::function<int()> run;
     std::string category, level;
     std::string directory, wildcard, input, output, name, pattern;
@@ -72,6 +90,7 @@ struct Request {
         return listPaths({VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS}, level_, json);
     }
 
+    // The list to edit, after a wait for those who edit now.
     LevelList edited() const {
         const int level_ = level.empty() ? VX_LEVEL_USER : indexOf(kLevels, level);
         if (json) throw CLI::ValidationError("--json", "is for listing only");
@@ -79,14 +98,13 @@ struct Request {
             throw CLI::ValidationError("--level",
                                        "only the user's and the machine's can be edited");
         }
+        beginEdit(level_, arguments);
         return {categoryOr(VX_CATEGORY_TEXTURES), level_};
     }
 };
 
 void addCategory(CLI::App *app, Request &request, const char *what) {
-    app->add_option("--category", request.category, what)
-        ->check(CLI::IsMember({"texture", "web"}))
-        ->type_name("texture|web");
+    addChoice(app, "--category", request.category, {"texture", "web"}, "texture|web", what);
 }
 
 // The function that a subcommand runs. A command inside another is asked first.
@@ -96,44 +114,48 @@ void choose(CLI::App *app, Request &request, std::function<int()> run) {
     });
 }
 
-// A directory is never the empty text, as an unset variable of a shell gives it.
-void addDirectory(CLI::App *app, Request &request, const char *what) {
-    addText(app, "directory", request.directory, what)
-        ->required()
-        ->check([](const std::string &text) {
-            return std::string(text.empty() ? "an empty directory" : "");
-        });
-}
-
 void addPaths(CLI::App &app, Request &request) {
     CLI::App *paths = app.add_subcommand("paths", "List or edit the search paths");
     paths->require_subcommand(0, 1);
     addCategory(paths, request, "Both are listed without it; textures are edited");
-    paths->add_option("--level", request.level, "Default: merged to list, user to edit")
-        ->check(CLI::IsMember({"merged", "user", "machine", "environment"}))
-        ->type_name("LEVEL");
+    addChoice(paths, "--level", request.level, kLevels, "merged|user|machine|environment",
+              "Default: merged to list, user to edit");
     paths->add_flag("--json", request.json, "List as JSON");
     choose(paths, request, [&] { return request.list(); });
 
     CLI::App *add = paths->add_subcommand("add", "Add a directory")->fallthrough();
-    addDirectory(add, request, "A relative one is made absolute");
+    addFile(add, "directory", request.directory, "A relative one is made absolute");
     add->add_option("--at", request.place, "Position, from 0; default: the end");
+    add->footer(
+        "Examples:\n"
+        "  vxutil paths add /srv/maps --at 0\n"
+        "  vxutil paths add /srv/lamps --category web --level machine");
     choose(add, request,
            [&] { return addPath(request.edited(), request.directory, request.place); });
 
     CLI::App *remove = paths->add_subcommand("remove", "Remove a directory")->fallthrough();
-    addDirectory(remove, request, "Directory or its position");
+    addFile(remove, "directory", request.directory, "Directory or its position");
+    remove->footer(
+        "Examples:\n"
+        "  vxutil paths remove /srv/maps\n"
+        "  vxutil paths remove 2 --category web --level machine");
     choose(remove, request, [&] { return removePath(request.edited(), request.directory); });
 
     CLI::App *move = paths->add_subcommand("move", "Move a directory")->fallthrough();
-    addDirectory(move, request, "Directory or its position");
+    addFile(move, "directory", request.directory, "Directory or its position");
     move->add_option("position", request.position, "Where it goes, from 0")->required();
+    move->footer(
+        "Examples:\n"
+        "  vxutil paths move /srv/maps 0\n"
+        "  vxutil paths move 2 0 --category web --level machine");
     choose(move, request,
            [&] { return movePath(request.edited(), request.directory, request.position); });
 
-    CLI::App *confirm = paths->add_subcommand("confirm")->fallthrough()->group("");
-    addText(confirm, "directory", request.names, "The list as it is wanted");
-    choose(confirm, request, [&] { return confirmPaths(request.edited(), request.names); });
+    if (isPartOfEdit()) {  // which starts this one, and nobody else does
+        CLI::App *confirm = paths->add_subcommand("confirm")->fallthrough()->group("");
+        addText(confirm, "directory", request.names, "The list as it is wanted");
+        choose(confirm, request, [&] { return confirmPaths(request.edited(), request.names); });
+    }
 
     paths->footer(
         "Examples:\n"
@@ -145,7 +167,7 @@ void addPaths(CLI::App &app, Request &request) {
 
 void addFind(CLI::App &app, Request &request) {
     CLI::App *find = app.add_subcommand("find", "Say which directory holds a file");
-    addText(find, "name", request.names, "Names as a scene gives them")->required();
+    addFile(find, "name", request.names, "Names as a scene gives them");
     addCategory(find, request, "Default: texture");
     find->add_flag("--all", request.all, "Every candidate in search order, and what is there");
     find->add_flag("--explain", request.explain, "Why candidates were passed over");
@@ -162,8 +184,8 @@ void addFind(CLI::App &app, Request &request) {
 
 void addConvert(CLI::App *image, Request &request) {
     CLI::App *convert = image->add_subcommand("convert", "Convert between this format and PNG");
-    addText(convert, "in", request.input, "PNG or image file, told by its content")->required();
-    addText(convert, "out", request.output, "PNG if the name ends in .png")->required();
+    addFile(convert, "in", request.input, "PNG or image file, told by its content");
+    addFile(convert, "out", request.output, "PNG if the name ends in .png");
     CLI::Option *runLength =
         convert->add_flag("--rle", request.runLength, "Run-length rows (the default)");
     CLI::Option *verbatim = convert->add_flag("--verbatim", request.verbatim, "Verbatim rows");
@@ -189,10 +211,16 @@ void addImage(CLI::App &app, Request &request) {
     CLI::App *image = app.add_subcommand("image", "Look at, check or convert image files");
     image->require_subcommand(1);
     CLI::App *info = image->add_subcommand("info", "Show what the header says");
-    addText(info, "file", request.names, "Image files")->required();
+    addFile(info, "file", request.names, "Image files");
+    info->footer(
+        "Examples:\n"
+        "  vxutil image info oak.sgi");
     choose(info, request, [&] { return describeImages(request.names); });
     CLI::App *check = image->add_subcommand("check", "Read every row and name the damaged ones");
-    addText(check, "file", request.names, "Image files")->required();
+    addFile(check, "file", request.names, "Image files");
+    check->footer(
+        "Examples:\n"
+        "  vxutil image check textures/*.sgi");
     choose(check, request, [&] { return checkImages(request.names); });
     addConvert(image, request);
     image->footer(
@@ -215,15 +243,14 @@ void addMatch(CLI::App &app, Request &request) {
 
 void addSamples(CLI::App &app, Request &request) {
     CLI::App *samples = app.add_subcommand("samples", "Draw the 67 sample sets");
-    samples->add_option("--pattern", request.pattern, "Pattern of the sets")
-        ->check(CLI::IsMember({"disk", "square"}))
-        ->type_name("disk|square")
+    addChoice(samples, "--pattern", request.pattern, {"disk", "square"}, "disk|square",
+              "Pattern of the sets")
         ->required();
     samples->add_option("--grid", request.gridSize, "Samples along a side of the grid, 1 to 64")
-        ->check(CLI::Range(1, 64))
+        ->check(CLI::Range(1, 64).description(""))
         ->type_name("N")
         ->required();
-    addText(samples, "-o", request.output, "SVG file to write")->type_name("FILE")->required();
+    addFile(samples, "-o", request.output, "SVG file to write")->type_name("FILE");
     samples->footer("Example:\n  vxutil samples --pattern disk --grid 4 -o disk.svg");
     choose(samples, request, [&] {
         return drawSamples(request.pattern == "square", request.gridSize, request.output);
@@ -247,6 +274,7 @@ int run(int count, char **arguments) {
     app.set_version_flag("--version", "vxutil " VX_TOOL_VERSION);
     app.require_subcommand(1);
     Request request;
+    request.arguments = arguments;
     addPaths(app, request);
     addFind(app, request);
     addImage(app, request);
@@ -294,5 +322,7 @@ int main(int count, char **arguments) {
     // A file that grows past the limit of its user is an error to report, not an end.
     std::signal(SIGXFSZ, SIG_IGN);
     tool::collectImageMessages();
-    return tool::runAndReport(count, arguments);
+    const int code = tool::runAndReport(count, arguments);
+    tool::leaveFilesAlone();  // an edit has written them by now
+    return code;
 }

@@ -47,14 +47,6 @@ ImageHandle openImage(const std::string &path) {
     return image;
 }
 
-int rowsOf(const VxImage *image) {
-    return image->dimension < 2 ? 1 : image->ySize;
-}
-
-int planesOf(const VxImage *image) {
-    return image->dimension < 3 ? 1 : image->zSize;
-}
-
 int elementBytesOf(const VxImage *image) {
     return image->type & 0xFF;
 }
@@ -80,6 +72,10 @@ std::string headerTrouble(const VxImage *image) {
                ", where only 1, 2 and 3 will do";
     }
     if (image->xSize == 0 || image->ySize == 0 || image->zSize == 0) return "holds no elements";
+    if ((image->dimension < 2 && image->ySize > 1) || (image->dimension < 3 && image->zSize > 1)) {
+        return "has the dimension " + std::to_string(image->dimension) +
+               ", by which some of its rows cannot be reached";
+    }
     if (isVerbatim(image) && image->xSize > widestVerbatimRow(bytes)) {
         return "has rows of " + std::to_string(image->xSize) + " elements, of which only " +
                std::to_string(widestVerbatimRow(bytes)) + " can be read";

@@ -28,17 +28,13 @@ std::string imageMessage(const char *otherwise);
 // Sends the messages of the library to imageMessage instead of standard error.
 void collectImageMessages();
 
-// Rows of a plane and planes that can be reached: `dimension` says which of the sizes count.
-int rowsOf(const VxImage *image);
-int planesOf(const VxImage *image);
-
 int elementBytesOf(const VxImage *image);
 bool isVerbatim(const VxImage *image);
 
 // Elements of the widest verbatim row that the library reads.
 int widestVerbatimRow(int elementBytes);
 
-// What makes a header one that no row can be read by, or an empty text.
+// What makes a header one by which not all rows can be read, or an empty text.
 std::string headerTrouble(const VxImage *image);
 
 }  // namespace tool

@@ -1,21 +1,17 @@
 // The lists of the store: shown, and edited where the store keeps them.
 
 #include "commands.h"
+#include "registry_files.h"
 #include "report.h"
 
 #include <vxsearchpath.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <memory>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace tool {
 
@@ -141,38 +137,6 @@ std::string canonical(const std::string &directory) {
     return path;
 }
 
-// The folder of the registry file of a level, as vxsearchpath.h tells it.
-std::string registryFolder(int level) {
-    const auto variable = [](const char *name) -> std::string {
-        const char *value = std::getenv(name);
-        return value == nullptr ? "" : value;
-    };
-    if (std::string folder = variable("VX_REGISTRY_DIR"); !folder.empty()) return folder;
-    if (level == VX_LEVEL_MACHINE) return "/etc/vxutil";
-    if (std::string folder = variable("XDG_CONFIG_HOME"); !folder.empty()) {
-        return folder + "/vxutil";
-    }
-    return variable("HOME") + "/.config/vxutil";
-}
-
-std::string registryFile(int level) {
-    return registryFolder(level) + (level == VX_LEVEL_USER ? "/user.reg" : "/machine.reg");
-}
-
-// Whoever may not write there is told why, which the library cannot say afterwards.
-void checkRights(int level) {
-    std::filesystem::path place = registryFolder(level);
-    std::error_code ignored;
-    while (!std::filesystem::exists(place, ignored) && place.has_relative_path())
-        place = place.parent_path();
-    if (place.empty()) place = ".";
-    const std::string file = registryFile(level);
-    if (access(place.c_str(), W_OK | X_OK) != 0) throw systemTrouble(file);
-    if (!std::filesystem::exists(file, ignored)) return;
-    if (!std::filesystem::is_regular_file(file, ignored)) throw Trouble(file, "is no regular file");
-    if (access(file.c_str(), R_OK | W_OK) != 0) throw systemTrouble(file);
-}
-
 // The position of an entry that is named by its directory or by a position.
 std::uint32_t positionOf(const VxSearchPath *list, const std::string &entry) {
     const bool number = entry.find_first_not_of("0123456789") == std::string::npos;
@@ -217,9 +181,10 @@ void checkPosition(unsigned position, std::uint32_t end, const VxSearchPath *lis
                   "no such position in a list of " + std::to_string(list->count));
 }
 
-// The program again, to see whether a list is kept as it was wanted.
-[[noreturn]] void becomeConfirm(LevelList where, const VxSearchPath *wanted) {
-    const std::string file = registryFile(where.level);
+// The library writes its lists when a process ends, and says nothing when it cannot. So one process
+// edits and ends, and this one starts anew to see what has become of the list.
+[[noreturn]] void save(LevelList where, VxSearchPath *list) {
+    writeLists([&] { vxPathStoreSet(where.category, where.level, list); });
     std::vector<const char *> arguments = {"vxutil",
                                            "paths",
                                            "confirm",
@@ -228,45 +193,12 @@ void checkPosition(unsigned position, std::uint32_t end, const VxSearchPath *lis
                                            "--level",
                                            levelName(where.level),
                                            "--"};
-    arguments.insert(arguments.end(), wanted->entries, wanted->entries + wanted->count);
+    arguments.insert(arguments.end(), list->entries, list->entries + list->count);
     arguments.push_back(nullptr);
-    execv("/proc/self/exe", const_cast<char *const *>(arguments.data()));
-    complain(file, std::string("whether it was saved cannot be seen: ") + std::strerror(errno));
-    _exit(kFailed);
-}
-
-// The library writes its lists when a process ends, and says nothing when it cannot. So one process
-// edits and ends, and another one, which reads anew, looks at what has become of it. This one must
-// not end in between: it would write its own lists.
-[[noreturn]] void save(LevelList where, VxSearchPath *list) {
-    std::fflush(nullptr);
-    const pid_t editor = fork();
-    if (editor < 0) {
-        complain(registryFile(where.level), std::strerror(errno));
-        _exit(kFailed);
-    }
-    if (editor == 0) {
-        vxPathStoreSet(where.category, where.level, list);
-        std::exit(kDone);
-    }
-    while (waitpid(editor, nullptr, 0) < 0 && errno == EINTR) {
-    }
-    becomeConfirm(where, list);
+    becomeProgram(arguments.data());
 }
 
 }  // namespace
-
-bool areListsReadable(int level) {
-    bool all = true;
-    for (const int kept : {VX_LEVEL_USER, VX_LEVEL_MACHINE}) {
-        const std::string file = registryFile(kept);
-        if (level != VX_LEVEL_MERGED && level != kept) continue;
-        if (access(file.c_str(), R_OK) == 0 || errno == ENOENT) continue;
-        complain(file, std::strerror(errno));
-        all = false;
-    }
-    return all;
-}
 
 int listPaths(const std::vector<int> &categories, int level, bool json) {
     const char *separator = "[\n";
@@ -280,11 +212,10 @@ int listPaths(const std::vector<int> &categories, int level, bool json) {
         }
     }
     if (json) std::puts("\n]");
-    return areListsReadable(level) ? kDone : kFailed;
+    return areListsWhole(level) ? kDone : kFailed;
 }
 
 int addPath(LevelList where, const std::string &directory, std::optional<unsigned> position) {
-    checkRights(where.level);
     VxSearchPath *list = listOf(where);
     const std::string path = canonical(directory);
     checkEntry(directory, path);
@@ -301,14 +232,12 @@ int addPath(LevelList where, const std::string &directory, std::optional<unsigne
 }
 
 int removePath(LevelList where, const std::string &entry) {
-    checkRights(where.level);
     VxSearchPath *list = listOf(where);
     vxSearchPathRemove(list, positionOf(list, entry));
     save(where, list);
 }
 
 int movePath(LevelList where, const std::string &entry, unsigned position) {
-    checkRights(where.level);
     VxSearchPath *list = listOf(where);
     checkPosition(position, list->count, list);
     std::uint32_t at = positionOf(list, entry);
@@ -322,12 +251,11 @@ int movePath(LevelList where, const std::string &entry, unsigned position) {
 int confirmPaths(LevelList where, const std::vector<std::string> &wanted) {
     const VxSearchPath *list = listOf(where);
     if (std::equal(wanted.begin(), wanted.end(), list->entries, list->entries + list->count)) {
-        _exit(kDone);  // without the library writing once more
+        return kDone;
     }
-    complain(registryFile(where.level),
-             "does not hold the edited list; is the disk full, or the file or its .lock not "
-             "writable?");
-    _exit(kFailed);
+    throw Trouble(registryFile(where.level),
+                  "does not hold the edited list: another program has changed it meanwhile, or it "
+                  "cannot be written, with a full disk or its .lock closed to you");
 }
 
 }  // namespace tool
