@@ -67,6 +67,10 @@ protected:
         return vxImageOpen(path_.c_str(), "w", type, 3U, x, y, z);
     }
     VxImage *open() const { return vxImageOpen(path_.c_str(), "r"); }
+    VxImage *reopened(VxImage *image) const {
+        EXPECT_EQ(vxImageClose(image), 0);
+        return open();
+    }
     Bytes bytes() const {
         std::ifstream file(path_, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
@@ -155,8 +159,7 @@ TEST_F(Image, GivesBackWhatWasPut) {
                                   static_cast<int>(width));
                         EXPECT_EQ(rows[i], before);
                     }
-                    ASSERT_EQ(vxImageClose(image), 0);
-                    image = open();
+                    image = reopened(image);
                     ASSERT_NE(image, nullptr);
                     EXPECT_EQ(image->byteSwap, published ? 1 : 0);
                     EXPECT_EQ(image->type, type);
@@ -366,8 +369,7 @@ TEST_F(Image, RowsBehindTheLimits) {
             row[i] = static_cast<std::uint16_t>(i % 251);
         VxImage *image = create(type, static_cast<unsigned>(width));
         EXPECT_EQ(vxImagePutRow(image, row.data(), 0, 0), width);
-        EXPECT_EQ(vxImageClose(image), 0);
-        image = open();
+        image = reopened(image);
         Row read(65535, 1);
         EXPECT_EQ(vxImageGetRow(image, read.data(), 0, 0), good ? width : -1);
         EXPECT_EQ(reported(), good ? "" : "20380");
@@ -403,8 +405,7 @@ TEST_F(Image, RowsBehindTheLimits) {
     EXPECT_EQ(vxImagePutRow(image, row.data(), 65534, 1), 16383);  // ends just below 4 GiB
     EXPECT_EQ(vxImagePutRow(image, row.data(), 200, 2), -1);
     EXPECT_EQ(reported(), "20377");
-    EXPECT_EQ(vxImageClose(image), 0);
-    image = open();
+    image = reopened(image);
     EXPECT_EQ(vxImageGetRow(image, row.data(), 65534, 1), 16383);
     EXPECT_EQ(vxImageGetRow(image, row.data(), 200, 2), -1);
     EXPECT_EQ(vxImageClose(image), 0);
@@ -518,8 +519,7 @@ TEST_F(Image, StreamWritesEveryRowOnceInItsPlace) {
                 EXPECT_EQ(putPixel(image, 7), -1);
             EXPECT_EQ(image->flags, beyond == 0 ? VX_IMAGE_WRITE : VX_IMAGE_WRITE | VX_IMAGE_EOF);
             EXPECT_EQ(vxImageFlush(image), 0);
-            EXPECT_EQ(vxImageClose(image), 0);
-            image = open();
+            image = reopened(image);
             Row row(kWidth);
             for (int i = 0; i < kElements; i += kWidth) {
                 EXPECT_EQ(vxImageGetRow(image, row.data(), i / kWidth % kRows, i / kWidth / kRows),
@@ -542,8 +542,7 @@ TEST_F(Image, StreamEndsWithTheLastRowAndASeekTakesItUpAgain) {
     EXPECT_GE(vxImageSeekRow(image, 1, 0), 0);
     for (int i = 0; i < 4; ++i)
         EXPECT_EQ(putPixel(image, 20 + i), 20 + i);
-    EXPECT_EQ(vxImageClose(image), 0);
-    image = open();
+    image = reopened(image);
     std::vector<int> read;
     for (int i = 0; i < 4; ++i)
         read.push_back(nextPixel(image));
@@ -559,8 +558,7 @@ TEST_F(Image, StreamEndsWithTheLastRowAndASeekTakesItUpAgain) {
 
 TEST_F(Image, StreamFlagsARowThatFails) {
     VxImage *image = create(0x101, 2, 2);
-    EXPECT_EQ(vxImageClose(image), 0);  // no row was ever written
-    image = open();
+    image = reopened(image);  // no row was ever written
     EXPECT_EQ(nextPixel(image), -1);
     EXPECT_EQ(image->flags & VX_IMAGE_ERROR, VX_IMAGE_ERROR);
     for (int i = 0; i < 70000; ++i)
