@@ -179,36 +179,12 @@ TYPED_TEST(EveryList, DoesWhatAVectorDoes) {
     }
 }
 
-// Typed by hand, with hooks that leave a word each in the log: whose, what, on which number.
-class Logged : public VxArrayList {
-public:
-    explicit Logged(char name) : name_(name) {}
-    Logged(const Logged &source) : VxArrayList(source), name_('b') {}
-    Logged &operator=(const Logged &source) {
-        VxArrayList::operator=(source);
-        return *this;
-    }
-    ~Logged() override { empty(); }
-    void set(int i, int v) { VxArrayList::set(i, &v); }
-    void append(int v) { VxArrayList::append(&v); }
+struct Logged : Logging<VxArrayList> {
+    using Logging::Logging;
     using VxArrayList::append;
     using VxArrayList::insert;
-
-protected:
-    void *copyElement(const void *given) override {
-        return new int(log('+', *static_cast<const int *>(given)));
-    }
-    void destroyElement(void *stored) override {
-        log('-', *static_cast<int *>(stored));
-        delete static_cast<int *>(stored);
-    }
-
-private:
-    int log(char what, int v) {
-        hookLog += std::string({name_, what}) + std::to_string(v) + ' ';
-        return v;
-    }
-    char name_;
+    void set(int i, int v) { VxArrayList::set(i, &v); }
+    void append(int v) { VxArrayList::append(&v); }
 };
 
 TEST(OwningList, RunsItsHooksInOrder) {

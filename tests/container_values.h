@@ -43,4 +43,38 @@ std::string logOf(auto &&action) {
     return hookLog;
 }
 
+// Owns ints, with hooks that leave a word each in the log: whose, what, on which number.
+template <typename Base>
+class Logging : public Base {
+public:
+    static constexpr int kRefused = 666;
+
+    template <typename... Arguments>
+    explicit Logging(char name, Arguments... arguments) : Base(arguments...), name_(name) {}
+    Logging(const Logging &source) : Base(source), name_('b') {}
+    Logging &operator=(const Logging &source) {
+        Base::operator=(source);
+        return *this;
+    }
+    ~Logging() override { this->empty(); }
+
+protected:
+    int log(char what, const void *which) {
+        const int v = *static_cast<const int *>(which);
+        hookLog += std::string({name_, what}) + std::to_string(v) + ' ';
+        return v;
+    }
+    void *copyElement(const void *given) override {
+        const int v = log('+', given);
+        return v == kRefused ? nullptr : new int(v);
+    }
+    void destroyElement(void *stored) override {
+        log('-', stored);
+        delete static_cast<int *>(stored);
+    }
+
+private:
+    char name_;
+};
+
 #endif

@@ -43,9 +43,13 @@ bool render(const std::string &target, const std::string &size) {
 }
 
 // The program alone, with the textures of a folder that the script has rendered to.
+std::string command(const std::string &textures, const std::string &arguments) {
+    return "ZOR_TEXTURE_PATH='" + textures + "/project' ZOR_IES_PATH='" + kWebs + "' " + kProgram +
+           " " + arguments + " >/dev/null";
+}
+
 bool renderAlone(const std::string &textures, const std::string &arguments) {
-    return run("ZOR_TEXTURE_PATH='" + textures + "/project' ZOR_IES_PATH='" + kWebs + "' " +
-               kProgram + " " + arguments + " >/dev/null");
+    return run(command(textures, arguments));
 }
 
 std::string bytesOf(const std::string &path) {
@@ -56,6 +60,11 @@ std::string bytesOf(const std::string &path) {
 std::string write(const std::string &path, const std::string &text) {
     std::ofstream(path, std::ios::binary) << text;
     return path;
+}
+
+// Is a text among the messages that a run left in its folder.
+bool says(const std::string &place, const std::string &text) {
+    return bytesOf(place + "/messages").find(text) != std::string::npos;
 }
 
 // ---- Pictures -----------------------------------------------------------------------------
@@ -163,9 +172,13 @@ TEST(Render, ComesCloserToTheTruthByAntialiasing) {
 
 TEST(Render, SaysWhatIsMissingAndDrawsNothing) {
     const std::string place = folder("out");
-    EXPECT_FALSE(run(kProgram + " 8 8 '" + place + "' 2>'" + place + "/messages'"));
-    EXPECT_NE(bytesOf(place + "/messages").find("no texture wall/bricks.sgi"), std::string::npos);
-    EXPECT_FALSE(fs::exists(place + "/plain.sgi"));
+    fs::create_directory(place + "/project");
+    write(place + "/project/ball.sgi", std::string(512, 'x'));
+    EXPECT_FALSE(renderAlone(place, "8 8 '" + place + "' 2>'" + place + "/messages'"));
+    EXPECT_TRUE(says(place, "no texture wall/bricks.sgi"));
+    EXPECT_TRUE(says(place, "cannot read texture " + place + "/project/ball.sgi"));
+    EXPECT_FALSE(says(place, "no texture ball.sgi"));
+    EXPECT_FALSE(fs::exists(place + "/plain.sgi") || fs::exists(place + "/room.view"));
 }
 
 TEST(Render, DrawsWhatASavedViewShows) {
@@ -197,27 +210,46 @@ TEST(Render, DrawsWhatASavedViewShows) {
     EXPECT_FALSE(renderAlone(place, "--view '" + again + "/short' 24 16 '" + again + "' 2>&1"));
 }
 
-// The size is one that no one waits for.
+// The sizes are ones that no one waits for.
 TEST(Render, StopsWhereThePictureCannotBeWritten) {
     const std::string place = folder("out");
     ASSERT_TRUE(render(place, "12 8"));
-    fs::create_directory(place + "/plain.sgi.part");
-    EXPECT_FALSE(renderAlone(place, "16384 16384 '" + place + "' 2>'" + place + "/messages'"));
-    EXPECT_NE(bytesOf(place + "/messages").find("plain.sgi"), std::string::npos);
+    const std::string part = place + "/plain.sgi.part";
+    const std::string older = bytesOf(place + "/plain.sgi");
+    const std::string arguments = "16 16384 '" + place + "' 2>'" + place + "/messages'";
+    EXPECT_FALSE(run("ulimit -f 1; " + command(place, arguments)));
+    EXPECT_TRUE(says(place, "cannot write " + place + "/plain.sgi: File too large"));
+    EXPECT_FALSE(fs::exists(part));
+    EXPECT_TRUE(run(command(place, arguments) + " & until test -e '" + part +
+                    "'; do sleep 0.01; done; kill $!; wait $!; test $? = 143"));
+    EXPECT_FALSE(fs::exists(part));
+    EXPECT_EQ(bytesOf(place + "/plain.sgi"), older);
+    fs::create_directory(part);
+    EXPECT_FALSE(renderAlone(place, "16384 " + arguments.substr(3)));
+    EXPECT_TRUE(says(place, "cannot write " + place + "/plain.sgi: Is a directory"));
 }
 
-TEST(Render, APictureTakesThePlaceOfAnOlderOne) {
+TEST(Render, AWholePictureTakesThePlaceOfAnOlderOne) {
     const std::string path = folder("out") + "/one.sgi";
     const Vec row[] = {{0, 0.5F, 1}};
     std::string alone;
-    for (const std::string &older : {std::string(), std::string(5000, 'x')}) {
+    const struct {
+        std::string older;
+        int rows;
+        bool close;
+    } cases[] = {
+        {"", 1, true}, {"older", 0, true}, {"older", 1, false}, {std::string(5000, 'x'), 1, true}};
+    for (const auto &[older, rows, close] : cases) {
+        const bool whole = rows == 1 && close;
         write(path, older);
-        ImageFile file(path.c_str(), 1, 1, "");
-        EXPECT_EQ(bytesOf(path), older);
-        file.putRow(0, row);
-        EXPECT_TRUE(file.close());
+        {
+            ImageFile file(path.c_str(), 1, 1, "");
+            if (rows == 1) file.putRow(0, row);
+            EXPECT_EQ(bytesOf(path), older);
+            EXPECT_EQ(close && file.close(), whole);
+        }
         if (alone.empty()) alone = bytesOf(path);
-        EXPECT_EQ(bytesOf(path), alone);
+        EXPECT_EQ(bytesOf(path), whole ? alone : older);
         EXPECT_FALSE(fs::exists(path + ".part"));
     }
 }
@@ -279,6 +311,7 @@ TEST(Render, WebsAreChosenByWildcard) {
     for (const std::string &place : {first + "/none", first, second})
         vxSearchPathInsert(list, list->count, place.c_str());
     vxPathStoreSet(VX_CATEGORY_PHOTOMETRIC_WEBS, VX_LEVEL_ENVIRONMENT, nullptr);
+    fs::create_directory(first + "/beam_0.ies");  // none: it hides no file
     for (const char *name : {"/beam_2.ies", "/beam_1.ies", "/beam_3.txt", "/ring.ies"})
         write(first + name, "");
     for (const char *name : {"/beam_0.ies", "/spot.ies"})

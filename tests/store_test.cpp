@@ -62,7 +62,7 @@ class Store : public testing::Test {
 protected:
     void SetUp() override {
         folder_ = fs::temp_directory_path() / ("vxstore" + std::to_string(::getpid()));
-        fs::create_directories(folder_);
+        clear();
         ::setenv("VX_REGISTRY_DIR", folder_.c_str(), 1);
         ::setenv("ROOT", "C:\\data", 1);
         ::unsetenv("ZOR_TEXTURE_PATH");
@@ -70,6 +70,10 @@ protected:
     }
     void TearDown() override { fs::remove_all(folder_); }
 
+    void clear() const {
+        fs::remove_all(folder_);
+        fs::create_directories(folder_);
+    }
     void write(const char *file, const std::string &text) const {
         std::ofstream(folder_ / file, std::ios::binary) << text;
     }
@@ -137,8 +141,13 @@ TEST_F(Store, ReadsValuesByTheirRules) {
     };
     for (const auto &[values, expected] : cases) {
         writeUser(values);
-        const Library library;
-        EXPECT_EQ(library.text(1, 1), expected) << values;
+        {
+            const Library library;
+            EXPECT_EQ(library.text(1, 1), expected) << values;
+        }
+        // A value too long ends the reading, and at the end the deletion.
+        if (expected != "C:/a") continue;
+        EXPECT_NE(read("user.reg").find(values), std::string::npos) << values;
     }
 }
 
@@ -171,14 +180,6 @@ TEST_F(Store, UnloadReplacesTheValuesAndNothingElse) {
     fs::last_write_time(folder_ / "user.reg", longAgo);
     { const Library library; }
     EXPECT_EQ(fs::last_write_time(folder_ / "user.reg"), longAgo);
-}
-
-TEST_F(Store, AValueTooLongEndsTheDeletionToo) {
-    writeUser("\"0\"=\"C:/a\"\n\"1234567890123456\"=\"C:/b\"\n\"2\"=\"C:/c\"\n");
-    { const Library library; }
-    EXPECT_NE(
-        read("user.reg").find("\"0\"=\"C:/a\"\n\"1234567890123456\"=\"C:/b\"\n\"2\"=\"C:/c\"\n"),
-        std::string::npos);
 }
 
 TEST_F(Store, MergedListHasTheEnvironmentFirst) {
@@ -233,8 +234,6 @@ TEST_F(Store, ALongListIsWrittenWhole) {
         }
     }
     EXPECT_NE(read("user.reg").find("\"129\"=\"C:/129\"\n"), std::string::npos);
-    const Library library;
-    EXPECT_EQ(library.get(1, 1)->count, 128U);
 }
 
 TEST_F(Store, SettingsFollowALinkAndKeepTheirMode) {
@@ -302,8 +301,7 @@ TEST_F(Store, DamagedFilesAreSetAsideByteForByte) {
         "REGEDIT4\n\"0\"=\"C:/a\"\n",  // a value under no key
     };
     for (const std::string &text : damaged) {
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
+        clear();
         write("user.reg", text);
         write("user.reg.damaged", "an earlier one");
         write("user.reg.damaged.1", "an even earlier one");
@@ -319,8 +317,7 @@ TEST_F(Store, DamagedFilesAreSetAsideByteForByte) {
     }
     // Cut anywhere, a file is either good or set aside.
     for (std::size_t length = 0; length <= good.size(); ++length) {
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
+        clear();
         write("user.reg", good.substr(0, length));
         { const Library library; }
         const bool aside = fs::exists(folder_ / "user.reg.damaged");

@@ -124,10 +124,13 @@ TEST(PointerContainers, TellANullFromNothing) {
     VxPointerTable<int> table(vxNumBuckets(3));
     table.insert(&cell);
     EXPECT_FALSE(table.has(nullptr));
-    table.insert(nullptr);
+    EXPECT_TRUE(table.insert(nullptr));
+    EXPECT_FALSE(table.insert(nullptr));
     EXPECT_TRUE(table.has(nullptr));
     EXPECT_EQ(std::ranges::distance(table), 2);
     EXPECT_TRUE(table.begin() == table.begin() && table.begin() != ++table.begin());
+    EXPECT_TRUE(table.remove(nullptr));
+    EXPECT_FALSE(table.remove(nullptr));
 }
 
 TEST(NumBuckets, AreThePrimesAbove) {

@@ -9,12 +9,12 @@
 #include <string>
 #include <vector>
 
-// The image is written beside the file of its name and takes its place when it is complete. So a
-// failure leaves an older picture as it was, and a success nothing of it.
+// The image is written beside the file of its name and takes its place when it is closed with all
+// its rows. So whatever goes wrong leaves an older picture as it was, and a success nothing of it.
 class ImageFile {
 public:
     ImageFile(const char *path, int width, int height, const char *title);
-    ~ImageFile() { close(); }
+    ~ImageFile();  // of what was not closed, nothing stays
     ImageFile(const ImageFile &) = delete;
     ImageFile &operator=(const ImageFile &) = delete;
 
@@ -25,14 +25,18 @@ public:
     // Could all be written so far?
     bool good() const { return good_; }
 
-    // Completes the file, and says whether all of it was written.
+    // Completes the file. False after a message if a row is missing or anything was not written.
     bool close();
 
 private:
+    void note(bool done);
+    void discard();
+
     std::string path_, partPath_;
     VxImage *image_;
     std::vector<uint16_t> rows_[3];  // one row crosses the interface plane by plane
-    bool good_;
+    bool good_ = true;
+    int reason_ = 0;  // the first errno of a failure
 };
 
 #endif

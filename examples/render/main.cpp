@@ -21,6 +21,7 @@
 #include "report.h"
 
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -32,10 +33,7 @@ constexpr int kMostPixels = 16384;  // along a side
 static bool draw(Scene const &scene, View const &view, const std::string &path, int width,
                  int height, bool antialias) {
     const PictureReport report = drawPicture(scene, view, path.c_str(), width, height, antialias);
-    if (!report.written) {
-        reportFailure("cannot write " + path);
-        return false;
-    }
+    if (!report.written) return false;
     std::printf("%s: %.2f s, %lld rays, %.1f %% of pixels refined, %d KB for hit records\n",
                 path.c_str(), report.seconds, report.rays, 100 * report.refinedShare,
                 report.poolBytes / 1024);
@@ -44,13 +42,23 @@ static bool draw(Scene const &scene, View const &view, const std::string &path, 
 
 static bool drawAll(View const &view, const std::string &folder, int width, int height,
                     bool onlyPlain) {
-    if (!writeView(view, folder + "room.view")) {
-        reportFailure("cannot write " + folder + "room.view");
-        return false;
-    }
     Scene scene;
-    return scene.build() && draw(scene, view, folder + "plain.sgi", width, height, false) &&
+    return scene.build() && writeView(view, folder + "room.view") &&
+           draw(scene, view, folder + "plain.sgi", width, height, false) &&
            (onlyPlain || draw(scene, view, folder + "antialiased.sgi", width, height, true));
+}
+
+// The picture that is being drawn is put away before the end; a second signal ends at once.
+static void stop(int signal) {
+    stopSignal = signal;
+    std::signal(signal, SIG_DFL);
+}
+
+static void handleSignals() {
+    std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is a failure with a message
+    for (const int each : {SIGHUP, SIGINT, SIGTERM}) {
+        if (std::signal(each, stop) == SIG_IGN) std::signal(each, SIG_IGN);
+    }
 }
 
 int main(int count, char **arguments) {
@@ -72,6 +80,7 @@ int main(int count, char **arguments) {
         std::fprintf(stderr, "usage: render [--plain] [--view FILE] WIDTH HEIGHT FOLDER\n");
         return 2;
     }
+    handleSignals();
     std::setlocale(LC_NUMERIC, "");  // the report has the user's decimal mark; webs keep the point
     View view;
     if (viewFile != nullptr && !readView(view, viewFile)) {
@@ -80,7 +89,9 @@ int main(int count, char **arguments) {
     }
     const std::string folder = std::string(arguments[first + 2]) + "/";
     try {
-        return drawAll(view, folder, width, height, onlyPlain) ? 0 : 1;
+        const bool drawn = drawAll(view, folder, width, height, onlyPlain);
+        if (stopSignal != 0) std::raise(stopSignal);
+        return drawn ? 0 : 1;
     } catch (const std::exception &problem) {
         reportFailure(problem.what());
         return 1;

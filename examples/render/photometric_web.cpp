@@ -90,7 +90,8 @@ VxString photometricWebNamed(const char *wildcard) {
         for (const auto &entry :
              std::filesystem::directory_iterator(vxSearchPathGet(list, i), missing)) {
             const std::string name = entry.path().filename();
-            if ((first.empty() || name < first) && vxMatchPattern(name.c_str(), pattern) != 0)
+            if ((first.empty() || name < first) && entry.is_regular_file(missing) &&
+                vxMatchPattern(name.c_str(), pattern) != 0)
                 first = name;
         }
         if (!first.empty()) return first.c_str();

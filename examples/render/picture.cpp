@@ -9,6 +9,8 @@
 #include <unistd.h>
 #include <vector>
 
+volatile std::sig_atomic_t stopSignal;
+
 namespace {
 
 class Camera {
@@ -73,7 +75,7 @@ PictureReport drawPicture(Scene const &scene, View const &view, const char *path
     Progress progress(height);
     std::vector<Vec> row(static_cast<std::size_t>(width));
     long long refinedPixels = 0;
-    for (int y = 0; y < height && file.good(); ++y) {
+    for (int y = 0; y < height && file.good() && stopSignal == 0; ++y) {
         for (int x = 0; x < width; ++x) {
             const auto sampleAt = [&](float dx, float dy) {
                 return tracer.look(camera.through(static_cast<float>(x) + 0.5F + dx,
@@ -88,7 +90,7 @@ PictureReport drawPicture(Scene const &scene, View const &view, const char *path
         progress.show(y + 1);
     }
     PictureReport report;
-    report.written = file.close();
+    report.written = stopSignal == 0 && file.close();
     report.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     report.refinedShare = static_cast<double>(refinedPixels) / width / height;

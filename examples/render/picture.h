@@ -5,6 +5,11 @@
 #include "scene.h"
 #include "view.h"
 
+#include <csignal>
+
+// A signal to end by, 0 for none: drawing stops after the row.
+extern volatile std::sig_atomic_t stopSignal;
+
 struct PictureReport {
     bool written = false;
     double seconds = 0;
@@ -14,7 +19,7 @@ struct PictureReport {
 };
 
 // Draws the scene into an image file. Without antialiasing each pixel is what lies at its centre.
-// Stops at once where the file cannot be written.
+// Stops at once where the file cannot be written, which a message says.
 PictureReport drawPicture(Scene const &scene, View const &view, const char *path, int width,
                           int height, bool antialias);
 

@@ -18,6 +18,17 @@ export ZOR_IES_PATH="$folder/project/webs;$here/webs" # webs of your own: sconce
 "$(dirname "$program")/make_textures" "$folder/project"
 "$program" "$width" "$height" "$folder"
 
+command -v pnmtopng >/dev/null || {
+    echo "$folder/antialiased.sgi is the picture. There is no PNG of it: that takes the package netpbm." >&2
+    exit 0
+}
+
+# What is under way lies in a folder of its own until it is whole.
+work=$(mktemp -d "$folder/work.XXXXXX")
+trap 'rm -r "$work"' EXIT
+trap 'exit 1' HUP INT TERM
+cd "$work"
+
 # beside OUTPUT COMMAND...: both pictures, each through a command, side by side as PNG
 beside() {
     output=$1
@@ -26,16 +37,10 @@ beside() {
         "$@" <"$picture.ppm" >"$picture.part"
     done
     pnmcat -lr plain.part antialiased.part | pnmtopng -quiet >"$output"
-    rm plain.part antialiased.part
 }
 
-command -v pnmtopng >/dev/null || {
-    echo "$folder/antialiased.sgi is the picture. There is no PNG of it: that takes the package netpbm." >&2
-    exit 0
-}
-cd "$folder"
 for picture in plain antialiased; do
-    sgitopnm -quiet "$picture.sgi" >"$picture.ppm"
+    sgitopnm -quiet "$folder/$picture.sgi" >"$picture.ppm"
     pnmtopng -quiet "$picture.ppm" >"$picture.png"
 done
 beside side_by_side.png cat
@@ -45,5 +50,5 @@ closeup() {
         -width $((width * 32 / 100)) -height $((height * 45 / 100)) | pamenlarge 3
 }
 beside closeup.png closeup
-rm plain.ppm antialiased.ppm
+mv ./*.png "$folder"
 echo "$folder/antialiased.png, and beside the picture without antialiasing: side_by_side.png, closeup.png"

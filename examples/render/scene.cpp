@@ -122,10 +122,7 @@ float Scene::openness(Vec point, Vec normal) const {
 
 Texture const *Scene::texture(VxString const &name) {
     Texture const *found = textures_.find(name);
-    if (found == nullptr) {
-        reportFailure(std::string("no texture ") + static_cast<char const *>(name));
-        complete_ = false;
-    }
+    complete_ = found != nullptr && complete_;
     return found;
 }
 
@@ -178,8 +175,11 @@ void Scene::addRoom() {
 
 // A lamp takes whatever web of its kind is found first: a project that has its own goes before.
 static bool loadWeb(PhotometricWeb &web, const char *wildcard) {
-    if (web.load(photometricWebNamed(wildcard))) return true;
-    reportFailure(std::string("no photometric web ") + wildcard);
+    const VxString name = photometricWebNamed(wildcard);
+    if (web.load(name)) return true;
+    reportFailure(name.length() == 0 ? std::string("no photometric web ") + wildcard
+                                     : std::string("cannot read photometric web ") +
+                                           static_cast<char const *>(name));
     return false;
 }
 

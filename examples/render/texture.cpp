@@ -10,6 +10,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
+#include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -18,16 +20,17 @@ constexpr int kImageNotOpened = 20362;  // in the catalogue of messages
 bool Texture::load() {
     // The merged list: the environment's directories, then the machine's, then the user's.
     VxSearchPath *list = vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_MERGED);
-    char *path = vxSearchPathResolve(list, name_, nullptr, 0);
-    if (path == nullptr) return false;
-    VxImage *image = vxImageOpen(path, "r");
-    std::free(path);
-    if (image == nullptr) {
-        reportFailure(kImageNotOpened);
+    const std::unique_ptr<char, void (*)(void *)> path(vxSearchPathResolve(list, name_, nullptr, 0),
+                                                       std::free);
+    if (path == nullptr) {
+        reportFailure(std::string("no texture ") + static_cast<char const *>(name_));
         return false;
     }
-    const bool whole = readRows(image);
-    vxImageClose(image);
+    VxImage *image = vxImageOpen(path.get(), "r");
+    if (image == nullptr) reportFailure(kImageNotOpened);
+    const bool whole = image != nullptr && readRows(image);
+    if (image != nullptr) vxImageClose(image);
+    if (!whole) reportFailure(std::string("cannot read texture ") + path.get());
     return whole;
 }
 
@@ -93,6 +96,7 @@ Vec Texture::at(float u, float v) const {
 Texture const *TextureShelf::find(VxString const &name) {
     Texture texture(name);
     if (Texture const *known = textures_.has(texture)) return known;
-    if (!texture.load() || !textures_.insert(texture)) return nullptr;
+    if (!texture.load()) return nullptr;
+    if (!textures_.insert(texture)) reportFailure("no memory for a texture");
     return textures_.has(texture);
 }

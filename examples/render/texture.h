@@ -13,8 +13,8 @@ public:
 
     VxString const &name() const { return name_; }
 
-    // Reads the file of this name, wherever on the search paths it is. False if there is none, or
-    // none that can be read whole.
+    // Reads the file of this name, wherever on the search paths it is. False after a
+    // message if there is none, or none that can be read whole.
     bool load();
 
     // The colour at a place in linear light, between the four elements around it. The texture lies
@@ -35,7 +35,7 @@ private:
 // Reads each texture once, however many surfaces bear it.
 class TextureShelf {
 public:
-    // The texture of a name, or null without one. It stays the shelf's.
+    // The texture of a name, or null after a message. It stays the shelf's.
     Texture const *find(VxString const &name);
 
 private:

@@ -1,8 +1,11 @@
 #include "view.h"
 
+#include "report.h"
+
 #include <vxbyteorder.h>
 
 #include <bit>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -16,11 +19,17 @@ static void turn(View &view) {
 }
 
 bool writeView(View view, const std::string &path) {
-    std::FILE *file = std::fopen(path.c_str(), "wb");
-    if (file == nullptr) return false;
-    turn(view);
-    const bool written = std::fwrite(&view, sizeof view, 1, file) == 1;
-    return std::fclose(file) == 0 && written;
+    const std::string part = path + ".part";
+    std::FILE *file = std::fopen(part.c_str(), "wb");
+    if (file != nullptr) {
+        turn(view);
+        const bool written = std::fwrite(&view, sizeof view, 1, file) == 1;
+        if (std::fclose(file) == 0 && written && std::rename(part.c_str(), path.c_str()) == 0)
+            return true;
+    }
+    reportNotWritten(path, errno);
+    if (file != nullptr) std::remove(part.c_str());
+    return false;
 }
 
 bool readView(View &view, const std::string &path) {

@@ -12,7 +12,8 @@ struct View {
 };
 
 // A view lies in a file as its six numbers, 4 bytes each, most significant byte first: the same on
-// machines of either byte order. False if the file cannot be written whole.
+// machines of either byte order. False after a message if the file
+// cannot be written whole; an older one stays then.
 bool writeView(View view, const std::string &path);
 
 // False if the file cannot be read, or holds no place to look from and direction to look in.
