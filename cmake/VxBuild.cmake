@@ -12,7 +12,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
 endif()
 
 # Hardening, as distributions build: smashed stacks and overrun buffers end the process, addresses of
-# functions are bound at load and then read-only, and an indirect jump can only land where one may.
+# functions are bound at load and then read-only. The places where an indirect jump may land are
+# marked; the marks are in force where the start files of the C library have them, too.
 target_compile_options(vx_build_flags INTERFACE -fstack-protector-strong -fstack-clash-protection)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
   target_compile_options(vx_build_flags INTERFACE -fcf-protection=full)

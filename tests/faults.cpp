@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -193,6 +194,29 @@ int __wrap_flock(int file, int operation) {
     return strikes(faults::kLock, "flock") ? -1 : __real_flock(file, operation);
 }
 
+// As with close, the stream is gone whatever the result.
+int __real_fclose(FILE *stream);
+int __wrap_fclose(FILE *stream) {
+    const bool struck = strikes(faults::kOther, "fclose");
+    const int result = __real_fclose(stream);
+    return struck ? EOF : result;
+}
+
+#define VX_WRAP_POINTER(type, kind, name, parameters, arguments)                 \
+    type __real_##name parameters;                                               \
+    type __wrap_##name parameters {                                              \
+        return strikes(faults::kind, #name) ? nullptr : __real_##name arguments; \
+    }
+
+VX_WRAP_POINTER(FILE *, kOpen, fopen, (const char *path, const char *mode), (path, mode))
+VX_WRAP_POINTER(char *, kOther, realpath, (const char *path, char *out), (path, out))
+VX_WRAP_POINTER(char *, kOther, getcwd, (char *out, size_t size), (out, size))
+
+ssize_t __real_readlink(const char *path, char *out, size_t size);
+ssize_t __wrap_readlink(const char *path, char *out, size_t size) {
+    return strikes(faults::kOther, "readlink") ? -1 : __real_readlink(path, out, size);
+}
+
 #define VX_WRAP(name, parameters, arguments)                                  \
     int __real_##name parameters;                                             \
     int __wrap_##name parameters {                                            \
@@ -207,6 +231,7 @@ VX_WRAP(link, (const char *from, const char *to), (from, to))
 VX_WRAP(unlink, (const char *path), (path))
 VX_WRAP(mkdir, (const char *path, mode_t mode), (path, mode))
 VX_WRAP(access, (const char *path, int mode), (path, mode))
+VX_WRAP(fchown, (int file, uid_t owner, gid_t group), (file, owner, group))
 VX_WRAP(fchmod, (int file, mode_t mode), (file, mode))
 
 }  // extern "C"

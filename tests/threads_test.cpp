@@ -157,7 +157,7 @@ TEST(Threads, EachGetsWhatItGetsAlone) {
             auto &mine = answers[static_cast<std::size_t>(t)];
             mine.resize(alone.size());
             for (int i = 0; i < kThreads * kTurns; ++i) {
-                const int number = (i + t * kTurns) % (kThreads * kTurns);
+                const int number = (i + t * (kTurns + 1)) % (kThreads * kTurns);
                 const auto n = static_cast<std::size_t>(number);
                 mine[n] = jobs[n % jobs.size()](shared, number);
             }
