@@ -10,6 +10,7 @@ from measure import Incomplete, quartiles
 
 SIDE = 4096
 DIRECTORIES, NAMES = 50, 10000
+PROFILED = 120, 80  # of the renderer: the profiler takes some fifty times as long
 PICTURES = {'noise': 'noise', 'typical': 'gradients and flat parts'}
 
 
@@ -48,7 +49,7 @@ def readers(folder, file):
     return {
         'VXUTIL': [f'{folder}/picture', 'read', file],
         'OpenImageIO': [f'{folder}/picture_openimageio', file],
-        'oiiotool': ['oiiotool', '-i:now=1', file],
+        'oiiotool': ['oiiotool', '--native', '-i:now=1', file],
         'ImageMagick': ['convert-im6.q16', file, 'null:'],
         'ffmpeg': ['ffmpeg', '-v', 'error', '-i', file, '-f', 'null', '-'],
         'netpbm': ['sgitopnm', '-quiet', file],
@@ -56,14 +57,19 @@ def readers(folder, file):
 
 
 def lines_of(job, runs, starts=None):
-    library = statistics.median(elapsed for elapsed, _ in next(iter(runs.values())))
+    def elapsed(program, of):
+        return statistics.median(one for one, _ in of[program])
+
+    def beside_library(seconds):
+        return {program: seconds(program) / seconds(next(iter(runs))) for program in runs}
+    whole = beside_library(lambda program: elapsed(program, runs))
+    net = starts and beside_library(lambda program: elapsed(program, runs) - elapsed(program, starts))
     for program, times in runs.items():
-        elapsed = [one for one, _ in times]
-        yield {'job': job, 'program': program, 'seconds': statistics.median(elapsed),
-               'quartiles': quartiles(elapsed),
+        yield {'job': job, 'program': program, 'seconds': elapsed(program, runs),
+               'quartiles': quartiles([one for one, _ in times]),
                'processor': statistics.median(processor for _, processor in times),
-               'start': starts and statistics.median(one for one, _ in starts[program]),
-               'ratio': statistics.median(elapsed) / library}
+               'start': starts and elapsed(program, starts),
+               'ratio': whole[program], 'net': net and net[program]}
 
 
 def read_pictures(folder, scratch, rounds):
@@ -116,11 +122,12 @@ def render(folder, scratch, rounds):
                          interleaved({'VXUTIL': job}, rounds)))
     profile = f'{scratch}/profile'
     output(['valgrind', '--tool=callgrind', f'--callgrind-out-file={profile}',
-            job[0], '48', '32', job[3]])
+            job[0], *map(str, PROFILED), job[3]])
     listing = output(['callgrind_annotate', '--threshold=100', profile])
     shares = [(int(count.replace(',', '')), 'libvxutil.so' in place) for count, place in
               re.findall(r'^ *([\d,]+) \([ \d.]+%\)  (\S+:.*)$', listing, re.M)]
     line['share'] = sum(n for n, ours in shares if ours) / sum(n for n, _ in shares)
+    line['profiled'] = PROFILED
     yield line
 
 
