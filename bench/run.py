@@ -59,7 +59,7 @@ def make_locales(folder):
 
 
 def measured(args, families, rows, scratch):
-    rounds, repetitions, min_time, job_rounds = (1, 1, 0.01, 1) if args.quick else (7, 2, 0.05, 9)
+    rounds, repetitions, min_time, job_rounds = (1, 1, 0.01, 1) if args.quick else (7, 2, 0.07, 9)
     results = {'machine': machine(), 'rounds': rounds, 'jobs': []}
     samples, calls, problems = {}, {}, []
     for family in families:

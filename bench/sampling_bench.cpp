@@ -34,8 +34,10 @@ std::vector<Arguments> diskArguments(int grid) {
     for (int set = 0; set < VX_SAMPLE_SETS; ++set) {
         const double rotation = draw();
         for (int i = 0; i < grid * grid; ++i) {
-            const double turns = (draw() + i / grid) / grid + rotation;
-            const double share = (i % grid + 1 - draw()) / grid * (1 - least) + least;
+            const int row = i / grid;
+            const int column = i % grid + 1;
+            const double turns = (draw() + row) / grid + rotation;
+            const double share = (column - draw()) / grid * (1 - least) + least;
             all.push_back({share, turns * 6.283185307179586});
         }
     }

@@ -57,33 +57,40 @@ def readers(folder, file):
 
 
 def lines_of(job, runs, starts=None):
-    def elapsed(program, of):
-        return statistics.median(one for one, _ in of[program])
+    library = next(iter(runs))
 
-    def beside_library(seconds):
-        return {program: seconds(program) / seconds(next(iter(runs))) for program in runs}
-    whole = beside_library(lambda program: elapsed(program, runs))
-    net = starts and beside_library(lambda program: elapsed(program, runs) - elapsed(program, starts))
+    def elapsed(program, of):
+        return [one for one, _ in of[program]]
+
+    def whole(program):
+        return statistics.median(elapsed(program, runs))
+
+    def net(program):
+        return statistics.median(one - start for one, start in
+                                 zip(elapsed(program, runs), elapsed(program, starts)))
     for program, times in runs.items():
-        yield {'job': job, 'program': program, 'seconds': elapsed(program, runs),
-               'quartiles': quartiles([one for one, _ in times]),
+        yield {'job': job, 'program': program, 'seconds': whole(program),
+               'quartiles': quartiles(elapsed(program, runs)),
                'processor': statistics.median(processor for _, processor in times),
-               'start': starts and elapsed(program, starts),
-               'ratio': whole[program], 'net': net and net[program]}
+               'start': starts and statistics.median(elapsed(program, starts)),
+               'ratio': whole(program) / whole(library),
+               'net': starts and net(program) / net(library)}
 
 
 def read_pictures(folder, scratch, rounds):
     small = f'{scratch}/small.sgi'
     output([f'{folder}/picture', 'make', 'noise', '16', small])
-    starts = interleaved(readers(folder, small), rounds)
     for picture, words in PICTURES.items():
         file = f'{scratch}/{picture}.sgi'
         output([f'{folder}/picture', 'make', picture, str(SIDE), file])
         commands = readers(folder, file)
         if output(commands['VXUTIL']) != output(commands['OpenImageIO']):
             raise Incomplete(f'the sums of {file} differ')
+        starts = {('start', name): command for name, command in readers(folder, small).items()}
+        runs = interleaved(commands | starts, rounds)
         yield from lines_of(f'read a picture of {SIDE} x {SIDE} x 3: {words}',
-                            interleaved(commands, rounds), starts)
+                            {name: runs[name] for name in commands},
+                            {name: runs['start', name] for name in commands})
         os.remove(file)
 
 
