@@ -95,13 +95,18 @@ def remarks(lines):
                      f"{ratio(line)}: {remark(line)}" for line in lines)
 
 
+def multiples(line):
+    return number(line['ratio']) + (f" ({number(line['net'])})" if line['net'] else '')
+
+
 def short_jobs(lines):
     def cells():
         for job, programs in groupby(lines, lambda line: line['job']):
             library, *others = programs
             yield [job, duration(library['seconds']),
-                   ', '.join(f"{line['program']} {number(line['ratio'])}" for line in others)]
-    return titled(['Whole process', 'Time', 'Others, as multiples of it'], cells())
+                   ', '.join(f"{line['program']} {multiples(line)}" for line in others)]
+    return titled(['Whole process', 'Time', 'Others, as multiples of it (without what a start takes)'],
+                  cells())
 
 
 def jobs_table(lines):
@@ -109,9 +114,10 @@ def jobs_table(lines):
         for line in lines:
             yield [line['job'], line['program'], duration(line['seconds']),
                    '–'.join(map(duration, line['quartiles'])), duration(line['processor']),
-                   duration(line['start']) if line['start'] else '', number(line['ratio'])]
+                   duration(line['start']) if line['start'] else '', number(line['ratio']),
+                   number(line['net']) if line['net'] else '']
     return titled(['Job', 'Program', 'Time', 'Middle half', 'Processor', 'Of a picture of 16 x 16',
-                   'Ratio'], cells())
+                   'Ratio', 'Ratio without it'], cells())
 
 
 def summary(results):
@@ -121,13 +127,14 @@ def summary(results):
     machine = results['machine']
     return (f"{len(lines)} figures: {counts}. {machine['date']}, {machine['processor']}, "
             f"{machine['processors']} processors, {machine['system']}, {machine['compiler']}, "
-            f"{results['samples']} repetitions; load of the machine at the start "
+            f"{results['rounds']} rounds; load of the machine at the start "
             f"{machine['load']:.1f}.")
 
 
 def share(results):
     return ''.join(f"\n\nOf the work of the renderer {100 * line['share']:.0f} % is done in the "
-                   'library, counted in instructions.'
+                   f"library's own code, counted in instructions over a picture of "
+                   f"{line['profiled'][0]} x {line['profiled'][1]}."
                    for line in results['jobs'] if 'share' in line)
 
 
@@ -144,6 +151,12 @@ def short(results):
     parts = [summary(results), short_table(results['figures']), remarks(results['figures']),
              short_jobs(results['jobs'])]
     return '\n\n'.join(filter(None, parts)) + '\n'
+
+
+def unexplained(results):
+    """The figures that are not met without a word why."""
+    return [f"{line['operation']}: {line['figure']}" for line in results['figures']
+            if line['result'] != 'met' and not line['remark']]
 
 
 def put(path, text):

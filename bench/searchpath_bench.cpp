@@ -1,5 +1,4 @@
-// Search paths: finding a file, keeping settings, loading and unloading, beside the bare calls of
-// the system that they need.
+// Search paths: finding a file, beside the bare calls of the system that it needs.
 
 #include "scratch_folder.h"
 

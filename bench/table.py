@@ -45,7 +45,10 @@ def patterns():
     for case, name in cases.items():
         also = {} if case.startswith('list') else {'GLib': case + '/glib'}
         yield Figure(name, case + '/vxutil', 1.0,
-                     {'fnmatch': case + '/fnmatch', 'RE2': case + '/re2'}, also)
+                     {'fnmatch': case + '/fnmatch', 'RE2': case + '/re2'}, also,
+                     'All ways through a pattern are taken at once, with a pass over the subject '
+                     'for each of its elements. `fnmatch` tries one way after the other, and the '
+                     'first is the right one here.' if case == 'words_hit' else '')
 
 
 def run_lengths(width, noise, flat, small_type):
@@ -57,6 +60,9 @@ def run_lengths(width, noise, flat, small_type):
             for name, bar in bars.items()]
 
 
+STRETCHES = ('The order is that of signed bytes. `memcmp` does not tell where two texts differ, so they are '
+             'compared in stretches of 512 bytes, and one that differs again by halves.')
+
 ROWS = [
     Row('containers', 'append a pointer', TIME, [
         Figure('1,000', 'append_vx/1000', 0.75, {'GLib': 'append_glib/1000'},
@@ -67,11 +73,15 @@ ROWS = [
         figures({1000: 1.15, 100000: 1.15}, 'middle_vx/{}', {'memmove': 'middle_memmove/{}'})),
     Row('containers', 'walk, an element', TIME, [
         Figure('list', 'walk_list_vx', 1.5, {'std::vector': 'walk_list_std'}),
-        Figure('table', 'walk_table_vx', 1.0, {'std::unordered_set': 'walk_table_std'})]),
+        Figure('table', 'walk_table_vx', 1.0, {'std::unordered_set': 'walk_table_std'},
+               remark='A walk looks into all 1009 buckets, and into a list of its own for each in use: '
+                      'the elements of the peer are one chain.')]),
     Row('containers', 'pointer set, 1000 elements in 1009 buckets', TIME, [
         Figure(name.replace('_', ' and '), f'set_{name}<VxSet>', bar,
                {'std::unordered_set': f'set_{name}<StdSet>'},
-               {'absl::flat_hash_set': f'set_{name}<AbslSet>', 'GLib': f'set_{name}<GlibSet>'})
+               {'absl::flat_hash_set': f'set_{name}<AbslSet>', 'GLib': f'set_{name}<GlibSet>'},
+               'More than half of the time takes and frees memory, a block for each bucket in use.'
+               if name == 'fill' else '')
         for name, bar in {'find': 1.3, 'fill': 1.0, 'remove_insert': 0.5}.items()]),
     Row('containers', 'find owned texts of 36 bytes', TIME,
         [Figure('', 'owned_find_vx', 1.0, {'std::unordered_set': 'owned_find_std'})],
@@ -83,7 +93,8 @@ ROWS = [
     Row('strings', 'copy and drop a string', TIME, [
         Figure('64 bytes', 'copy_vx/64', 0.33, {'std::string': 'copy_std/64'}),
         Figure('4096 bytes', 'copy_vx/4096', 1.0, {'that of 64 bytes': 'copy_vx/64'},
-               {'std::string': 'copy_std/4096'})]),
+               {'std::string': 'copy_std/4096'},
+               remark='The same code runs at any length, so that only noise tells the two apart.')]),
     Row('strings', 'append with a hint, bytes', TIME,
         figures({1: 3.0, 8: 3.0}, 'append_vx/{}', {'std::string': 'append_std/{}'})),
     Row('strings', 'find a text in 4 KiB', SPEED, [
@@ -95,10 +106,9 @@ ROWS = [
     Row('strings', 'compare 4 KiB', SPEED, [
         Figure('equality, equal', 'equal_vx/0', 0.8, {'memcmp': 'order_memcmp/0'}),
         Figure('equality, last byte differs', 'equal_vx/1', 0.8, {'memcmp': 'order_memcmp/1'}),
-        Figure('order, equal', 'order_vx/0', 0.8, {'memcmp': 'order_memcmp/0'}),
+        Figure('order, equal', 'order_vx/0', 0.8, {'memcmp': 'order_memcmp/0'}, remark=STRETCHES),
         Figure('order, last byte differs', 'order_vx/1', 0.8, {'memcmp': 'order_memcmp/1'},
-               remark='The order is that of signed bytes. `memcmp` does not tell where two texts '
-                      'differ, so the last stretch is compared again, by halves.'),
+               remark=STRETCHES),
         Figure('ignoring case, equal', 'order_folded_vx/0', 0.1,
                {'strcasecmp': 'order_folded_strcasecmp/0'}),
         Figure('ignoring case, last byte differs', 'order_folded_vx/1', 0.1,
@@ -114,7 +124,11 @@ ROWS = [
     Row('calls', 'writes for an unchanged list', COUNT, [Figure('', 'writes unchanged', 0, {})]),
     Row('load', 'load and unload with short lists', TIME, [
         Figure('', 'load_unload/vxutil', 2.0,
-               {'empty library, file calls': 'load_unload/empty_library_and_file_calls'})]),
+               {'empty library, file calls needed': 'load_unload/empty_library_and_needed_calls'},
+               {'empty library, file calls made': 'load_unload/empty_library_and_made_calls'})],
+        remark='Each of four keys is read from its file when the library is loaded, and read once '
+               'more under a lock of its own when it is unloaded, as keys do not share what was '
+               'read. Each of six lists asks for the current directory.'),
 
     Row('pattern', 'match', TIME, list(patterns())),
     Row('pattern', 'match `*a*a*a*bc`, bytes', TIME,
@@ -136,7 +150,8 @@ ROWS = [
                'go through a buffer, so that the caller\'s stays as it was when a read falls short.'),
     Row('image', 'run-length rows in, 1 byte', SPEED, run_lengths(1, 3.0, 2.0, 1.5), wall=True,
         remark='Elements arrive as 16 bits, twice the memory that the peer writes.'),
-    Row('image', 'run-length rows in, 2 bytes', SPEED, run_lengths(2, 3.5, 2.7, 1.7), wall=True),
+    Row('image', 'run-length rows in, 2 bytes', SPEED, run_lengths(2, 3.5, 2.7, 1.7), wall=True,
+        remark='Beside the call of the system that a row takes, noise is swapped once and copied once.'),
     Row('image', 'verbatim rows out', SPEED, [
         Figure('1 byte', 'verbatim_out/1/published/vxutil', 0.8, {'pwrite': 'verbatim_out/1/plain'}),
         Figure('2 bytes, host order', 'verbatim_out/2/host/vxutil', 0.8,
@@ -183,7 +198,8 @@ ROWS = [
                {'bare calls': f'{pattern}BareCalls/{n}'},
                {'with memory': f'{pattern}BareCallsAndMemory/{n}'})
         for pattern in ('square', 'disk') for n in (4, 8)],
-        remark='The bare calls leave out the memory of the table, which is beside them.'),
+        remark='The bare calls leave out the memory of the table, which is beside them, and the '
+               'arithmetic between the calls.'),
     Row('sampling', 'a pixel of 16 samples', TIME,
         [Figure('', 'pixel', 2.0, {'the same sums in line': 'pixelInLine'})],
         remark='Each sample takes calls into the shared library.'),

@@ -10,6 +10,7 @@ from measure import Incomplete, quartiles
 
 SIDE = 4096
 DIRECTORIES, NAMES = 50, 10000
+PROFILED = 120, 80  # of the renderer: the profiler takes some fifty times as long
 PICTURES = {'noise': 'noise', 'typical': 'gradients and flat parts'}
 
 
@@ -48,7 +49,7 @@ def readers(folder, file):
     return {
         'VXUTIL': [f'{folder}/picture', 'read', file],
         'OpenImageIO': [f'{folder}/picture_openimageio', file],
-        'oiiotool': ['oiiotool', '-i:now=1', file],
+        'oiiotool': ['oiiotool', '--native', '-i:now=1', file],
         'ImageMagick': ['convert-im6.q16', file, 'null:'],
         'ffmpeg': ['ffmpeg', '-v', 'error', '-i', file, '-f', 'null', '-'],
         'netpbm': ['sgitopnm', '-quiet', file],
@@ -56,28 +57,40 @@ def readers(folder, file):
 
 
 def lines_of(job, runs, starts=None):
-    library = statistics.median(elapsed for elapsed, _ in next(iter(runs.values())))
+    library = next(iter(runs))
+
+    def elapsed(program, of):
+        return [one for one, _ in of[program]]
+
+    def whole(program):
+        return statistics.median(elapsed(program, runs))
+
+    def net(program):
+        return statistics.median(one - start for one, start in
+                                 zip(elapsed(program, runs), elapsed(program, starts)))
     for program, times in runs.items():
-        elapsed = [one for one, _ in times]
-        yield {'job': job, 'program': program, 'seconds': statistics.median(elapsed),
-               'quartiles': quartiles(elapsed),
+        yield {'job': job, 'program': program, 'seconds': whole(program),
+               'quartiles': quartiles(elapsed(program, runs)),
                'processor': statistics.median(processor for _, processor in times),
-               'start': starts and statistics.median(one for one, _ in starts[program]),
-               'ratio': statistics.median(elapsed) / library}
+               'start': starts and statistics.median(elapsed(program, starts)),
+               'ratio': whole(program) / whole(library),
+               'net': starts and net(program) / net(library)}
 
 
 def read_pictures(folder, scratch, rounds):
     small = f'{scratch}/small.sgi'
     output([f'{folder}/picture', 'make', 'noise', '16', small])
-    starts = interleaved(readers(folder, small), rounds)
     for picture, words in PICTURES.items():
         file = f'{scratch}/{picture}.sgi'
         output([f'{folder}/picture', 'make', picture, str(SIDE), file])
         commands = readers(folder, file)
         if output(commands['VXUTIL']) != output(commands['OpenImageIO']):
             raise Incomplete(f'the sums of {file} differ')
+        starts = {('start', name): command for name, command in readers(folder, small).items()}
+        runs = interleaved(commands | starts, rounds)
         yield from lines_of(f'read a picture of {SIDE} x {SIDE} x 3: {words}',
-                            interleaved(commands, rounds), starts)
+                            {name: runs[name] for name in commands},
+                            {name: runs['start', name] for name in commands})
         os.remove(file)
 
 
@@ -116,11 +129,12 @@ def render(folder, scratch, rounds):
                          interleaved({'VXUTIL': job}, rounds)))
     profile = f'{scratch}/profile'
     output(['valgrind', '--tool=callgrind', f'--callgrind-out-file={profile}',
-            job[0], '48', '32', job[3]])
+            job[0], *map(str, PROFILED), job[3]])
     listing = output(['callgrind_annotate', '--threshold=100', profile])
     shares = [(int(count.replace(',', '')), 'libvxutil.so' in place) for count, place in
               re.findall(r'^ *([\d,]+) \([ \d.]+%\)  (\S+:.*)$', listing, re.M)]
     line['share'] = sum(n for n, ours in shares if ours) / sum(n for n, _ in shares)
+    line['profiled'] = PROFILED
     yield line
 
 
