@@ -89,6 +89,10 @@ class Times:
         self.median = statistics.median(self.each)
         self.counts_bytes = 'bytes_per_second' in each[0][0]
 
+    def take_off(self, other):
+        self.each = [one - less for one, less in zip(self.each, other.each)]
+        self.median = statistics.median(self.each)
+
 
 def quartiles(values):
     if len(values) < 2:
@@ -107,6 +111,8 @@ def verdict(ratio, bar, middle, at_least):
 
 def compared(row, figure, samples):
     ours = Times(samples, row.family, figure.ours, row.wall)
+    if figure.less:
+        ours.take_off(Times(samples, row.family, figure.less, row.wall))
     peers = {peer: Times(samples, row.family, at, row.wall)
              for peer, at in (figure.peers | figure.also).items()}
     fastest = min(figure.peers, key=lambda peer: peers[peer].median)
