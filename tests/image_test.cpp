@@ -331,6 +331,7 @@ TEST_F(Image, RowsOutOfRangeAndOfBadTypes) {
         EXPECT_EQ(vxImagePutRow(image, row, y, z), -1);
         EXPECT_EQ(reported(), "20372");
     }
+    EXPECT_EQ(vxImageRowSize(image), 0);  // verbatim rows have none
     EXPECT_EQ(vxImageClose(image), 0);
     for (const auto &[type, dimension, zSize, report] : {std::tuple{3U, 3U, 2U, "20381"},
                                                          {0x201U, 3U, 2U, "20374, 20382"},
