@@ -62,7 +62,7 @@ void ImageFile::putRow(int y, const Vec *colors) {
 bool ImageFile::close() {
     if (image_ != nullptr) {
         errno = 0;
-        int32_t *const end = image_->rowSizes + 3 * image_->ySize;
+        int32_t *const end = image_->rowSizes + std::ptrdiff_t{3} * image_->ySize;
         note(std::find(image_->rowSizes, end, -1) == end);  // the size of a row never put
         if (good_) {
             note(vxImageClose(std::exchange(image_, nullptr)) == 0);
