@@ -44,7 +44,7 @@ public:
         const std::uint64_t index = head(2) == 3 ? std::uint64_t{z} * head(4) + y : y;
         if (storage() == 0) {
             const std::uint64_t place = 512 + index * width() * bytes;
-            if (place >= 0xFFFFFFFF) return Fate::kUnwritten;
+            if (place >= 0xFFFFFFFF) return Fate::kTold;
             if (width() > (bytes == 1 ? 32768U : 16383U)) return Fate::kTold;
             return elements(place, width(), bytes, row) ? Fate::kGood : Fate::kTold;
         }
