@@ -122,8 +122,9 @@ ROWS = [
     Row('load', 'save a changed list of settings', TIME, [
         Figure('', 'settings/life_with_one_list_changed', 1.7,
                {'write, sync, rename': 'settings/write_sync_rename'}, less='load_unload/vxutil',
-               remark='Owner and rights of the old file are given to the new one, which a file '
-               'left behind by a killed process must not stand in the way of.')], wall=True),
+               remark='Links to the file are followed, a file that a killed process left behind '
+               'is removed, and the new file gets the owner and the rights of the old one.')],
+        wall=True),
     Row('calls', 'writes for an unchanged list', COUNT, [Figure('', 'writes unchanged', 0, {})]),
     Row('load', 'load and unload with short lists', TIME, [
         Figure('', 'load_unload/vxutil', 2.0,
