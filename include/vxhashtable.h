@@ -117,8 +117,8 @@ struct VxBuckets {
  */
 class VX_API VxHashTable {
 public:
-    // Removes all elements, by destroyElement bucket by bucket in the order of a walk. The number
-    // of buckets stays.
+    // Removes all elements, by destroyElement bucket by bucket in the order of a walk, and gives
+    // back their storage. The number of buckets stays.
     void empty();
 
     // The number of buckets; of elements, counted at each call by a walk over all buckets; of
@@ -156,7 +156,8 @@ protected:
     virtual short equalElements(void const *given, void const *stored) = 0;
 
     // copyElement: the value to store for an element, null to refuse the insertion. When a table
-    // is copied it gets a stored value of the source, and a null is stored as it comes.
+    // is copied it gets a stored value of the source, and a null is stored as it comes,
+    // and is what equalElements and destroyElement get then.
     virtual void *copyElement(void const *element) = 0;
 
     // destroyElement: releases a value that copyElement returned.

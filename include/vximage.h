@@ -135,9 +135,9 @@ VX_API VxImage *vxImageOpen(const char *name, const char *mode, ...);
 
 /*
  * The same on an open descriptor, at its current position. It has to be one that can seek: of a
- * pipe the header is read or written, and each row fails. vxImageClose closes it; when opening
- * fails it stays open and the caller's. A negative one gives message 20363 with a null name
- * when creating, and no message otherwise.
+ * pipe the header is read or written, and each row fails, or the tables of a run-length image do.
+ * vxImageClose closes it; when opening fails it stays open and the caller's. A negative one gives
+ * message 20363 with a null name when creating, and no message otherwise.
  */
 VX_API VxImage *vxImageOpenFd(int file, const char *mode, ...);
 
@@ -168,9 +168,10 @@ VX_API int vxImageFlush(VxImage *image);
  * the low 8 bits of each element are stored.
  *
  * The result is xSize. -1 for a handle opened for reading, and after these messages: 20372 row out
- * of range, 20377 short write or a place that cannot be reached, 20378 and 20379 bad `type`.
- * minValue and maxValue count the row even if writing it failed; in a one-byte run-length image
- * they count whole elements, in a one-byte verbatim one the stored 8 bits.
+ * of range, 20373 bad `dimension` (of a file taken over for reading and writing), 20377 short write
+ * or a place that cannot be reached, 20378 and 20379 bad `type`. minValue and maxValue count the
+ * row even if writing it failed; in a one-byte run-length image they count whole elements, in a
+ * one-byte verbatim one the stored 8 bits.
  */
 VX_API int vxImagePutRow(VxImage *image, uint16_t *row, int y, int z);
 
@@ -236,6 +237,7 @@ VX_API uint16_t *vxImageAllocRowBuffer(VxImage *image);
  * writing, without memory for the row (20358), and when the row fails (VX_IMAGE_ERROR). With the
  * last row the result is -1 as well and VX_IMAGE_EOF is set: the row is loaded, nextPixel is at
  * its first element, and pixelsLeft is xSize - 1. A further call loads row 0 of the last plane.
+ * Rows count as 1 below dimension 2, planes below dimension 3. Other failures set pixelsLeft to 0.
  * Rows and planes up to 32767 and widths up to 32768 are reached.
  */
 VX_API int vxImageFillPixels(VxImage *image);
@@ -247,9 +249,9 @@ VX_API int vxImageFillPixels(VxImage *image);
  * The last row stays in memory until a flush or the close.
  *
  * A value behind the last element of the image is not stored: the last row is written, VX_IMAGE_EOF
- * is set (and VX_IMAGE_ERROR when that row failed), the result is -1, and it is -1 for every
- * further call until a seek or a row call moves the stream. No row is written then that the image
- * has no place for.
+ * is set (and VX_IMAGE_ERROR when that row failed, which is given up then: the close does not try
+ * again), the result is -1, and it is -1 for every further call until a seek or a row call moves
+ * the stream. No row is written then that the image has no place for.
  */
 VX_API int32_t vxImageDrainPixels(VxImage *image, int32_t value);
 

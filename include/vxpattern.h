@@ -12,7 +12,8 @@
  *   [abc]     one character of the list; ^ has no meaning in it
  *   [~abc]    one character that is not in the list, and no line feed
  *   [a-c]     a range, where both ends are letters or digits and the first is the lesser one;
- *             anywhere else a - stands for itself
+ *             anywhere else a - stands for itself. Behind an escaped character or the end
+ *             of a range it goes on from the last plain character that had a - behind it
  *   \c        the character c, whatever it means elsewhere; \n and \t are line feed and tab
  *   other     that character; case counts
  *
@@ -25,9 +26,10 @@
  * its end. A subject with more lines matches when its first line does.
  *
  * In a double-byte code page a character of two bytes is one character to a list or as itself, and
- * two bytes to * and ?. A range with such an end gets no members from between its ends, and
- * does not get its last one. A lead byte is taken together with the byte behind it, whatever
- * that is, so a wildcard that ends in a lone lead byte matches nothing.
+ * two bytes to * and ?. Of a range with such an end only the first bytes count, as signed values:
+ * those above the first end's, up to the second's, become bytes of the list, where one may join
+ * the byte behind it; the last character is no member. A lead byte is taken together with the byte
+ * behind it, whatever that is, so a wildcard that ends in a lone lead byte matches nothing.
  */
 #ifndef VXPATTERN_H
 #define VXPATTERN_H

@@ -99,7 +99,8 @@ VX_API void vxPoolDestroy(VxPool *pool);
 
 /*
  * Forgets all blocks without giving them back: for a caller who has taken them over. The pool is
- * empty and may be used again.
+ * empty and may be used again. No block is looked at: they may be gone already. Under
+ * AddressSanitizer what was not handed out stays poisoned until a block is freed.
  */
 VX_API void vxPoolReset(VxPool *pool);
 

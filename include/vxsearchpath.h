@@ -156,9 +156,11 @@ VX_API void vxSearchPathSwap(VxSearchPath *list, uint32_t one, uint32_t other);
  * A list is stored as one text value an entry, named by its position from 0. On reading,
  * %NAME% is replaced by that environment variable, values are ordered by the number in their
  * names, texts that occur twice are taken once, and what is no text is passed over. At most
- * 128 values are read; a name of more than 15 bytes, or a text of more than 259 bytes, ends the
- * reading. Unloading replaces all values of the four keys, of whatever type, by the lists; one
- * that could not be read at load is read again first, and what was added goes in front of it.
+ * 128 values are read; a name of more than 15 bytes, or data of more than 260 bytes (of a text,
+ * with its terminator), whatever its type, ends the reading. So an entry of more than 259 bytes is
+ * stored but hides itself and all behind it. Unloading replaces the values of the four keys up to
+ * such a one, of whatever type, by the lists; a list that could not be read at load is read again
+ * first, and what was added goes in front of it.
  *
  * Lists are read in the code page that the process has when the library is loaded, which for a
  * program that is linked to it is before the program can call setlocale.
@@ -200,8 +202,8 @@ VX_API int vxPathStoreSet(int category, int level, VxSearchPath *list);
  * entry's own text and stays the list's. An absolute name is its own answer when it is a regular
  * file. Null when the file is not found, for a null list or name, and when there is no memory.
  *
- * A \ in the name works as / does. One call of the system tests one directory, and one
- * allocation serves the whole walk.
+ * A \ in a relative name works as / does; an absolute one is looked up as it stands. One call of
+ * the system tests one directory, and one allocation serves the whole walk.
  */
 VX_API const char *vxSearchPathFind(VxSearchPath *list, const char *name, int category);
 

@@ -23,8 +23,8 @@
  *     Reading in a loop goes through a const string or the pointer, so that nothing separates.
  *
  * Growth. A body that must grow takes exactly the room it needs or, when its memory hint is not
- * 0, twice that. For text built of many pieces set the hint or, when the length is known,
- * setLengthHint.
+ * 0, twice that, as far as the limit below allows. For text built of many pieces set the hint or,
+ * when the length is known, setLengthHint.
  *
  * Indices and lengths are ints (an index of another integer type is ambiguous between operator[]
  * and the conversion to a pointer) and are not tested in release builds; a debug build asserts the
@@ -197,9 +197,10 @@ public:
     // ---- Numbers -------------------------------------------------------------------------
     //
     // The decimal number at an index, as strtol and strtod read it: leading white space and a sign
-    // are taken. `end` is the index of the first byte not used. Without digits the result is 0
-    // and `end` equals `start`. getInt gives the nearest limit for a number beyond 32 bits.
-    // REQUIRES: 0 <= start <= length().
+    // are taken. `end` is the index of the first byte not used. With nothing to convert the result
+    // is 0 and `end` equals `start`. getDouble takes what else strtod takes, as "inf", "nan" and
+    // "0x1p3", and the decimal point of the locale. getInt gives the nearest limit for a number
+    // beyond 32 bits. REQUIRES: 0 <= start <= length().
     int getInt(int start) const;
     int getInt(int start, int &end) const;
     double getDouble(int start) const;

@@ -33,8 +33,8 @@ VX_BEGIN_C
  *   a\b/c.d        a\b/c     d          b/c.d      a          a\b/c
  */
 
-/* The name up to its last dot, wherever that dot is; the whole name when the dot lies behind byte
- * 255 or there is none. */
+/* The name up to its last dot, wherever that dot is; the whole name when the dot lies at an
+ * index above 255 or there is none. */
 VX_API const char *vxFileStripExtension(const char *name);
 
 /* What follows the last dot; the empty text without a dot, or with a \ or / behind it. */
@@ -47,7 +47,8 @@ VX_API const char *vxFileAddExtension(const char *name, const char *extension);
 /*
  * The name with what follows the last dot of its last component, that dot included, replaced by a
  * dot and the extension; with a null extension by nothing. The last component begins at the last /
- * behind the last \ of the name. A dot behind byte 255 is not seen.
+ * behind the last \ of the name. With no / behind
+ * that \ it begins at the \. A dot at an index above 255 is not seen.
  */
 VX_API const char *vxFileReplaceExtension(const char *name, const char *extension);
 
@@ -57,7 +58,8 @@ VX_API const char *vxFileBaseName(const char *name);
 
 /*
  * What precedes the last \, else the last /, else the last colon, which stays on; else ".". A \
- * or / behind byte 255, or a colon behind byte 254, is passed over. "/file" gives the empty text.
+ * or / at an index above 255, or a colon at one above 254, is passed over. "/file" gives the empty
+ * text.
  */
 VX_API const char *vxFileDirectory(const char *name);
 
@@ -69,8 +71,8 @@ VX_API int vxWriteNewline(FILE *stream);
 /*
  * Reads a line as fgets does, up to `size` - 1 bytes (a size of 1 reads nothing and is always the
  * empty text), and takes all line feeds and carriage returns off its end. A line too long for that
- * comes in pieces. Returns `buffer`, or null at the end of the file or on a read error, with the
- * buffer as fgets left it.
+ * comes in pieces. A size of 0 or less gives null. Returns `buffer`, or null at the end of the file
+ * or on a read error, with the buffer as fgets left it.
  */
 VX_API char *vxReadLine(char *buffer, int size, FILE *stream);
 

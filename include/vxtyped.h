@@ -21,8 +21,8 @@
  *    of tables go forward. They go stale as the iterators of the base do.
  *  - The owning ones end their elements in their destructor. When an element cannot be copied,
  *    for want of memory or because T's copy constructor throws, the call answers false and
- *    nothing has changed; a copy of a whole list or table is then empty. No exception comes out:
- * `Hash` and `Equal` of a table must not throw.
+ *    nothing has changed; a copy of a whole list or table is then empty. No exception comes
+ *    out: `Hash` and `Equal` of a table must not throw.
  */
 #ifndef VXTYPED_H
 #define VXTYPED_H

@@ -118,6 +118,14 @@ bool keepAs(const std::string &path, const std::string &name) {
     return ::rename(path.c_str(), name.c_str()) == 0;
 }
 
+// A file that root makes in somebody's folder is theirs, or they could never save again. Root alone
+// can give a file away; elsewhere the owner is the right one already.
+void giveToOwnerOfFolder(int file, const std::string &path) {
+    struct stat folder;
+    if (::stat(path.substr(0, path.rfind('/') + 1).c_str(), &folder) != 0) return;
+    [[maybe_unused]] const int given = ::fchown(file, folder.st_uid, static_cast<gid_t>(-1));
+}
+
 // Keeps a file under another name. A file of that name is kept under the first free number.
 bool setAside(const std::string &path, const std::string &aside) {
     if (keepAs(path, aside)) return true;
@@ -141,6 +149,13 @@ public:
             file_ = folder_ + (root == HKEY_CURRENT_USER ? "/user.reg" : "/machine.reg");
         }
     }
+    // A child that was forked meanwhile has the lock file open as well, and a close here would
+    // leave the lock with it.
+    ~OpenKey() {
+        if (lock_.isOpen()) ::flock(lock_.get(), LOCK_UN);
+    }
+    OpenKey(const OpenKey &) = delete;
+    OpenKey &operator=(const OpenKey &) = delete;
 
     // Reads the file, under the lock of its root when the key is for writing.
     int load(bool create) {
@@ -186,9 +201,17 @@ public:
     }
 
 private:
-    // The file itself is replaced by each save, so a file beside it carries the lock.
+    // The file itself is replaced by each save, so a file beside it carries the lock. It is made
+    // where there is none, unless another process is faster; one that may only be read will do, but
+    // not on a file system that asks for more.
     bool lock() {
-        lock_ = Descriptor(::open((file_ + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+        const std::string path = file_ + ".lock";
+        for (const int mode : {O_RDWR, O_RDWR | O_CREAT | O_EXCL, O_RDWR, O_RDONLY}) {
+            lock_ = Descriptor(::open(path.c_str(), mode | O_CLOEXEC, 0666));
+            if (!lock_.isOpen()) continue;
+            if ((mode & O_EXCL) != 0) giveToOwnerOfFolder(lock_.get(), path);
+            break;
+        }
         if (!lock_.isOpen()) return false;
         int result = ::flock(lock_.get(), LOCK_EX);
         while (result != 0 && errno == EINTR)
@@ -201,10 +224,10 @@ private:
         ::unlink(fresh.c_str());
         Descriptor file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
         if (!file.isOpen()) return false;
+        if (!exists_) giveToOwnerOfFolder(file.get(), fresh);
         struct stat status;
         if (exists_) {
             if (::stat(file_.c_str(), &status) != 0) return false;
-            // Root alone can give a file away; elsewhere the owner is the same already.
             [[maybe_unused]] const int given = ::fchown(file.get(), status.st_uid, status.st_gid);
             if (::fchmod(file.get(), status.st_mode & 07777) != 0) return false;
         }

@@ -125,14 +125,6 @@ bool startBlock(VxPool *pool) {
     std::abort();
 }
 
-// What is forgotten here is its new owner's, whole.
-void unpoisonBlocks(const VxPool *pool, VxPoolBlock *list) {
-    for (; list != nullptr; list = list->next) {
-        unpoison(firstElement(list),
-                 static_cast<std::size_t>(elementBytes(pool, list->elementCount)));
-    }
-}
-
 void freeBlocks(VxPoolBlock *list) {
     while (list != nullptr)
         std::free(pop(list));
@@ -147,8 +139,6 @@ void vxPoolInit(VxPool *pool, int elementSize, int elementsPerBlock) {
 }
 
 void vxPoolReset(VxPool *pool) {
-    unpoisonBlocks(pool, pool->blocks);
-    unpoisonBlocks(pool, pool->spareBlocks);
     vxPoolInit(pool, pool->elementSize, pool->elementsPerBlock);
 }
 

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -168,7 +169,9 @@ VxSearchPath *vxSearchPathCreate(const char *text) {
     list->capacity = std::max(countSegments(text), kLeastCapacity);
     list->entries = newEntries(list->capacity);
     char *current = platform::_getcwd(nullptr, kLeastDirectoryRoom);
-    if (list->entries == nullptr || !appendSegments(list, text, current)) {
+    // Without a current directory relative entries are dropped, but not for want of memory.
+    const bool starved = current == nullptr && errno == ENOMEM;
+    if (list->entries == nullptr || starved || !appendSegments(list, text, current)) {
         vxSearchPathFree(list);
         list = nullptr;
     }

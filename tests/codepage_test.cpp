@@ -3,6 +3,7 @@
 
 #include "platform/codepage.h"
 
+#include "in_locale.h"
 #include "platform/character_class.h"
 
 #include <clocale>
@@ -36,6 +37,34 @@ TEST(CodePage, IsSingleByteInOtherLocales) {
         EXPECT_STREQ(_mbschr(SO "x", '\\'), "\\x");
     }
     std::setlocale(LC_CTYPE, "C");
+}
+
+TEST(CodePage, DoubleByteCharactersHaveTheirBytes) {
+    const struct {
+        const char *locale;
+        int number;
+        const char *leads, *trails;  // pairs of least and greatest
+    } pages[] = {{"ja_JP.SJIS", 932, "\x81\x9F\xE0\xFC", "\x40\x7E\x80\xFC"},
+                 {"zh_CN.GBK", 936, "\x81\xFE", "\x40\x7E\x80\xFE"},
+                 {"ko_KR.EUC-KR", 949, "\x81\xFE", "\x41\x5A\x61\x7A\x81\xFE"},
+                 {"zh_TW.BIG5", 950, "\x81\xFE", "\x40\x7E\xA1\xFE"}};
+    const auto holds = [](const char *pairs, int byte) {
+        bool inside = false;
+        for (; *pairs != '\0'; pairs += 2)
+            inside |= byte >= static_cast<unsigned char>(pairs[0]) &&
+                      byte <= static_cast<unsigned char>(pairs[1]);
+        return inside;
+    };
+    for (const auto &page : pages) {
+        const InLocale locale(page.locale);
+        EXPECT_EQ(currentCodePage().number(), page.number);
+        for (int code = 0x100; code <= 0xFFFF; ++code) {
+            const int lead = code >> 8, trail = code & 0xFF;
+            const char bytes[] = {static_cast<char>(lead), static_cast<char>(trail)};
+            const int length = !holds(page.leads, lead) ? 1 : holds(page.trails, trail) ? 2 : -1;
+            ASSERT_EQ(platform::mblen(bytes, __mb_cur_max), length) << page.locale << ' ' << code;
+        }
+    }
 }
 
 TEST_F(InPage932, CharactersHaveOneOrTwoBytes) {

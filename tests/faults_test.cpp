@@ -254,14 +254,6 @@ TEST_F(Faults, NoRoomForTablesThatAreNotThere) {
 
 // ---- Search paths
 
-std::string textOf(const VxSearchPath *list) {
-    const faults::Pause pause;
-    char *text = vxSearchPathToString(list);
-    std::string result = text;
-    std::free(text);
-    return result;
-}
-
 // A text that failed for want of memory is null, and comes with the next try.
 void expectText(const std::string &text, const std::function<char *()> &make) {
     char *made = make();
@@ -280,7 +272,7 @@ TEST_F(Faults, ListsStaySound) {
         VxSearchPath *list = vxSearchPathCreate("/a;b;/c;/d;/e");
         VxSearchPath *other = vxSearchPathCreate("/x;/c;/y");
         if (list != nullptr && other != nullptr) {
-            const std::string rest = textOf(list).substr(2);
+            const std::string rest = ";" + fs::current_path().string() + "/b;/c;/d;/e";
             std::string expected = vxSearchPathInsert(list, 0, "/new") != 0 ? "/new;/a" : "/a";
             expected += rest;
             vxSearchPathPrepend(list, other);
@@ -382,6 +374,18 @@ TEST_F(SettingsFaults, AFileIsAsBeforeOrAsAfter) {
                 [&] { restore(before_); });
         }
     }
+}
+
+TEST_F(SettingsFaults, ARelativeEntryOutlivesWantOfMemory) {
+    std::string relative = before_;
+    relative.replace(relative.find("/a"), 2, "rel");
+    strikeEach(
+        faults::kMemory, Effect::kRefuse,
+        [&](bool) {
+            live("/b");
+            EXPECT_NE(read("user.reg").find("rel\""), std::string::npos);
+        },
+        [&] { restore(relative); });
 }
 
 TEST_F(SettingsFaults, SignalsAreNotNoticed) {

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -37,6 +39,43 @@ std::string worked(const std::string &text, Work work) {
 int set(HKEY key, const char *name, unsigned type, const std::string &data) {
     return RegSetValueExA(key, name, type, reinterpret_cast<const unsigned char *>(data.data()),
                           static_cast<unsigned>(data.size()));
+}
+
+// Whoever owns the folder can still save when root has been there first.
+TEST(Registry, WhatRootMakesIsTheFoldersOwners) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+    const fs::path folder = fs::temp_directory_path() / ("vxreg" + std::to_string(::getpid()));
+    fs::create_directories(folder);
+    ASSERT_EQ(::chown(folder.c_str(), 65534, 65534), 0);
+    ::setenv("VX_REGISTRY_DIR", folder.c_str(), 1);
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, kPath, KEY_WRITE, &key), ERROR_SUCCESS);
+    EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
+    for (const char *name : {"user.reg", "user.reg.lock"}) {
+        struct stat status;
+        ASSERT_EQ(::stat((folder / name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_uid, 65534U) << name;
+    }
+    fs::remove_all(folder);
+}
+
+TEST(Registry, AChildDoesNotKeepTheLock) {
+    int open[2];
+    ASSERT_EQ(::pipe(open), 0);
+    pid_t child = -1;
+    worked("", [&](HKEY) {
+        child = ::fork();
+        if (child != 0) return;
+        char end;
+        ::close(open[1]);
+        ::_exit(static_cast<int>(::read(open[0], &end, 1)));  // stays until the test is over
+    });
+    ::close(open[0]);
+    EXPECT_NE(worked("", [](HKEY) {}), "");  // would wait for the child
+    ::close(open[1]);
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 constexpr char kHead[] = "REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\A Key]\n";

@@ -118,6 +118,10 @@ TEST(String, GrowsByTheHint) {
     before.set(0, 4, VxString());
     EXPECT_EQ(text(before), "");
     EXPECT_EQ(capacity(before), 8);
+    before.set(0, 0, VxString("123456789"));
+    EXPECT_EQ(capacity(before), 18);
+    hinted += vx(std::string(50, 'd'));
+    EXPECT_EQ(capacity(hinted), 53);
 }
 
 TEST(String, TheByteAtTheEndIsNobodys) {
@@ -278,6 +282,8 @@ TEST(StringNumbers, AreReadLikeStrtolAndStrtod) {
     }
     EXPECT_EQ(VxString("1.5e3x").getDouble(0, end), 1500.0);
     EXPECT_EQ(end, 5);
+    EXPECT_EQ(VxString("x1.5").getDouble(1, end), 1.5);
+    EXPECT_EQ(end, 4);
     EXPECT_EQ(VxString("x").getDouble(0, end), 0.0);
     EXPECT_EQ(end, 0);
     EXPECT_EQ(static_cast<int>(VxString("17")), 17);

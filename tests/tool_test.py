@@ -138,9 +138,9 @@ class ToolTest(unittest.TestCase):
                       error=f'{self.folder}/file: is no directory')
         self.run_tool('paths', 'add', '/b', VX_REGISTRY_DIR='', XDG_CONFIG_HOME='', HOME='', code=1, error='HOME: is not set')
         (self.folder / 'odd/user.reg').mkdir(parents=True)
-        (self.folder / 'locked/user.reg.lock').mkdir(parents=True)
-        for name, mode in (('closed', 0o500), ('linked', 0o700)):
+        for name, mode in (('closed', 0o500), ('linked', 0o700), ('locked', 0o700)):
             (self.folder / name).mkdir(mode)
+        (self.folder / 'locked/user.reg.lock').symlink_to('no/where')
         (self.folder / 'linked/user.reg').symlink_to('../closed/user.reg')
         for folder, error, first in (
                 ('odd', 'no regular file', None), ('locked', 'user.reg: does not hold', None),

@@ -43,7 +43,7 @@ void vxTrimRight(char *text) {
     std::size_t length = std::strlen(text);
     while (length != 0 && isWhite(text[length - 1]))
         --length;
-    text[length] = '\0';
+    if (text[length] != '\0') text[length] = '\0';  // a text without any is not written to
 }
 
 void vxTrimLeft(char *text) {
