@@ -3,11 +3,13 @@
 #include "platform/registry.h"
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,21 +21,37 @@ using namespace platform;
 
 constexpr char kPath[] = "Software\\A Key";
 
-// One folder with a user's file of this text, which comes back as the works on it leave it.
+// A folder for the files of the registry.
+class Folder {
+public:
+    Folder() {
+        fs::create_directories(path);
+        ::setenv("VX_REGISTRY_DIR", path.c_str(), 1);
+    }
+    ~Folder() { fs::remove_all(path); }
+    Folder(const Folder &) = delete;
+    Folder &operator=(const Folder &) = delete;
+
+    const fs::path path = fs::temp_directory_path() / ("vxreg" + std::to_string(::getpid()));
+};
+
+// A life of the user's key.
 template <typename Work>
-std::string worked(const std::string &text, Work work) {
-    const fs::path folder = fs::temp_directory_path() / ("vxreg" + std::to_string(::getpid()));
-    fs::create_directories(folder);
-    ::setenv("VX_REGISTRY_DIR", folder.c_str(), 1);
-    std::ofstream(folder / "user.reg", std::ios::binary) << text;
+void withKey(Work work) {
     HKEY key = nullptr;
     EXPECT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, kPath, KEY_WRITE, &key), ERROR_SUCCESS);
     work(key);
     EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
-    std::ifstream in(folder / "user.reg", std::ios::binary);
-    const std::string after{std::istreambuf_iterator<char>(in), {}};
-    fs::remove_all(folder);
-    return after;
+}
+
+// A user's file of this text, as the works on it leave it.
+template <typename Work>
+std::string worked(const std::string &text, Work work) {
+    const Folder folder;
+    std::ofstream(folder.path / "user.reg", std::ios::binary) << text;
+    withKey(work);
+    std::ifstream in(folder.path / "user.reg", std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 int set(HKEY key, const char *name, unsigned type, const std::string &data) {
@@ -44,35 +62,33 @@ int set(HKEY key, const char *name, unsigned type, const std::string &data) {
 // Whoever owns the folder can still save when root has been there first.
 TEST(Registry, WhatRootMakesIsTheFoldersOwners) {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can give files away";
-    const fs::path folder = fs::temp_directory_path() / ("vxreg" + std::to_string(::getpid()));
-    fs::create_directories(folder);
-    ASSERT_EQ(::chown(folder.c_str(), 65534, 65534), 0);
-    ::setenv("VX_REGISTRY_DIR", folder.c_str(), 1);
-    HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, kPath, KEY_WRITE, &key), ERROR_SUCCESS);
-    EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
+    const Folder folder;
+    ASSERT_EQ(::chown(folder.path.c_str(), 65534, 65534), 0);
+    withKey([](HKEY) {});
     for (const char *name : {"user.reg", "user.reg.lock"}) {
         struct stat status;
-        ASSERT_EQ(::stat((folder / name).c_str(), &status), 0);
+        ASSERT_EQ(::stat((folder.path / name).c_str(), &status), 0);
         EXPECT_EQ(status.st_uid, 65534U) << name;
     }
-    fs::remove_all(folder);
 }
 
 TEST(Registry, AChildDoesNotKeepTheLock) {
-    int open[2];
-    ASSERT_EQ(::pipe(open), 0);
+    const Folder folder;
+    int held[2];
+    ASSERT_EQ(::pipe(held), 0);
     pid_t child = -1;
-    worked("", [&](HKEY) {
+    withKey([&](HKEY) {
         child = ::fork();
         if (child != 0) return;
         char end;
-        ::close(open[1]);
-        ::_exit(static_cast<int>(::read(open[0], &end, 1)));  // stays until the test is over
+        ::close(held[1]);
+        ::_exit(static_cast<int>(::read(held[0], &end, 1)));  // there until the end of the test
     });
-    ::close(open[0]);
-    EXPECT_NE(worked("", [](HKEY) {}), "");  // would wait for the child
-    ::close(open[1]);
+    const int lock = ::open((folder.path / "user.reg.lock").c_str(), O_RDWR);
+    EXPECT_EQ(::flock(lock, LOCK_EX | LOCK_NB), 0);
+    ::close(lock);
+    ::close(held[0]);
+    ::close(held[1]);
     int status = -1;
     EXPECT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
