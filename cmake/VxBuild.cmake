@@ -34,12 +34,12 @@ if(VXUTIL_SANITIZE)
   target_link_options(vx_build_flags INTERFACE -fsanitize=${VXUTIL_SANITIZE})
 endif()
 
-# vx_room(NAME SOURCE...): one subsystem as the object library vx_NAME.
-function(vx_room name)
+# vx_module(NAME SOURCE...): one subsystem as the object library vx_NAME.
+function(vx_module name)
   add_library(vx_${name} OBJECT ${ARGN})
   target_link_libraries(vx_${name} PRIVATE vx_build_flags)
   target_include_directories(vx_${name} PRIVATE
-    ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+    ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
   set_target_properties(vx_${name} PROPERTIES
     POSITION_INDEPENDENT_CODE ON
     CXX_EXTENSIONS OFF
