@@ -5,7 +5,7 @@
  *     VxArrayList      void *              the list: each enters through the hook copyElement
  *                                          and leaves through destroyElement
  *     VxPArrayList     void *              the caller: the list stores the pointer as it is
- *     VxCPArrayList    void const *        the caller: likewise
+ *     VxCPArrayList    const void *        the caller: likewise
  *
  * No list is made directly. A typed class derives from one of the three, casts in its own forms
  * of the protected members, and leaves remove, empty, length and swap to its users as they are.
@@ -14,14 +14,14 @@
  *     class WidgetList : public VxArrayList {
  *     public:
  *         WidgetList() = default;
- *         WidgetList(WidgetList const &) = default;            // calls copyElement of the source
- *         WidgetList &operator=(WidgetList const &) = default;
+ *         WidgetList(const WidgetList &) = default;            // calls copyElement of the source
+ *         WidgetList &operator=(const WidgetList &) = default;
  *         ~WidgetList() override { empty(); }                  // see the destructor below
- *         void append(Widget const &w) { VxArrayList::append(&w); }
+ *         void append(const Widget &w) { VxArrayList::append(&w); }
  *         Widget &get(int i) { return *static_cast<Widget *>(VxArrayList::get(i)); }
  *     protected:
- *         void *copyElement(void const *w) override {
- *             return new (std::nothrow) Widget(*static_cast<Widget const *>(w));
+ *         void *copyElement(const void *w) override {
+ *             return new (std::nothrow) Widget(*static_cast<const Widget *>(w));
  *         }
  *         void destroyElement(void *w) override { delete static_cast<Widget *>(w); }
  *     };
@@ -90,7 +90,7 @@ protected:
 
     // Takes over length and capacity of the source, then runs the *source's* copyElement on each
     // of its elements, from index 0 up: the hooks of the new object do not exist yet.
-    VxArrayList(VxArrayList const &source);
+    VxArrayList(const VxArrayList &source);
 
     // Frees the slots and runs no hook, since those of the derived class are gone by now: its
     // own destructor calls empty(), or the elements leak.
@@ -102,41 +102,41 @@ protected:
     // insert, append or set or, when a list is copied or inserted, a stored value of the other
     // list. The result is stored unseen, null included. During an insertion length() counts the
     // new element already, and its slot holds nothing yet.
-    virtual void *copyElement(void const *element) = 0;
+    virtual void *copyElement(const void *element) = 0;
 
     // destroyElement: releases a value that copyElement returned; runs once for each.
     virtual void destroyElement(void *stored) = 0;
 
     // Nothing on self-assignment; otherwise empty(), then a copy as above.
-    VxArrayList &operator=(VxArrayList const &source);
+    VxArrayList &operator=(const VxArrayList &source);
 
     // The stored value at an index. REQUIRES: 0 <= index < length().
     VX_INLINE void *get(int index) {
         assert(array_.has(index));
         return array_.slots[index];
     }
-    VX_INLINE void const *get(int index) const {
+    VX_INLINE const void *get(int index) const {
         assert(array_.has(index));
         return array_.slots[index];
     }
 
     // Replaces one element: destroyElement on the old value, then copyElement on the new one. So
     // `element` is not the value stored there. REQUIRES: 0 <= index < length().
-    void set(int index, void const *element);
+    void set(int index, const void *element);
 
     // Inserts a copy of one element, or of all elements of another list in their order, before
     // the index. REQUIRES: 0 <= index <= length(); `list` is another list.
-    void insert(int index, void const *element);
-    void insert(int index, VxArrayList const &list);
+    void insert(int index, const void *element);
+    void insert(int index, const VxArrayList &list);
 
     // The same behind the last element.
-    void append(void const *element);
-    void append(VxArrayList const &list);
+    void append(const void *element);
+    void append(const VxArrayList &list);
 
 private:
     void grow(int index, int n);
     void shrink(int first, int n);
-    void dup(VxArrayList const &source);
+    void dup(const VxArrayList &source);
 
     VxSlotArray array_;
 
@@ -165,9 +165,9 @@ public:
 
 protected:
     VxPArrayList();
-    VxPArrayList(VxPArrayList const &source);
+    VxPArrayList(const VxPArrayList &source);
     virtual ~VxPArrayList();
-    VxPArrayList &operator=(VxPArrayList const &source);
+    VxPArrayList &operator=(const VxPArrayList &source);
 
     // The slot itself: a store through the reference replaces the element.
     // REQUIRES: 0 <= index < length().
@@ -186,7 +186,7 @@ protected:
 
     // REQUIRES: 0 <= index <= length(); `list` is another list.
     void insert(int index, void *element);
-    void insert(int index, VxPArrayList const &list);
+    void insert(int index, const VxPArrayList &list);
 
     VX_INLINE void append(void *element) {
         if (array_.count < array_.capacity) {
@@ -195,7 +195,7 @@ protected:
             insert(array_.count, element);
         }
     }
-    void append(VxPArrayList const &list);
+    void append(const VxPArrayList &list);
 
 private:
     void grow(int index, int n);
@@ -228,36 +228,36 @@ public:
 
 protected:
     VxCPArrayList();
-    VxCPArrayList(VxCPArrayList const &source);
+    VxCPArrayList(const VxCPArrayList &source);
     virtual ~VxCPArrayList();
-    VxCPArrayList &operator=(VxCPArrayList const &source);
+    VxCPArrayList &operator=(const VxCPArrayList &source);
 
     // REQUIRES: 0 <= index < length().
-    VX_INLINE void const *&get(int index) {
+    VX_INLINE const void *&get(int index) {
         assert(array_.has(index));
-        return const_cast<void const *&>(array_.slots[index]);
+        return const_cast<const void *&>(array_.slots[index]);
     }
-    VX_INLINE void const *get(int index) const {
+    VX_INLINE const void *get(int index) const {
         assert(array_.has(index));
         return array_.slots[index];
     }
-    VX_INLINE void set(int index, void const *element) {
+    VX_INLINE void set(int index, const void *element) {
         assert(array_.has(index));
         array_.slots[index] = const_cast<void *>(element);
     }
 
     // REQUIRES: 0 <= index <= length(); `list` is another list.
-    void insert(int index, void const *element);
-    void insert(int index, VxCPArrayList const &list);
+    void insert(int index, const void *element);
+    void insert(int index, const VxCPArrayList &list);
 
-    VX_INLINE void append(void const *element) {
+    VX_INLINE void append(const void *element) {
         if (array_.count < array_.capacity) {
             array_.slots[array_.count++] = const_cast<void *>(element);
         } else {
             insert(array_.count, element);
         }
     }
-    void append(VxCPArrayList const &list);
+    void append(const VxCPArrayList &list);
 
 private:
     void grow(int index, int n);
@@ -287,9 +287,9 @@ struct VxListSpot {
  * getElem, postInc and postDec do not test the index: ask isValid first. They differ in what
  * they give:
  *
- *     VxArrayListIterator      void *           VxArrayListConstIterator      void const *
+ *     VxArrayListIterator      void *           VxArrayListConstIterator      const void *
  *     VxPArrayListIterator     void *&          VxPArrayListConstIterator     void *
- *     VxCPArrayListIterator    void const *&    VxCPArrayListConstIterator    void const *
+ *     VxCPArrayListIterator    const void *&    VxCPArrayListConstIterator    const void *
  *
  * The references are to the slot at the index before the step.
  */
@@ -297,14 +297,14 @@ class VX_API VxArrayListIterator {
 public:
     // Stands at index 0, also in an empty list.
     VX_INLINE VxArrayListIterator(VxArrayList &list) : at_{&list, 0} {}
-    VxArrayListIterator(VxArrayListIterator const &) = default;
+    VxArrayListIterator(const VxArrayListIterator &) = default;
     VX_INLINE ~VxArrayListIterator() {}
 
     // Both take over list and index.
-    VX_INLINE VxArrayListIterator &operator=(VxArrayListIterator const &other) {
+    VX_INLINE VxArrayListIterator &operator=(const VxArrayListIterator &other) {
         return assign(other);
     }
-    VX_INLINE VxArrayListIterator &assign(VxArrayListIterator const &other) {
+    VX_INLINE VxArrayListIterator &assign(const VxArrayListIterator &other) {
         at_ = other.at_;
         return *this;
     }
@@ -318,7 +318,7 @@ public:
 
     VX_INLINE int getIndex() const { return at_.index; }
     VX_INLINE VxArrayList *getList() { return at_.list; }
-    VX_INLINE VxArrayList const *getList() const { return at_.list; }
+    VX_INLINE const VxArrayList *getList() const { return at_.list; }
 
     // The element at the index; postInc and postDec then move on by one.
     VX_INLINE void *getElem() { return at_.list->get(at_.index); }
@@ -333,43 +333,43 @@ private:
 
 class VX_API VxArrayListConstIterator {
 public:
-    VX_INLINE VxArrayListConstIterator(VxArrayList const &list) : at_{&list, 0} {}
-    VX_INLINE VxArrayListConstIterator(VxArrayListIterator const &other)
+    VX_INLINE VxArrayListConstIterator(const VxArrayList &list) : at_{&list, 0} {}
+    VX_INLINE VxArrayListConstIterator(const VxArrayListIterator &other)
         : at_{other.at_.list, other.at_.index} {}
-    VxArrayListConstIterator(VxArrayListConstIterator const &) = default;
+    VxArrayListConstIterator(const VxArrayListConstIterator &) = default;
     VX_INLINE ~VxArrayListConstIterator() {}
-    VX_INLINE VxArrayListConstIterator &operator=(VxArrayListConstIterator const &other) {
+    VX_INLINE VxArrayListConstIterator &operator=(const VxArrayListConstIterator &other) {
         return assign(other);
     }
-    VX_INLINE VxArrayListConstIterator &assign(VxArrayListConstIterator const &other) {
+    VX_INLINE VxArrayListConstIterator &assign(const VxArrayListConstIterator &other) {
         at_ = other.at_;
         return *this;
     }
-    VX_INLINE VxArrayListConstIterator &assign(VxArrayListIterator const &other) {
+    VX_INLINE VxArrayListConstIterator &assign(const VxArrayListIterator &other) {
         at_ = {other.at_.list, other.at_.index};
         return *this;
     }
     VX_INLINE void reset(short fromEnd) { at_.index = fromEnd != 0 ? at_.list->length() - 1 : 0; }
     VX_INLINE short isValid() const { return at_.list->array_.has(at_.index) ? 1 : 0; }
     VX_INLINE int getIndex() const { return at_.index; }
-    VX_INLINE VxArrayList const *getList() const { return at_.list; }
-    VX_INLINE void const *getElem() const { return at_.list->get(at_.index); }
-    VX_INLINE void const *postInc() { return at_.list->get(at_.index++); }
-    VX_INLINE void const *postDec() { return at_.list->get(at_.index--); }
+    VX_INLINE const VxArrayList *getList() const { return at_.list; }
+    VX_INLINE const void *getElem() const { return at_.list->get(at_.index); }
+    VX_INLINE const void *postInc() { return at_.list->get(at_.index++); }
+    VX_INLINE const void *postDec() { return at_.list->get(at_.index--); }
 
 private:
-    VxListSpot<VxArrayList const> at_;
+    VxListSpot<const VxArrayList> at_;
 };
 
 class VX_API VxPArrayListIterator {
 public:
     VX_INLINE VxPArrayListIterator(VxPArrayList &list) : at_{&list, 0} {}
-    VxPArrayListIterator(VxPArrayListIterator const &) = default;
+    VxPArrayListIterator(const VxPArrayListIterator &) = default;
     VX_INLINE ~VxPArrayListIterator() {}
-    VX_INLINE VxPArrayListIterator &operator=(VxPArrayListIterator const &other) {
+    VX_INLINE VxPArrayListIterator &operator=(const VxPArrayListIterator &other) {
         return assign(other);
     }
-    VX_INLINE VxPArrayListIterator &assign(VxPArrayListIterator const &other) {
+    VX_INLINE VxPArrayListIterator &assign(const VxPArrayListIterator &other) {
         at_ = other.at_;
         return *this;
     }
@@ -377,7 +377,7 @@ public:
     VX_INLINE short isValid() const { return at_.list->array_.has(at_.index) ? 1 : 0; }
     VX_INLINE int getIndex() const { return at_.index; }
     VX_INLINE VxPArrayList *getList() { return at_.list; }
-    VX_INLINE VxPArrayList const *getList() const { return at_.list; }
+    VX_INLINE const VxPArrayList *getList() const { return at_.list; }
     VX_INLINE void *&getElem() { return at_.list->get(at_.index); }
     VX_INLINE void *&postInc() { return at_.list->get(at_.index++); }
     VX_INLINE void *&postDec() { return at_.list->get(at_.index--); }
@@ -390,43 +390,43 @@ private:
 
 class VX_API VxPArrayListConstIterator {
 public:
-    VX_INLINE VxPArrayListConstIterator(VxPArrayList const &list) : at_{&list, 0} {}
-    VX_INLINE VxPArrayListConstIterator(VxPArrayListIterator const &other)
+    VX_INLINE VxPArrayListConstIterator(const VxPArrayList &list) : at_{&list, 0} {}
+    VX_INLINE VxPArrayListConstIterator(const VxPArrayListIterator &other)
         : at_{other.at_.list, other.at_.index} {}
-    VxPArrayListConstIterator(VxPArrayListConstIterator const &) = default;
+    VxPArrayListConstIterator(const VxPArrayListConstIterator &) = default;
     VX_INLINE ~VxPArrayListConstIterator() {}
-    VX_INLINE VxPArrayListConstIterator &operator=(VxPArrayListConstIterator const &other) {
+    VX_INLINE VxPArrayListConstIterator &operator=(const VxPArrayListConstIterator &other) {
         return assign(other);
     }
-    VX_INLINE VxPArrayListConstIterator &assign(VxPArrayListConstIterator const &other) {
+    VX_INLINE VxPArrayListConstIterator &assign(const VxPArrayListConstIterator &other) {
         at_ = other.at_;
         return *this;
     }
-    VX_INLINE VxPArrayListConstIterator &assign(VxPArrayListIterator const &other) {
+    VX_INLINE VxPArrayListConstIterator &assign(const VxPArrayListIterator &other) {
         at_ = {other.at_.list, other.at_.index};
         return *this;
     }
     VX_INLINE void reset(short fromEnd) { at_.index = fromEnd != 0 ? at_.list->length() - 1 : 0; }
     VX_INLINE short isValid() const { return at_.list->array_.has(at_.index) ? 1 : 0; }
     VX_INLINE int getIndex() const { return at_.index; }
-    VX_INLINE VxPArrayList const *getList() const { return at_.list; }
+    VX_INLINE const VxPArrayList *getList() const { return at_.list; }
     VX_INLINE void *getElem() const { return at_.list->get(at_.index); }
     VX_INLINE void *postInc() { return at_.list->get(at_.index++); }
     VX_INLINE void *postDec() { return at_.list->get(at_.index--); }
 
 private:
-    VxListSpot<VxPArrayList const> at_;
+    VxListSpot<const VxPArrayList> at_;
 };
 
 class VX_API VxCPArrayListIterator {
 public:
     VX_INLINE VxCPArrayListIterator(VxCPArrayList &list) : at_{&list, 0} {}
-    VxCPArrayListIterator(VxCPArrayListIterator const &) = default;
+    VxCPArrayListIterator(const VxCPArrayListIterator &) = default;
     VX_INLINE ~VxCPArrayListIterator() {}
-    VX_INLINE VxCPArrayListIterator &operator=(VxCPArrayListIterator const &other) {
+    VX_INLINE VxCPArrayListIterator &operator=(const VxCPArrayListIterator &other) {
         return assign(other);
     }
-    VX_INLINE VxCPArrayListIterator &assign(VxCPArrayListIterator const &other) {
+    VX_INLINE VxCPArrayListIterator &assign(const VxCPArrayListIterator &other) {
         at_ = other.at_;
         return *this;
     }
@@ -434,10 +434,10 @@ public:
     VX_INLINE short isValid() const { return at_.list->array_.has(at_.index) ? 1 : 0; }
     VX_INLINE int getIndex() const { return at_.index; }
     VX_INLINE VxCPArrayList *getList() { return at_.list; }
-    VX_INLINE VxCPArrayList const *getList() const { return at_.list; }
-    VX_INLINE void const *&getElem() { return at_.list->get(at_.index); }
-    VX_INLINE void const *&postInc() { return at_.list->get(at_.index++); }
-    VX_INLINE void const *&postDec() { return at_.list->get(at_.index--); }
+    VX_INLINE const VxCPArrayList *getList() const { return at_.list; }
+    VX_INLINE const void *&getElem() { return at_.list->get(at_.index); }
+    VX_INLINE const void *&postInc() { return at_.list->get(at_.index++); }
+    VX_INLINE const void *&postDec() { return at_.list->get(at_.index--); }
 
 private:
     VxListSpot<VxCPArrayList> at_;
@@ -447,32 +447,32 @@ private:
 
 class VX_API VxCPArrayListConstIterator {
 public:
-    VX_INLINE VxCPArrayListConstIterator(VxCPArrayList const &list) : at_{&list, 0} {}
-    VX_INLINE VxCPArrayListConstIterator(VxCPArrayListIterator const &other)
+    VX_INLINE VxCPArrayListConstIterator(const VxCPArrayList &list) : at_{&list, 0} {}
+    VX_INLINE VxCPArrayListConstIterator(const VxCPArrayListIterator &other)
         : at_{other.at_.list, other.at_.index} {}
-    VxCPArrayListConstIterator(VxCPArrayListConstIterator const &) = default;
+    VxCPArrayListConstIterator(const VxCPArrayListConstIterator &) = default;
     VX_INLINE ~VxCPArrayListConstIterator() {}
-    VX_INLINE VxCPArrayListConstIterator &operator=(VxCPArrayListConstIterator const &other) {
+    VX_INLINE VxCPArrayListConstIterator &operator=(const VxCPArrayListConstIterator &other) {
         return assign(other);
     }
-    VX_INLINE VxCPArrayListConstIterator &assign(VxCPArrayListConstIterator const &other) {
+    VX_INLINE VxCPArrayListConstIterator &assign(const VxCPArrayListConstIterator &other) {
         at_ = other.at_;
         return *this;
     }
-    VX_INLINE VxCPArrayListConstIterator &assign(VxCPArrayListIterator const &other) {
+    VX_INLINE VxCPArrayListConstIterator &assign(const VxCPArrayListIterator &other) {
         at_ = {other.at_.list, other.at_.index};
         return *this;
     }
     VX_INLINE void reset(short fromEnd) { at_.index = fromEnd != 0 ? at_.list->length() - 1 : 0; }
     VX_INLINE short isValid() const { return at_.list->array_.has(at_.index) ? 1 : 0; }
     VX_INLINE int getIndex() const { return at_.index; }
-    VX_INLINE VxCPArrayList const *getList() const { return at_.list; }
-    VX_INLINE void const *getElem() const { return at_.list->get(at_.index); }
-    VX_INLINE void const *postInc() { return at_.list->get(at_.index++); }
-    VX_INLINE void const *postDec() { return at_.list->get(at_.index--); }
+    VX_INLINE const VxCPArrayList *getList() const { return at_.list; }
+    VX_INLINE const void *getElem() const { return at_.list->get(at_.index); }
+    VX_INLINE const void *postInc() { return at_.list->get(at_.index++); }
+    VX_INLINE const void *postDec() { return at_.list->get(at_.index--); }
 
 private:
-    VxListSpot<VxCPArrayList const> at_;
+    VxListSpot<const VxCPArrayList> at_;
 };
 
 #endif

@@ -6,7 +6,7 @@
  *                                                              copyElement and leaves through
  *                                                              destroyElement
  *     VxPHashTable     the address, void *                     the caller
- *     VxCPHashTable    the address, void const *               the caller
+ *     VxCPHashTable    the address, const void *               the caller
  *
  * No table is made directly. A typed class derives from one of the three and casts in its own
  * forms of the protected members; empty and the statistics stay as they are. vxtyped.h has such
@@ -47,8 +47,8 @@ struct VxTableSpot;
 class VxPBucketList : public VxPArrayList {
 public:
     VxPBucketList() = default;
-    VxPBucketList(VxPBucketList const &) = delete;
-    VxPBucketList &operator=(VxPBucketList const &) = default;
+    VxPBucketList(const VxPBucketList &) = delete;
+    VxPBucketList &operator=(const VxPBucketList &) = default;
     ~VxPBucketList() override;
 
     const VxSlotArray &slots() const { return array_; }
@@ -59,8 +59,8 @@ public:
 class VxCPBucketList : public VxCPArrayList {
 public:
     VxCPBucketList() = default;
-    VxCPBucketList(VxCPBucketList const &) = delete;
-    VxCPBucketList &operator=(VxCPBucketList const &) = default;
+    VxCPBucketList(const VxCPBucketList &) = delete;
+    VxCPBucketList &operator=(const VxCPBucketList &) = default;
     ~VxCPBucketList() override;
 
     const VxSlotArray &slots() const { return array_; }
@@ -101,7 +101,7 @@ struct VxBuckets {
     };
 
     // Where an address stands, or the bucket where it belongs.
-    Place find(unsigned int hash, void const *address) const {
+    Place find(unsigned int hash, const void *address) const {
         if (numBuckets == 0) return {-1, -1};
         const int bucket = indexOf(hash);
         const VxSlotArray &stored = slots(bucket);
@@ -139,7 +139,7 @@ protected:
 
     // As many buckets as the source, then for each element the *source's* copyElement: the hooks
     // of the new object do not exist yet.
-    VxHashTable(VxHashTable const &source);
+    VxHashTable(const VxHashTable &source);
 
     // Frees the buckets and runs no hook, since those of the derived class are gone by now: its
     // own destructor calls empty(), or the elements leak.
@@ -149,16 +149,16 @@ protected:
     // passed to insert, remove or has.
     //
     // hashElement: runs exactly once in each of these three. Equal elements have equal hashes.
-    virtual unsigned int hashElement(void const *given) = 0;
+    virtual unsigned int hashElement(const void *given) = 0;
 
     // equalElements: not 0 if both are the same element. Runs only for stored elements whose
     // whole hash is that of the given one.
-    virtual short equalElements(void const *given, void const *stored) = 0;
+    virtual short equalElements(const void *given, const void *stored) = 0;
 
     // copyElement: the value to store for an element, null to refuse the insertion. When a table
     // is copied it gets a stored value of the source, and a null is stored as it comes,
     // and is what equalElements and destroyElement get then.
-    virtual void *copyElement(void const *element) = 0;
+    virtual void *copyElement(const void *element) = 0;
 
     // destroyElement: releases a value that copyElement returned.
     virtual void destroyElement(void *stored) = 0;
@@ -167,28 +167,28 @@ protected:
     // and copies as above. copyObjects empties the table, keeps its own number of buckets and
     // puts in a copy of each element of the source under the hash stored with it, by the
     // source's copyElement.
-    VxHashTable &operator=(VxHashTable const &source);
-    VxHashTable &copyObjects(VxHashTable const &source);
+    VxHashTable &operator=(const VxHashTable &source);
+    VxHashTable &copyObjects(const VxHashTable &source);
 
     // 1 if a copy of the element was added. 0, with nothing changed, for null (no hook runs), for
     // an element that is there already and for one that copyElement refused.
-    short insert(void const *element);
+    short insert(const void *element);
 
     // 1 if an equal element was there and is destroyed, else 0. Null goes to hashElement.
-    short remove(void const *element);
+    short remove(const void *element);
 
     // The stored element that equals the given one, null if there is none. Null goes to
     // hashElement. The element stays the table's; its hash and equality must not change.
-    void *has(void const *element);
-    void const *has(void const *element) const;
+    void *has(const void *element);
+    const void *has(const void *element) const;
 
 private:
-    void dup(VxHashTable const &source);
-    void copyAlike(VxHashTable const &source);
-    void distribute(VxHashTable const &source);
+    void dup(const VxHashTable &source);
+    void copyAlike(const VxHashTable &source);
+    void distribute(const VxHashTable &source);
     void makeBuckets(int numBuckets);
     void releaseBuckets();
-    int find(unsigned int hash, int bucket, void const *element);
+    int find(unsigned int hash, int bucket, const void *element);
     int bucketOf(unsigned int hash) const;
 
     VxBuckets<VxPBucketList> buckets_;
@@ -226,7 +226,7 @@ public:
      * neighbouring hashes, elements of one array that lie closer still get different ones, and
      * great blocks at any regular distance spread.
      */
-    VX_INLINE static unsigned int hash(void const *element) {
+    VX_INLINE static unsigned int hash(const void *element) {
         const auto address = reinterpret_cast<std::uintptr_t>(element);
         auto p = static_cast<std::uint32_t>(address);
         if (static_cast<std::uint64_t>(address) >> 32 != 0) {
@@ -243,25 +243,25 @@ protected:
     // The number of buckets; 0 or less, and no argument, give 83.
     explicit VxPHashTable(int numBuckets);
     VxPHashTable();
-    VxPHashTable(VxPHashTable const &source);
+    VxPHashTable(const VxPHashTable &source);
     virtual ~VxPHashTable();
-    VxPHashTable &operator=(VxPHashTable const &source);
-    VxPHashTable &copyObjects(VxPHashTable const &source);
+    VxPHashTable &operator=(const VxPHashTable &source);
+    VxPHashTable &copyObjects(const VxPHashTable &source);
 
     // 1 if the pointer was added; 0 if it is there already.
     short insert(void *element);
 
     // 1 if the pointer was there and is removed, else 0.
-    short remove(void const *element);
+    short remove(const void *element);
 
     // The stored pointer, null if it is absent; for a stored null the two look alike.
-    VX_INLINE void *has(void const *element) const {
+    VX_INLINE void *has(const void *element) const {
         return buckets_.find(hash(element), element).found() ? const_cast<void *>(element)
                                                              : nullptr;
     }
 
 private:
-    void dup(VxPHashTable const &source);
+    void dup(const VxPHashTable &source);
 
     VxBuckets<VxPBucketList> buckets_;
 
@@ -281,23 +281,23 @@ public:
     int getNumUnusedBuckets() const;
     double getMeanUsedBucketLength() const;
     double getVarianceUsedBucketLength() const;
-    VX_INLINE static unsigned int hash(void const *element) { return VxPHashTable::hash(element); }
+    VX_INLINE static unsigned int hash(const void *element) { return VxPHashTable::hash(element); }
 
 protected:
     explicit VxCPHashTable(int numBuckets);
     VxCPHashTable();
-    VxCPHashTable(VxCPHashTable const &source);
+    VxCPHashTable(const VxCPHashTable &source);
     virtual ~VxCPHashTable();
-    VxCPHashTable &operator=(VxCPHashTable const &source);
-    VxCPHashTable &copyObjects(VxCPHashTable const &source);
-    short insert(void const *element);
-    short remove(void const *element);
-    VX_INLINE void const *has(void const *element) const {
+    VxCPHashTable &operator=(const VxCPHashTable &source);
+    VxCPHashTable &copyObjects(const VxCPHashTable &source);
+    short insert(const void *element);
+    short remove(const void *element);
+    VX_INLINE const void *has(const void *element) const {
         return buckets_.find(hash(element), element).found() ? element : nullptr;
     }
 
 private:
-    void dup(VxCPHashTable const &source);
+    void dup(const VxCPHashTable &source);
 
     VxBuckets<VxCPBucketList> buckets_;
 
@@ -383,22 +383,22 @@ private:
  * getElem, postInc and postDec are for an iterator of which isValid is 1. They give the stored
  * value:
  *
- *     VxHashTableIterator          void *, but void const * from the const form of getElem
- *     VxHashTableConstIterator     void const *
+ *     VxHashTableIterator          void *, but const void * from the const form of getElem
+ *     VxHashTableConstIterator     const void *
  *     VxPHashTableConstIterator    void *
- *     VxCPHashTableConstIterator   void const *
+ *     VxCPHashTableConstIterator   const void *
  */
 class VX_API VxHashTableIterator {
 public:
     VX_INLINE VxHashTableIterator(VxHashTable &table) : spot_{&table} { reset(0); }
-    VxHashTableIterator(VxHashTableIterator const &) = default;
+    VxHashTableIterator(const VxHashTableIterator &) = default;
     VX_INLINE ~VxHashTableIterator() {}
 
     // Both take over the table and the place.
-    VX_INLINE VxHashTableIterator &operator=(VxHashTableIterator const &other) {
+    VX_INLINE VxHashTableIterator &operator=(const VxHashTableIterator &other) {
         return assign(other);
     }
-    VX_INLINE VxHashTableIterator &assign(VxHashTableIterator const &other) {
+    VX_INLINE VxHashTableIterator &assign(const VxHashTableIterator &other) {
         spot_ = other.spot_;
         return *this;
     }
@@ -411,12 +411,12 @@ public:
     VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
 
     VX_INLINE VxHashTable *getTable() { return spot_.table; }
-    VX_INLINE VxHashTable const *getTable() const { return spot_.table; }
+    VX_INLINE const VxHashTable *getTable() const { return spot_.table; }
 
     // The element at the iterator; postInc and postDec then go on to the next one in the order of
     // the walk or against it.
     VX_INLINE void *getElem() { return spot_.element(); }
-    VX_INLINE void const *getElem() const { return spot_.element(); }
+    VX_INLINE const void *getElem() const { return spot_.element(); }
     VX_INLINE void *postInc() { return spot_.postInc(); }
     VX_INLINE void *postDec() { return spot_.postDec(); }
 
@@ -426,71 +426,71 @@ private:
 
 class VX_API VxHashTableConstIterator {
 public:
-    VX_INLINE VxHashTableConstIterator(VxHashTable const &table) : spot_{&table} { reset(0); }
-    VxHashTableConstIterator(VxHashTableConstIterator const &) = default;
+    VX_INLINE VxHashTableConstIterator(const VxHashTable &table) : spot_{&table} { reset(0); }
+    VxHashTableConstIterator(const VxHashTableConstIterator &) = default;
     VX_INLINE ~VxHashTableConstIterator() {}
-    VX_INLINE VxHashTableConstIterator &operator=(VxHashTableConstIterator const &other) {
+    VX_INLINE VxHashTableConstIterator &operator=(const VxHashTableConstIterator &other) {
         return assign(other);
     }
-    VX_INLINE VxHashTableConstIterator &assign(VxHashTableConstIterator const &other) {
+    VX_INLINE VxHashTableConstIterator &assign(const VxHashTableConstIterator &other) {
         spot_ = other.spot_;
         return *this;
     }
     VX_INLINE void reset(short fromEnd) { spot_.reset(fromEnd); }
     VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
-    VX_INLINE VxHashTable const *getTable() const { return spot_.table; }
-    VX_INLINE void const *getElem() const { return spot_.element(); }
-    VX_INLINE void const *postInc() { return spot_.postInc(); }
-    VX_INLINE void const *postDec() { return spot_.postDec(); }
+    VX_INLINE const VxHashTable *getTable() const { return spot_.table; }
+    VX_INLINE const void *getElem() const { return spot_.element(); }
+    VX_INLINE const void *postInc() { return spot_.postInc(); }
+    VX_INLINE const void *postDec() { return spot_.postDec(); }
 
 private:
-    VxTableSpot<VxHashTable const> spot_;
+    VxTableSpot<const VxHashTable> spot_;
 };
 
 class VX_API VxPHashTableConstIterator {
 public:
-    VX_INLINE VxPHashTableConstIterator(VxPHashTable const &table) : spot_{&table} { reset(0); }
-    VxPHashTableConstIterator(VxPHashTableConstIterator const &) = default;
+    VX_INLINE VxPHashTableConstIterator(const VxPHashTable &table) : spot_{&table} { reset(0); }
+    VxPHashTableConstIterator(const VxPHashTableConstIterator &) = default;
     VX_INLINE ~VxPHashTableConstIterator() {}
-    VX_INLINE VxPHashTableConstIterator &operator=(VxPHashTableConstIterator const &other) {
+    VX_INLINE VxPHashTableConstIterator &operator=(const VxPHashTableConstIterator &other) {
         return assign(other);
     }
-    VX_INLINE VxPHashTableConstIterator &assign(VxPHashTableConstIterator const &other) {
+    VX_INLINE VxPHashTableConstIterator &assign(const VxPHashTableConstIterator &other) {
         spot_ = other.spot_;
         return *this;
     }
     VX_INLINE void reset(short fromEnd) { spot_.reset(fromEnd); }
     VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
-    VX_INLINE VxPHashTable const *getTable() const { return spot_.table; }
+    VX_INLINE const VxPHashTable *getTable() const { return spot_.table; }
     VX_INLINE void *getElem() const { return spot_.element(); }
     VX_INLINE void *postInc() { return spot_.postInc(); }
     VX_INLINE void *postDec() { return spot_.postDec(); }
 
 private:
-    VxTableSpot<VxPHashTable const> spot_;
+    VxTableSpot<const VxPHashTable> spot_;
 };
 
 class VX_API VxCPHashTableConstIterator {
 public:
-    VX_INLINE VxCPHashTableConstIterator(VxCPHashTable const &table) : spot_{&table} { reset(0); }
-    VxCPHashTableConstIterator(VxCPHashTableConstIterator const &) = default;
+    VX_INLINE VxCPHashTableConstIterator(const VxCPHashTable &table) : spot_{&table} { reset(0); }
+    VxCPHashTableConstIterator(const VxCPHashTableConstIterator &) = default;
     VX_INLINE ~VxCPHashTableConstIterator() {}
-    VX_INLINE VxCPHashTableConstIterator &operator=(VxCPHashTableConstIterator const &other) {
+    VX_INLINE VxCPHashTableConstIterator &operator=(const VxCPHashTableConstIterator &other) {
         return assign(other);
     }
-    VX_INLINE VxCPHashTableConstIterator &assign(VxCPHashTableConstIterator const &other) {
+    VX_INLINE VxCPHashTableConstIterator &assign(const VxCPHashTableConstIterator &other) {
         spot_ = other.spot_;
         return *this;
     }
     VX_INLINE void reset(short fromEnd) { spot_.reset(fromEnd); }
     VX_INLINE short isValid() const { return spot_.isValid() ? 1 : 0; }
-    VX_INLINE VxCPHashTable const *getTable() const { return spot_.table; }
-    VX_INLINE void const *getElem() const { return spot_.element(); }
-    VX_INLINE void const *postInc() { return spot_.postInc(); }
-    VX_INLINE void const *postDec() { return spot_.postDec(); }
+    VX_INLINE const VxCPHashTable *getTable() const { return spot_.table; }
+    VX_INLINE const void *getElem() const { return spot_.element(); }
+    VX_INLINE const void *postInc() { return spot_.postInc(); }
+    VX_INLINE const void *postDec() { return spot_.postDec(); }
 
 private:
-    VxTableSpot<VxCPHashTable const> spot_;
+    VxTableSpot<const VxCPHashTable> spot_;
 };
 
 #endif

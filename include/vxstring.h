@@ -10,13 +10,13 @@
  *
  *     separate         +=  set  toUpper  toLower  setLengthHint  operator[] of a string that is
  *                      not const, even when it only reads
- *     never copy       copy, =, length, reading operator[], the conversion to char const *,
+ *     never copy       copy, =, length, reading operator[], the conversion to const char *,
  *                      all searches, comparisons and number readers, setMemoryHint
  *     always copy      get
  *
  *     += with an empty text and setLengthHint at or below the length change nothing at all.
  *
- *     The pointer from the conversion to char const * and a std::string_view are good until the
+ *     The pointer from the conversion to const char * and a std::string_view are good until the
  *     string is next changed, assigned to or freed; of these, reading s[i] of a string that is not
  *     const counts as a change, since it may separate. A reference from operator[] is good as long,
  *     and nothing is stored through it once the string was copied: the copies would change too.
@@ -31,7 +31,7 @@
  * limits that stand as REQUIRES. Outside them nothing is defined. Members that are not inline
  * assert only in a debug build of the library, whatever the build of the caller.
  *
- * Beside a string, a char const * stands for the text up to its NUL: s == "a", "a" < s, s + "b".
+ * Beside a string, a const char * stands for the text up to its NUL: s == "a", "a" < s, s + "b".
  * The three conversions make some other lines ambiguous, which are written
  *
  *     if (s)  !s       if (s.length() != 0)
@@ -39,7 +39,7 @@
  *     s == 17                         s.getInt(0) == 17
  *     stream << s                     stream << vxStringView(s)
  *
- * and a call with variable arguments, such as printf, gets static_cast<char const *>(s).
+ * and a call with variable arguments, such as printf, gets static_cast<const char *>(s).
  *
  * Without memory, or beyond 2^31 - 65 bytes, a new string is the empty text and a change does
  * not happen: the string stays as it was, and a reference from operator[] is then to a byte
@@ -69,13 +69,13 @@ public:
     VxString();
 
     // Shares the other's body.
-    VX_INLINE VxString(VxString const &other) : rep_(other.rep_) { ref(); }
+    VX_INLINE VxString(const VxString &other) : rep_(other.rep_) { ref(); }
 
     // One byte, also if it is 0.
     VxString(char byte);
 
     // The text up to its NUL; null counts as the empty text.
-    VxString(char const *text);
+    VxString(const char *text);
 
     // The number in decimal.
     VxString(int value);
@@ -88,7 +88,7 @@ public:
 
     // Shares the other's body. Nothing changes if it is shared already.
     // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): a string shares its body with itself
-    VX_INLINE VxString &operator=(VxString const &other) {
+    VX_INLINE VxString &operator=(const VxString &other) {
         if (rep_ != other.rep_) {
             leave();
             rep_ = other.rep_;
@@ -100,17 +100,17 @@ public:
     VX_INLINE int length() const { return rep_->length; }
 
     // The text with its NUL, never null. It belongs to the string.
-    VX_INLINE operator char const *() const { return rep_->data; }
+    VX_INLINE operator const char *() const { return rep_->data; }
 
     // getInt(0) and getDouble(0).
     operator int() const;
     operator double() const;
 
     // Appends. The string may be appended to itself.
-    VxString &operator+=(VxString const &other);
+    VxString &operator+=(const VxString &other);
 
     // Both texts in a new string. With an empty right side it shares this string's body.
-    VxString operator+(VxString const &other) const;
+    VxString operator+(const VxString &other) const;
 
     // The byte at an index; the one at length() is 0. REQUIRES: 0 <= index <= length().
     VX_INLINE char operator[](int index) const {
@@ -130,7 +130,7 @@ public:
 
     // Replaces n bytes from `start` on by a text: overwrites, or deletes (empty text), or inserts
     // (n of 0). REQUIRES: limits as for get; `text` is another object, which may share the body.
-    VxString &set(int start, int n, VxString const &text);
+    VxString &set(int start, int n, const VxString &text);
 
     // Change the letters A to Z and a to z; other bytes stay.
     VxString &toUpper();
@@ -160,8 +160,8 @@ public:
 
     // The first place from `start` on where the text holds the pattern whole, -1 if none. An empty
     // pattern is found at the first NUL byte inside the text, so in ordinary text nowhere.
-    int find(VxString const &pattern, int start) const;
-    int findC(VxString const &pattern, int start) const;
+    int find(const VxString &pattern, int start) const;
+    int findC(const VxString &pattern, int start) const;
 
     // How many bytes from `start` on are, one behind the other, in the set or not in the set. A
     // length, no position: the run ends at start + result. 0 for a start at or above length().
@@ -169,10 +169,10 @@ public:
     //
     //     VxString("aabbc").findInSet("ab", 1) == 3
     //     VxString("aabbc").findNotInSet("c", 1) == 3
-    int findInSet(VxString const &set, int start) const;
-    int findNotInSet(VxString const &set, int start) const;
-    int findInSetC(VxString const &set, int start) const;
-    int findNotInSetC(VxString const &set, int start) const;
+    int findInSet(const VxString &set, int start) const;
+    int findNotInSet(const VxString &set, int start) const;
+    int findInSetC(const VxString &set, int start) const;
+    int findNotInSetC(const VxString &set, int start) const;
 
     // ---- Comparing -----------------------------------------------------------------------
 
@@ -183,16 +183,16 @@ public:
     // 0, or the difference of the first two bytes that differ, as signed chars: -255 to 255. The
     // NUL behind the shorter text takes part. So bytes from 0x80 up sort before the end of a text
     // and before all others, and a text compares equal to itself with more behind a NUL.
-    int compare(VxString const &other) const;
-    int compareC(VxString const &other) const;
+    int compare(const VxString &other) const;
+    int compareC(const VxString &other) const;
 
     // == and != go by length and all bytes, the others by compare.
-    VX_INLINE short operator==(VxString const &other) const { return equals(other) ? 1 : 0; }
-    VX_INLINE short operator!=(VxString const &other) const { return equals(other) ? 0 : 1; }
-    short operator<(VxString const &other) const;
-    short operator<=(VxString const &other) const;
-    short operator>(VxString const &other) const;
-    short operator>=(VxString const &other) const;
+    VX_INLINE short operator==(const VxString &other) const { return equals(other) ? 1 : 0; }
+    VX_INLINE short operator!=(const VxString &other) const { return equals(other) ? 0 : 1; }
+    short operator<(const VxString &other) const;
+    short operator<=(const VxString &other) const;
+    short operator>(const VxString &other) const;
+    short operator>=(const VxString &other) const;
 
     // ---- Numbers -------------------------------------------------------------------------
     //
@@ -215,13 +215,13 @@ private:
         MemoryHint memoryHint;
         int refCount;  // strings that share the body; 0: any number do, and it stays for ever
 
-        static VxStringRep *make(char const *text, int length, int capacity);
+        static VxStringRep *make(const char *text, int length, int capacity);
         static VxStringRep *empty();
         int grownCapacity(int needed) const;
     };
 
     // The first n bytes of a text; NUL bytes with a null text.
-    VxString(char const *text, int n);
+    VxString(const char *text, int n);
 
     VX_INLINE void ref() {
         if (rep_->refCount != 0) ++rep_->refCount;
@@ -240,8 +240,8 @@ private:
     void adopt(VxStringRep *rep);
     bool separate();
     bool regrow(int needed);
-    VxString &appendLong(VxString const &other);
-    bool equals(VxString const &other) const {
+    VxString &appendLong(const VxString &other);
+    bool equals(const VxString &other) const {
         return rep_ == other.rep_ || (rep_->length == other.rep_->length &&
                                       std::memcmp(rep_->data, other.rep_->data,
                                                   static_cast<std::size_t>(rep_->length)) == 0);
@@ -254,10 +254,10 @@ private:
 
 /*
  * Views. The view of a string points into it, NUL bytes included, and is good as long as the
- * pointer from its conversion to char const *. The other way the text is copied.
+ * pointer from its conversion to const char *. The other way the text is copied.
  */
-inline std::string_view vxStringView(VxString const &string) {
-    return {static_cast<char const *>(string), static_cast<std::size_t>(string.length())};
+inline std::string_view vxStringView(const VxString &string) {
+    return {static_cast<const char *>(string), static_cast<std::size_t>(string.length())};
 }
 
 inline VxString vxStringFrom(std::string_view text) {
@@ -270,16 +270,16 @@ inline VxString vxStringFrom(std::string_view text) {
  * The operators with a text that ends with its NUL; null counts as the empty text. They agree with
  * those of two strings. == copies nothing.
  */
-inline bool operator==(VxString const &string, char const *text) {
+inline bool operator==(const VxString &string, const char *text) {
     return vxStringView(string) == (text != nullptr ? text : "");
 }
-inline std::weak_ordering operator<=>(VxString const &string, char const *text) {
+inline std::weak_ordering operator<=>(const VxString &string, const char *text) {
     return string.compare(VxString(text)) <=> 0;
 }
-inline VxString operator+(VxString const &string, char const *text) {
+inline VxString operator+(const VxString &string, const char *text) {
     return string + VxString(text);
 }
-inline VxString operator+(char const *text, VxString const &string) {
+inline VxString operator+(const char *text, const VxString &string) {
     return VxString(text) + string;
 }
 

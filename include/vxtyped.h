@@ -46,9 +46,9 @@
  * one of the right size. For tables of addresses there is no use in more than 4096 buckets.
  */
 constexpr int vxNumBuckets(int elements) {
-    constexpr int kLeast = 83;
-    constexpr int kGreatest = 2147483647;  // a prime
-    if (elements <= kLeast) return kLeast;
+    constexpr int kMin = 83;
+    constexpr int kMax = 2147483647;  // a prime
+    if (elements <= kMin) return kMin;
     const auto isPrime = [](int odd) {
         for (int divisor = 3; divisor <= odd / divisor; divisor += 2) {
             if (odd % divisor == 0) return false;
@@ -56,7 +56,7 @@ constexpr int vxNumBuckets(int elements) {
         return true;
     };
     int number = elements | 1;
-    while (number < kGreatest && !isPrime(number))
+    while (number < kMax && !isPrime(number))
         number += 2;
     return number;
 }
@@ -102,13 +102,13 @@ public:
     friend VxListPlace operator+(VxListPlace place, difference_type n) { return place += n; }
     friend VxListPlace operator+(difference_type n, VxListPlace place) { return place += n; }
     friend VxListPlace operator-(VxListPlace place, difference_type n) { return place -= n; }
-    friend difference_type operator-(VxListPlace const &one, VxListPlace const &other) {
+    friend difference_type operator-(const VxListPlace &one, const VxListPlace &other) {
         return one.index_ - other.index_;
     }
-    friend bool operator==(VxListPlace const &one, VxListPlace const &other) {
+    friend bool operator==(const VxListPlace &one, const VxListPlace &other) {
         return one.index_ == other.index_;
     }
-    friend auto operator<=>(VxListPlace const &one, VxListPlace const &other) {
+    friend auto operator<=>(const VxListPlace &one, const VxListPlace &other) {
         return one.index_ <=> other.index_;
     }
 
@@ -131,7 +131,7 @@ public:
     using pointer = std::add_pointer_t<Reference>;
 
     VxTablePlace() = default;
-    explicit VxTablePlace(Iterator const &at) : at_(at) { leaveAtEnd(); }
+    explicit VxTablePlace(const Iterator &at) : at_(at) { leaveAtEnd(); }
 
     Reference operator*() const {
         if constexpr (std::is_reference_v<Reference>) {
@@ -152,7 +152,7 @@ public:
         return before;
     }
     // The elements of a table all differ.
-    friend bool operator==(VxTablePlace const &one, VxTablePlace const &other) {
+    friend bool operator==(const VxTablePlace &one, const VxTablePlace &other) {
         if (!one.at_ || !other.at_) return !one.at_ && !other.at_;
         return one.at_->getElem() == other.at_->getElem();
     }
@@ -172,11 +172,11 @@ template <typename T>
 class VxOwningList : public VxArrayList {
 public:
     using iterator = VxListPlace<VxOwningList, T &>;
-    using const_iterator = VxListPlace<VxOwningList const, T const &>;
+    using const_iterator = VxListPlace<const VxOwningList, const T &>;
 
     VxOwningList() = default;
-    VxOwningList(VxOwningList const &source) : VxArrayList(unfailed(source)) { takeWhole(source); }
-    VxOwningList &operator=(VxOwningList const &source) {
+    VxOwningList(const VxOwningList &source) : VxArrayList(unfailed(source)) { takeWhole(source); }
+    VxOwningList &operator=(const VxOwningList &source) {
         if (this != &source) {
             VxArrayList::operator=(unfailed(source));
             takeWhole(source);
@@ -187,11 +187,11 @@ public:
 
     // REQUIRES: 0 <= index < length().
     T &operator[](int index) { return *static_cast<T *>(get(index)); }
-    T const &operator[](int index) const { return *static_cast<T const *>(get(index)); }
+    const T &operator[](int index) const { return *static_cast<const T *>(get(index)); }
 
     // Replaces an element by a copy of another, which may be in this list.
     // REQUIRES: 0 <= index < length().
-    bool set(int index, T const &element) {
+    bool set(int index, const T &element) {
         if (!append(element)) return false;
         const int last = length() - 1;
         swap(index, last);
@@ -200,18 +200,18 @@ public:
     }
 
     // Inserts copies before the index. REQUIRES: 0 <= index <= length(); `list` is another list.
-    bool insert(int index, T const &element) {
+    bool insert(int index, const T &element) {
         const int before = length();
         VxArrayList::insert(index, &element);
         return settle(index, before, 1);
     }
-    bool insert(int index, VxOwningList const &list) {
+    bool insert(int index, const VxOwningList &list) {
         const int before = length();
         VxArrayList::insert(index, list);
         return settle(index, before, list.length());
     }
-    bool append(T const &element) { return insert(length(), element); }
-    bool append(VxOwningList const &list) { return insert(length(), list); }
+    bool append(const T &element) { return insert(length(), element); }
+    bool append(const VxOwningList &list) { return insert(length(), list); }
 
     iterator begin() { return {this, 0}; }
     iterator end() { return {this, length()}; }
@@ -219,10 +219,10 @@ public:
     const_iterator end() const { return {this, length()}; }
 
 protected:
-    void *copyElement(void const *element) override {
+    void *copyElement(const void *element) override {
         void *copy = nullptr;
         try {
-            copy = new (std::nothrow) T(*static_cast<T const *>(element));
+            copy = new (std::nothrow) T(*static_cast<const T *>(element));
         } catch (...) {
             copy = nullptr;
         }
@@ -241,11 +241,11 @@ private:
         return false;
     }
     // A whole copy: it is the source that makes the copies of the elements.
-    static VxOwningList const &unfailed(VxOwningList const &source) {
+    static const VxOwningList &unfailed(const VxOwningList &source) {
         source.failed_ = false;
         return source;
     }
-    void takeWhole(VxOwningList const &source) {
+    void takeWhole(const VxOwningList &source) {
         if (source.failed_) empty();
         source.failed_ = false;
     }
@@ -262,11 +262,11 @@ class VxPointerList : public std::conditional_t<std::is_const_v<T>, VxCPArrayLis
 
 public:
     using iterator = VxListPlace<VxPointerList, T *&>;
-    using const_iterator = VxListPlace<VxPointerList const, T *>;
+    using const_iterator = VxListPlace<const VxPointerList, T *>;
 
     VxPointerList() = default;
-    VxPointerList(VxPointerList const &) = default;
-    VxPointerList &operator=(VxPointerList const &) = default;
+    VxPointerList(const VxPointerList &) = default;
+    VxPointerList &operator=(const VxPointerList &) = default;
     ~VxPointerList() override = default;
 
     // REQUIRES: 0 <= index < length().
@@ -282,7 +282,7 @@ public:
         Base::insert(index, element);
         return this->length() > before;
     }
-    bool insert(int index, VxPointerList const &list) {
+    bool insert(int index, const VxPointerList &list) {
         const int before = this->length();
         Base::insert(index, list);
         return this->length() == before + list.length();
@@ -292,7 +292,7 @@ public:
         Base::append(element);
         return this->length() > before;
     }
-    bool append(VxPointerList const &list) { return insert(this->length(), list); }
+    bool append(const VxPointerList &list) { return insert(this->length(), list); }
 
     iterator begin() { return {this, 0}; }
     iterator end() { return {this, this->length()}; }
@@ -307,19 +307,19 @@ public:
 template <typename T, typename Hash = std::hash<T>, typename Equal = std::equal_to<T>>
 class VxOwningTable : public VxHashTable {
 public:
-    using const_iterator = VxTablePlace<VxHashTableConstIterator, T const &>;
+    using const_iterator = VxTablePlace<VxHashTableConstIterator, const T &>;
     using iterator = const_iterator;
 
     // The number of buckets; 0 gives 83.
     explicit VxOwningTable(int numBuckets = 0, Hash hash = Hash(), Equal equal = Equal())
         : VxHashTable(numBuckets), hash_(hash), equal_(equal) {}
-    VxOwningTable(VxOwningTable const &source)
+    VxOwningTable(const VxOwningTable &source)
         : VxHashTable(unfailed(source)), hash_(source.hash_), equal_(source.equal_) {
         takeWhole(source);
     }
 
     // Takes over the number of buckets as well.
-    VxOwningTable &operator=(VxOwningTable const &source) {
+    VxOwningTable &operator=(const VxOwningTable &source) {
         if (this != &source) {
             VxHashTable::operator=(unfailed(source));
             takeFunctions(source);
@@ -329,7 +329,7 @@ public:
     }
 
     // Keeps the number of buckets.
-    VxOwningTable &copyObjects(VxOwningTable const &source) {
+    VxOwningTable &copyObjects(const VxOwningTable &source) {
         if (this != &source) {
             VxHashTable::copyObjects(unfailed(source));
             takeFunctions(source);
@@ -340,35 +340,35 @@ public:
     ~VxOwningTable() override { empty(); }
 
     // True if a copy was added; false if an equal element is there or none could be made.
-    bool insert(T const &element) {
+    bool insert(const T &element) {
         const bool added = VxHashTable::insert(&element) != 0;
         failed_ = false;
         return added;
     }
 
     // True if an equal element was there and is destroyed.
-    bool remove(T const &element) { return VxHashTable::remove(&element) != 0; }
+    bool remove(const T &element) { return VxHashTable::remove(&element) != 0; }
 
     // The stored element that equals the given one, or null. It stays the table's.
-    T const *has(T const &element) const {
-        return static_cast<T const *>(VxHashTable::has(&element));
+    const T *has(const T &element) const {
+        return static_cast<const T *>(VxHashTable::has(&element));
     }
 
     const_iterator begin() const { return const_iterator(VxHashTableConstIterator(*this)); }
     const_iterator end() const { return {}; }
 
 protected:
-    unsigned int hashElement(void const *given) override {
-        const auto hash = static_cast<unsigned long long>(hash_(*static_cast<T const *>(given)));
+    unsigned int hashElement(const void *given) override {
+        const auto hash = static_cast<unsigned long long>(hash_(*static_cast<const T *>(given)));
         return static_cast<unsigned int>(hash ^ hash >> 32);
     }
-    short equalElements(void const *given, void const *stored) override {
-        return equal_(*static_cast<T const *>(given), *static_cast<T const *>(stored)) ? 1 : 0;
+    short equalElements(const void *given, const void *stored) override {
+        return equal_(*static_cast<const T *>(given), *static_cast<const T *>(stored)) ? 1 : 0;
     }
-    void *copyElement(void const *element) override {
+    void *copyElement(const void *element) override {
         void *copy = nullptr;
         try {
-            copy = new (std::nothrow) T(*static_cast<T const *>(element));
+            copy = new (std::nothrow) T(*static_cast<const T *>(element));
         } catch (...) {
             copy = nullptr;
         }
@@ -379,16 +379,16 @@ protected:
 
 private:
     // The hashes of the source come along, and so what made them.
-    void takeFunctions(VxOwningTable const &source) {
+    void takeFunctions(const VxOwningTable &source) {
         hash_ = source.hash_;
         equal_ = source.equal_;
     }
     // A whole copy: it is the source that makes the copies of the elements.
-    static VxOwningTable const &unfailed(VxOwningTable const &source) {
+    static const VxOwningTable &unfailed(const VxOwningTable &source) {
         source.failed_ = false;
         return source;
     }
-    void takeWhole(VxOwningTable const &source) {
+    void takeWhole(const VxOwningTable &source) {
         if (source.failed_) empty();
         source.failed_ = false;
     }
@@ -414,12 +414,12 @@ public:
 
     // The number of buckets; 0 gives 83.
     explicit VxPointerTable(int numBuckets = 0) : Base(numBuckets) {}
-    VxPointerTable(VxPointerTable const &) = default;
-    VxPointerTable &operator=(VxPointerTable const &) = default;
+    VxPointerTable(const VxPointerTable &) = default;
+    VxPointerTable &operator=(const VxPointerTable &) = default;
     ~VxPointerTable() override = default;
 
     // Keeps the number of buckets.
-    VxPointerTable &copyObjects(VxPointerTable const &source) {
+    VxPointerTable &copyObjects(const VxPointerTable &source) {
         Base::copyObjects(source);
         return *this;
     }
@@ -428,11 +428,11 @@ public:
     bool insert(T *element) { return Base::insert(element) != 0; }
 
     // True if the pointer was there and is removed.
-    bool remove(T const *element) { return Base::remove(element) != 0; }
+    bool remove(const T *element) { return Base::remove(element) != 0; }
 
     // Is the pointer there. For null this walks the table, since the base, which answers with the
     // pointer, cannot tell a stored null from none.
-    bool has(T const *element) const {
+    bool has(const T *element) const {
         if (element != nullptr) return Base::has(element) != nullptr;
         return std::find(begin(), end(), element) != end();
     }

@@ -266,7 +266,7 @@ TEST(Render, TexturesBlendBetweenElementsAndRepeat) {
     ASSERT_TRUE(file.close());
 
     TextureShelf shelf;
-    Texture const *texture = shelf.find(path.c_str());
+    const Texture *texture = shelf.find(path.c_str());
     ASSERT_NE(texture, nullptr);
     EXPECT_EQ(shelf.find(path.c_str()), texture);
     EXPECT_EQ(shelf.find((path + "x").c_str()), nullptr);

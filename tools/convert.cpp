@@ -21,42 +21,42 @@ namespace tool {
 
 namespace {
 
-constexpr unsigned kMostPlanes = 4;
-constexpr unsigned kMostSide = 65535;  // of an image file
-constexpr std::uint64_t kMostPosition = 0xFFFFFFFE;
+constexpr unsigned kMaxPlanes = 4;
+constexpr unsigned kMaxSide = 65535;  // of an image file
+constexpr std::uint64_t kMaxPosition = 0xFFFFFFFE;
 constexpr std::int32_t kLongestStoredRow = 32767;
 constexpr std::size_t kLongestName = 79;
 
 // Rows of a file lie from the bottom of the picture up.
 class ImageSource : public PictureSource {
 public:
-    explicit ImageSource(const std::string &path) : m_path(path), m_image(openImage(path)) {
-        if (const std::string trouble = headerTrouble(m_image.get()); !trouble.empty()) {
+    explicit ImageSource(const std::string &path) : path_(path), image_(openImage(path)) {
+        if (const std::string trouble = headerTrouble(image_.get()); !trouble.empty()) {
             throw Trouble(path, trouble);
         }
-        m_y = m_image->ySize;
+        y_ = image_->ySize;
     }
 
     PictureForm form() const override {
-        return {m_image->xSize, m_image->ySize, m_image->zSize,
-                static_cast<unsigned>(elementBytesOf(m_image.get()))};
+        return {image_->xSize, image_->ySize, image_->zSize,
+                static_cast<unsigned>(elementBytesOf(image_.get()))};
     }
 
     void readLine(std::uint16_t *line) override {
-        --m_y;
-        for (int z = 0; z < m_image->zSize; ++z, line += m_image->xSize) {
-            if (vxImageGetRow(m_image.get(), line, m_y, z) >= 0) continue;
-            throw Trouble(m_path, "plane " + std::to_string(z) + ", row " + std::to_string(m_y) +
-                                      ": " + imageMessage("cannot be read"));
+        --y_;
+        for (int z = 0; z < image_->zSize; ++z, line += image_->xSize) {
+            if (vxImageGetRow(image_.get(), line, y_, z) >= 0) continue;
+            throw Trouble(path_, "plane " + std::to_string(z) + ", row " + std::to_string(y_) +
+                                     ": " + imageMessage("cannot be read"));
         }
     }
 
-    const VxImage *image() const { return m_image.get(); }
+    const VxImage *image() const { return image_.get(); }
 
 private:
-    std::string m_path;
-    ImageHandle m_image;
-    int m_y;
+    std::string path_;
+    ImageHandle image_;
+    int y_;
 };
 
 // What the library says, and the reason of the system. A write that was cut short has none: the
@@ -74,54 +74,54 @@ public:
     // Takes over the descriptor; `path` is for messages.
     ImageSink(const std::string &path, int descriptor, const PictureForm &form,
               const ImageSettings &settings)
-        : m_path(path), m_form(form), m_y(static_cast<int>(form.height)) {
+        : path_(path), form_(form), y_(static_cast<int>(form.height)) {
         const unsigned storage = settings.verbatim ? VX_IMAGE_VERBATIM : VX_IMAGE_RUN_LENGTH;
         errno = 0;
-        m_image.reset(vxImageOpenFd(descriptor, "w", storage | form.elementBytes, 3U, form.width,
-                                    form.height, form.planes));
-        if (m_image == nullptr) {
+        image_.reset(vxImageOpenFd(descriptor, "w", storage | form.elementBytes, 3U, form.width,
+                                   form.height, form.planes));
+        if (image_ == nullptr) {
             const std::string what = writeMessage(descriptor, "cannot be written");
             close(descriptor);
             throw Trouble(path, what);
         }
-        if (!settings.hostOrder) vxImageUsePublishedOrder(m_image.get());
-        if (settings.name) vxImageSetName(m_image.get(), settings.name->c_str());
+        if (!settings.hostOrder) vxImageUsePublishedOrder(image_.get());
+        if (settings.name) vxImageSetName(image_.get(), settings.name->c_str());
     }
 
     // What the source says besides its elements, where it is an image file too.
     void takeOver(const VxImage *original, bool nameToo) {
-        if (nameToo) vxImageSetName(m_image.get(), original->name);
-        vxImageSetColormap(m_image.get(), original->colormap);
+        if (nameToo) vxImageSetName(image_.get(), original->name);
+        vxImageSetColormap(image_.get(), original->colormap);
     }
 
     void writeLine(std::uint16_t *line) override {
-        --m_y;
-        for (int z = 0; z < static_cast<int>(m_form.planes); ++z, line += m_form.width) {
+        --y_;
+        for (int z = 0; z < static_cast<int>(form_.planes); ++z, line += form_.width) {
             errno = 0;
-            if (vxImagePutRow(m_image.get(), line, m_y, z) < 0) {
-                throw Trouble(m_path, writeMessage(m_image->file, "a row could not be written"));
+            if (vxImagePutRow(image_.get(), line, y_, z) < 0) {
+                throw Trouble(path_, writeMessage(image_->file, "a row could not be written"));
             }
-            if (vxImageRowSize(m_image.get()) > kLongestStoredRow) {
-                throw Trouble(m_path,
+            if (vxImageRowSize(image_.get()) > kLongestStoredRow) {
+                throw Trouble(path_,
                               "a run-length row is longer than can be read back; try --verbatim");
             }
         }
     }
 
     void finish() override {
-        VxImage *image = m_image.release();
+        VxImage *image = image_.release();
         const int file = image->file;
         errno = 0;
         if (closeImage(image) != 0) {
-            throw Trouble(m_path, writeMessage(file, "could not be closed"));
+            throw Trouble(path_, writeMessage(file, "could not be closed"));
         }
     }
 
 private:
-    std::string m_path;
-    PictureForm m_form;
-    ImageHandle m_image;
-    int m_y;
+    std::string path_;
+    PictureForm form_;
+    ImageHandle image_;
+    int y_;
 };
 
 bool isPngName(const std::string &path) {
@@ -129,7 +129,7 @@ bool isPngName(const std::string &path) {
 }
 
 void checkForm(const std::string &input, const PictureForm &form) {
-    if (form.planes > kMostPlanes) {
+    if (form.planes > kMaxPlanes) {
         throw Trouble(input, "has " + std::to_string(form.planes) +
                                  " planes, of which 1 to 4 can be converted");
     }
@@ -137,7 +137,7 @@ void checkForm(const std::string &input, const PictureForm &form) {
 
 // Can an image file take the picture so that it can be read again?
 void checkFits(const std::string &input, const PictureForm &form, bool verbatim) {
-    if (form.width > kMostSide || form.height > kMostSide) {
+    if (form.width > kMaxSide || form.height > kMaxSide) {
         throw Trouble(input, "is more than 65535 elements wide or high");
     }
     if (!verbatim) return;
@@ -146,7 +146,7 @@ void checkFits(const std::string &input, const PictureForm &form, bool verbatim)
     }
     const std::uint64_t rowBytes = std::uint64_t{form.width} * form.elementBytes;
     if (VX_IMAGE_FILE_HEAD + rowBytes * (std::uint64_t{form.height} * form.planes - 1) >
-        kMostPosition) {
+        kMaxPosition) {
         throw Trouble(input, "takes more than the 4 GiB of an image file; try --rle");
     }
 }

@@ -51,18 +51,18 @@ std::string whatIsThere(const std::string &path) {
 class Report {
 public:
     Report(const FindOptions &options, const char *winner)
-        : m_options(options), m_winner(winner), m_decided(false) {}
+        : options_(options), winner_(winner), decided_(false) {}
 
     // Is there anything to say about further candidates?
-    bool goesOn() const { return m_options.all || (m_options.explain && !m_decided); }
+    bool goesOn() const { return options_.all || (options_.explain && !decided_); }
 
     void add(const char *entry, const std::string &path) {
-        const bool wins = entry == m_winner;
+        const bool wins = entry == winner_;
         const std::string there = whatIsThere(path);
         std::string line = (wins ? "  * " : "    ") + printable(path) + ": " + there;
-        if (m_options.explain) line += reason(wins, there);
+        if (options_.explain) line += reason(wins, there);
         std::puts(line.c_str());
-        m_decided = m_decided || wins;
+        decided_ = decided_ || wins;
     }
 
 private:
@@ -71,15 +71,15 @@ private:
             return there.starts_with("not") ? ", found first, and looked for no further"
                                             : ", found first";
         }
-        if (m_decided) return ", behind the one that wins";
+        if (decided_) return ", behind the one that wins";
         // Through a missing folder and .. back out of it, the path as joined leads to a file.
         return there.starts_with("a file") ? ", passed over: missing as it is written"
                                            : ", passed over";
     }
 
-    const FindOptions &m_options;
-    const char *m_winner;
-    bool m_decided;
+    const FindOptions &options_;
+    const char *winner_;
+    bool decided_;
 };
 
 void reportCandidates(const FindOptions &options, const char *name, const char *winner) {

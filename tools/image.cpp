@@ -67,43 +67,43 @@ void describe(const std::string &path, const VxImage *image) {
 // Damaged rows, told in ranges: a file may have any number of them.
 class DamageReport {
 public:
-    DamageReport(const std::string &path, ProgressBar &bar) : m_path(path), m_bar(bar) {}
+    DamageReport(const std::string &path, ProgressBar &bar) : path_(path), bar_(bar) {}
 
     void add(int y, int z, const std::string &what) {
-        if (m_first >= 0 && z == m_plane && y == m_last + 1 && what == m_what) {
-            m_last = y;
+        if (first_ >= 0 && z == plane_ && y == last_ + 1 && what == what_) {
+            last_ = y;
             return;
         }
         flush();
-        m_plane = z;
-        m_first = m_last = y;
-        m_what = what;
+        plane_ = z;
+        first_ = last_ = y;
+        what_ = what;
     }
 
     void flush() {
-        if (m_first < 0) return;
-        std::string where = "plane " + std::to_string(m_plane);
-        where += m_first == m_last
-                     ? ", row " + std::to_string(m_first)
-                     : ", rows " + std::to_string(m_first) + " to " + std::to_string(m_last);
-        say(where + ": " + m_what);
-        m_first = -1;
+        if (first_ < 0) return;
+        std::string where = "plane " + std::to_string(plane_);
+        where += first_ == last_
+                     ? ", row " + std::to_string(first_)
+                     : ", rows " + std::to_string(first_) + " to " + std::to_string(last_);
+        say(where + ": " + what_);
+        first_ = -1;
     }
 
     void say(const std::string &what) {
-        m_bar.clear();
-        complain(m_path, what);
-        m_good = false;
+        bar_.clear();
+        complain(path_, what);
+        good_ = false;
     }
 
-    bool good() const { return m_good && m_first < 0; }
+    bool good() const { return good_ && first_ < 0; }
 
 private:
-    const std::string &m_path;
-    ProgressBar &m_bar;
-    std::string m_what;
-    int m_plane = 0, m_first = -1, m_last = -1;
-    bool m_good = true;
+    const std::string &path_;
+    ProgressBar &bar_;
+    std::string what_;
+    int plane_ = 0, first_ = -1, last_ = -1;
+    bool good_ = true;
 };
 
 // The rows that a file can hold: a header may promise billions where there are none.

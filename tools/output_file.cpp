@@ -16,7 +16,7 @@ namespace tool {
 
 namespace {
 
-constexpr int kMostLinks = 40;  // one behind the other, as the system allows
+constexpr int kMaxLinks = 40;  // one behind the other, as the system allows
 
 // Those that do not end a process, and those that nobody can catch.
 constexpr std::array kHarmlessSignals = {SIGKILL, SIGSTOP, SIGCHLD, SIGCONT,  SIGTSTP,
@@ -37,14 +37,14 @@ public:
     SignalsHeld() {
         sigset_t held;
         sigfillset(&held);
-        sigprocmask(SIG_BLOCK, &held, &m_before);
+        sigprocmask(SIG_BLOCK, &held, &before_);
     }
-    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &m_before, nullptr); }
+    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
     SignalsHeld(const SignalsHeld &) = delete;
     SignalsHeld &operator=(const SignalsHeld &) = delete;
 
 private:
-    sigset_t m_before;
+    sigset_t before_;
 };
 
 void watchSignals() {
@@ -66,7 +66,7 @@ std::string folderOf(const std::string &path) {
 // Where links lead to, be there a file or not.
 std::string behindLinks(const std::string &from) {
     std::string path = from;
-    for (int i = 0; i < kMostLinks; ++i) {
+    for (int i = 0; i < kMaxLinks; ++i) {
         char next[PATH_MAX];
         const ssize_t length = readlink(path.c_str(), next, sizeof next);
         if (length < 0 || length == sizeof next) return path;
@@ -104,48 +104,48 @@ void syncFolder(const std::string &folder) {
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string &path) : m_path(path), m_target(behindLinks(path)) {
+OutputFile::OutputFile(const std::string &path) : path_(path), target_(behindLinks(path)) {
     struct stat status;
     if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         throw Trouble(path, "is no regular file and cannot be replaced");
     }
     watchSignals();
-    const std::string folder = folderOf(m_target);
-    m_temporary = folder + ".vxutil-XXXXXX";
-    if (m_temporary.size() >= sizeof unfinished) {
+    const std::string folder = folderOf(target_);
+    temporary_ = folder + ".vxutil-XXXXXX";
+    if (temporary_.size() >= sizeof unfinished) {
         errno = ENAMETOOLONG;
         throw systemTrouble(path);
     }
     const SignalsHeld held;
-    m_file = mkostemp(m_temporary.data(), O_CLOEXEC);
-    if (m_file < 0) throw systemTrouble(path);
-    std::strcpy(unfinished, m_temporary.c_str());
-    giveRights(m_file, m_target);
+    file_ = mkostemp(temporary_.data(), O_CLOEXEC);
+    if (file_ < 0) throw systemTrouble(path);
+    std::strcpy(unfinished, temporary_.c_str());
+    giveRights(file_, target_);
 }
 
 OutputFile::~OutputFile() {
-    if (m_file >= 0) close(m_file);
-    if (m_temporary.empty()) return;
+    if (file_ >= 0) close(file_);
+    if (temporary_.empty()) return;
     const SignalsHeld held;
-    unlink(m_temporary.c_str());
+    unlink(temporary_.c_str());
     unfinished[0] = '\0';
 }
 
 int OutputFile::duplicate() const {
-    const int copy = fcntl(m_file, F_DUPFD_CLOEXEC, 0);
-    if (copy < 0) throw systemTrouble(m_path);
+    const int copy = fcntl(file_, F_DUPFD_CLOEXEC, 0);
+    if (copy < 0) throw systemTrouble(path_);
     return copy;
 }
 
 void OutputFile::commit() {
-    if (fsync(m_file) != 0) throw systemTrouble(m_path);
+    if (fsync(file_) != 0) throw systemTrouble(path_);
     {
         const SignalsHeld held;
-        if (rename(m_temporary.c_str(), m_target.c_str()) != 0) throw systemTrouble(m_path);
+        if (rename(temporary_.c_str(), target_.c_str()) != 0) throw systemTrouble(path_);
         unfinished[0] = '\0';
-        m_temporary.clear();
+        temporary_.clear();
     }
-    syncFolder(folderOf(m_target));
+    syncFolder(folderOf(target_));
 }
 
 }  // namespace tool

@@ -30,8 +30,8 @@ public:
     void commit();
 
 private:
-    std::string m_path, m_target, m_temporary;
-    int m_file = -1;
+    std::string path_, target_, temporary_;
+    int file_ = -1;
 };
 
 }  // namespace tool

@@ -18,7 +18,7 @@ namespace tool {
 namespace {
 
 // What the library reads back of a stored list: what lies beyond would be lost.
-constexpr std::uint32_t kMostEntries = 128;
+constexpr std::uint32_t kMaxEntries = 128;
 constexpr std::size_t kLongestEntry = 259;
 
 const char *categoryName(int category) {
@@ -221,7 +221,7 @@ int addPath(LevelList where, const std::string &directory, std::optional<unsigne
     checkEntry(directory, path);
     const unsigned place = position.value_or(list->count);
     checkPosition(place, list->count + 1, list);
-    if (list->count >= kMostEntries) {
+    if (list->count >= kMaxEntries) {
         throw Trouble(directory, "the list is full: it keeps 128 directories");
     }
     if (vxSearchPathIndexOf(list, path.c_str()) >= 0) {

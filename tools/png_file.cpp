@@ -22,8 +22,8 @@ bool isPngFile(const std::string &path) {
 }
 
 PngFile::PngFile(const std::string &path, int descriptor, const char *mode)
-    : m_path(path), m_file(fdopen(descriptor, mode)) {
-    if (m_file != nullptr) return;
+    : path_(path), file_(fdopen(descriptor, mode)) {
+    if (file_ != nullptr) return;
     close(descriptor);
     throw std::bad_alloc();
 }
@@ -47,107 +47,107 @@ void PngFile::flushBytes(png_structp png) {
 
 void PngFile::jumpOut(png_structp png, png_const_charp text) {
     auto *self = static_cast<PngFile *>(png_get_error_ptr(png));
-    std::snprintf(self->m_message, sizeof self->m_message, "%s", text);
+    std::snprintf(self->message_, sizeof self->message_, "%s", text);
     png_longjmp(png, 1);
 }
 
 template <typename Calls>
 void PngFile::guarded(Calls calls) {
-    if (m_png == nullptr || m_info == nullptr) throw std::bad_alloc();
+    if (png_ == nullptr || info_ == nullptr) throw std::bad_alloc();
     // The work runs in a frame of its own, so that nothing here changes before the jump.
-    if (setjmp(png_jmpbuf(m_png)) != 0) throw Trouble(m_path, m_message);
+    if (setjmp(png_jmpbuf(png_)) != 0) throw Trouble(path_, message_);
     calls();
 }
 
 PngSource::PngSource(const std::string &path) : PngFile(path, openRegularFile(path), "rb") {
-    m_png = png_create_read_struct(PNG_LIBPNG_VER_STRING, static_cast<PngFile *>(this), jumpOut,
-                                   passOver);
-    if (m_png != nullptr) m_info = png_create_info_struct(m_png);
+    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, static_cast<PngFile *>(this), jumpOut,
+                                  passOver);
+    if (png_ != nullptr) info_ = png_create_info_struct(png_);
     try {
         readHead();
     } catch (...) {
-        png_destroy_read_struct(&m_png, &m_info, nullptr);
+        png_destroy_read_struct(&png_, &info_, nullptr);
         throw;
     }
 }
 
 PngSource::~PngSource() {
-    png_destroy_read_struct(&m_png, &m_info, nullptr);
+    png_destroy_read_struct(&png_, &info_, nullptr);
 }
 
 void PngSource::readHead() {
     guarded([this] {
-        png_set_read_fn(m_png, m_file.get(), readBytes);
-        png_read_info(m_png, m_info);
-        png_set_expand(m_png);
-        png_read_update_info(m_png, m_info);
+        png_set_read_fn(png_, file_.get(), readBytes);
+        png_read_info(png_, info_);
+        png_set_expand(png_);
+        png_read_update_info(png_, info_);
     });
-    if (png_get_interlace_type(m_png, m_info) != PNG_INTERLACE_NONE) {
-        throw Trouble(m_path, "is interlaced, and only pictures that are not can be converted");
+    if (png_get_interlace_type(png_, info_) != PNG_INTERLACE_NONE) {
+        throw Trouble(path_, "is interlaced, and only pictures that are not can be converted");
     }
-    m_form = {png_get_image_width(m_png, m_info), png_get_image_height(m_png, m_info),
-              png_get_channels(m_png, m_info), png_get_bit_depth(m_png, m_info) / 8U};
-    m_bytes.resize(m_form.lineElements() * m_form.elementBytes);
+    form_ = {png_get_image_width(png_, info_), png_get_image_height(png_, info_),
+             png_get_channels(png_, info_), png_get_bit_depth(png_, info_) / 8U};
+    bytes_.resize(form_.lineElements() * form_.elementBytes);
 }
 
 void PngSource::readLine(std::uint16_t *line) {
-    guarded([this] { png_read_row(m_png, m_bytes.data(), nullptr); });
-    const png_byte *byte = m_bytes.data();
-    for (unsigned x = 0; x < m_form.width; ++x) {
-        for (std::size_t z = 0; z < m_form.planes; ++z) {
+    guarded([this] { png_read_row(png_, bytes_.data(), nullptr); });
+    const png_byte *byte = bytes_.data();
+    for (unsigned x = 0; x < form_.width; ++x) {
+        for (std::size_t z = 0; z < form_.planes; ++z) {
             unsigned element = *byte++;
-            if (m_form.elementBytes == 2) element = element << 8 | *byte++;
-            line[z * m_form.width + x] = static_cast<std::uint16_t>(element);
+            if (form_.elementBytes == 2) element = element << 8 | *byte++;
+            line[z * form_.width + x] = static_cast<std::uint16_t>(element);
         }
     }
 }
 
 void PngSource::finish() {
-    guarded([this] { png_read_end(m_png, nullptr); });
+    guarded([this] { png_read_end(png_, nullptr); });
 }
 
 PngSink::PngSink(const std::string &path, int descriptor, const PictureForm &form)
     : PngFile(path, descriptor, "wb") {
     static constexpr int kColorTypes[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA,
                                           PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGB_ALPHA};
-    m_form = form;
-    m_bytes.resize(form.lineElements() * form.elementBytes);
-    m_png = png_create_write_struct(PNG_LIBPNG_VER_STRING, static_cast<PngFile *>(this), jumpOut,
-                                    passOver);
-    if (m_png != nullptr) m_info = png_create_info_struct(m_png);
+    form_ = form;
+    bytes_.resize(form.lineElements() * form.elementBytes);
+    png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, static_cast<PngFile *>(this), jumpOut,
+                                   passOver);
+    if (png_ != nullptr) info_ = png_create_info_struct(png_);
     try {
         guarded([this] {
-            png_set_write_fn(m_png, m_file.get(), writeBytes, flushBytes);
-            png_set_IHDR(m_png, m_info, m_form.width, m_form.height,
-                         static_cast<int>(m_form.elementBytes * 8), kColorTypes[m_form.planes - 1],
+            png_set_write_fn(png_, file_.get(), writeBytes, flushBytes);
+            png_set_IHDR(png_, info_, form_.width, form_.height,
+                         static_cast<int>(form_.elementBytes * 8), kColorTypes[form_.planes - 1],
                          PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-            png_write_info(m_png, m_info);
+            png_write_info(png_, info_);
         });
     } catch (...) {
-        png_destroy_write_struct(&m_png, &m_info);
+        png_destroy_write_struct(&png_, &info_);
         throw;
     }
 }
 
 PngSink::~PngSink() {
-    png_destroy_write_struct(&m_png, &m_info);
+    png_destroy_write_struct(&png_, &info_);
 }
 
 void PngSink::writeLine(std::uint16_t *line) {
-    png_byte *byte = m_bytes.data();
-    for (unsigned x = 0; x < m_form.width; ++x) {
-        for (std::size_t z = 0; z < m_form.planes; ++z) {
-            const std::uint16_t element = line[z * m_form.width + x];
-            if (m_form.elementBytes == 2) *byte++ = static_cast<png_byte>(element >> 8);
+    png_byte *byte = bytes_.data();
+    for (unsigned x = 0; x < form_.width; ++x) {
+        for (std::size_t z = 0; z < form_.planes; ++z) {
+            const std::uint16_t element = line[z * form_.width + x];
+            if (form_.elementBytes == 2) *byte++ = static_cast<png_byte>(element >> 8);
             *byte++ = static_cast<png_byte>(element);
         }
     }
-    guarded([this] { png_write_row(m_png, m_bytes.data()); });
+    guarded([this] { png_write_row(png_, bytes_.data()); });
 }
 
 void PngSink::finish() {
-    guarded([this] { png_write_end(m_png, m_info); });
-    if (std::fclose(m_file.release()) != 0) throw systemTrouble(m_path);
+    guarded([this] { png_write_end(png_, info_); });
+    if (std::fclose(file_.release()) != 0) throw systemTrouble(path_);
 }
 
 }  // namespace tool

@@ -40,15 +40,15 @@ protected:
     [[noreturn]] static void jumpOut(png_structp png, png_const_charp text);
     static void passOver(png_structp, png_const_charp) {}  // of warnings
 
-    std::string m_path;
-    FileHandle m_file;
-    png_structp m_png = nullptr;
-    png_infop m_info = nullptr;
-    PictureForm m_form = {};
-    std::vector<png_byte> m_bytes;  // planes interleaved, the high byte first
+    std::string path_;
+    FileHandle file_;
+    png_structp png_ = nullptr;
+    png_infop info_ = nullptr;
+    PictureForm form_ = {};
+    std::vector<png_byte> bytes_;  // planes interleaved, the high byte first
 
 private:
-    char m_message[128] = "";
+    char message_[128] = "";
 };
 
 // Palettes, transparent colours and elements of less than 8 bits are expanded. Interlaced pictures
@@ -58,7 +58,7 @@ public:
     explicit PngSource(const std::string &path);
     ~PngSource() override;
 
-    PictureForm form() const override { return m_form; }
+    PictureForm form() const override { return form_; }
     void readLine(std::uint16_t *line) override;
     void finish() override;
 

@@ -23,24 +23,24 @@ std::string shortened(const std::string &label) {
 }  // namespace
 
 ProgressBar::ProgressBar(const std::string &label, std::uint64_t total)
-    : m_label(shortened(printable(label))),
-      m_total(total != 0 ? total : 1),
-      m_terminal(isatty(STDERR_FILENO) != 0) {}
+    : label_(shortened(printable(label))),
+      total_(total != 0 ? total : 1),
+      terminal_(isatty(STDERR_FILENO) != 0) {}
 
 void ProgressBar::advance() {
-    ++m_done;
-    if (!m_terminal) return;
-    const int percentage = static_cast<int>(m_done * 100 / m_total);
-    if (percentage == m_shown) return;
-    m_shown = percentage;
+    ++done_;
+    if (!terminal_) return;
+    const int percentage = static_cast<int>(done_ * 100 / total_);
+    if (percentage == shown_) return;
+    shown_ = percentage;
     std::string bar(kBarColumns, '.');
-    bar.replace(0, m_done * kBarColumns / m_total, m_done * kBarColumns / m_total, '#');
-    std::fprintf(stderr, "\r%s [%s] %3d%%", m_label.c_str(), bar.c_str(), percentage);
+    bar.replace(0, done_ * kBarColumns / total_, done_ * kBarColumns / total_, '#');
+    std::fprintf(stderr, "\r%s [%s] %3d%%", label_.c_str(), bar.c_str(), percentage);
 }
 
 void ProgressBar::clear() {
-    if (m_shown >= 0) std::fputs("\r\033[K", stderr);
-    m_shown = -1;
+    if (shown_ >= 0) std::fputs("\r\033[K", stderr);
+    shown_ = -1;
 }
 
 }  // namespace tool

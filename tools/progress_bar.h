@@ -20,10 +20,10 @@ public:
     void clear();
 
 private:
-    std::string m_label;
-    std::uint64_t m_total, m_done = 0;
-    int m_shown = -1;  // the percentage on the screen
-    bool m_terminal;
+    std::string label_;
+    std::uint64_t total_, done_ = 0;
+    int shown_ = -1;  // the percentage on the screen
+    bool terminal_;
 };
 
 }  // namespace tool

@@ -13,11 +13,11 @@ enum ExitCode { kDone = 0, kFailed = 1, kUsage = 2 };
 class Trouble : public std::runtime_error {
 public:
     Trouble(const std::string &subject, const std::string &what)
-        : std::runtime_error(what), m_subject(subject) {}
-    const std::string &subject() const { return m_subject; }
+        : std::runtime_error(what), subject_(subject) {}
+    const std::string &subject() const { return subject_; }
 
 private:
-    std::string m_subject;
+    std::string subject_;
 };
 
 // Trouble with a file, in the system's words for errno.

@@ -28,9 +28,9 @@
 #include <exception>
 #include <string>
 
-constexpr int kMostPixels = 16384;  // along a side
+constexpr int kMaxPixels = 16384;  // along a side
 
-static bool draw(Scene const &scene, View const &view, const std::string &path, int width,
+static bool draw(const Scene &scene, const View &view, const std::string &path, int width,
                  int height, bool antialias) {
     const PictureReport report = drawPicture(scene, view, path.c_str(), width, height, antialias);
     if (!report.written) return false;
@@ -40,7 +40,7 @@ static bool draw(Scene const &scene, View const &view, const std::string &path, 
     return true;
 }
 
-static bool drawAll(View const &view, const std::string &folder, int width, int height,
+static bool drawAll(const View &view, const std::string &folder, int width, int height,
                     bool onlyPlain) {
     Scene scene;
     return scene.build() && writeView(view, folder + "room.view") &&
@@ -76,7 +76,7 @@ int main(int count, char **arguments) {
     }
     const int width = count == first + 3 ? std::atoi(arguments[first]) : 0;
     const int height = count == first + 3 ? std::atoi(arguments[first + 1]) : 0;
-    if (width < 1 || height < 1 || width > kMostPixels || height > kMostPixels) {
+    if (width < 1 || height < 1 || width > kMaxPixels || height > kMaxPixels) {
         std::fprintf(stderr, "usage: render [--plain] [--view FILE] WIDTH HEIGHT FOLDER\n");
         return 2;
     }

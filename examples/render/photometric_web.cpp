@@ -99,7 +99,7 @@ VxString photometricWebNamed(const char *wildcard) {
     return {};
 }
 
-bool PhotometricWeb::load(VxString const &name) {
+bool PhotometricWeb::load(const VxString &name) {
     VxSearchPath *list = webDirectories();
     char *path = vxSearchPathResolve(list, name, nullptr, 0);
     if (path == nullptr) return false;

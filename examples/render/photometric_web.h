@@ -15,7 +15,7 @@ class PhotometricWeb {
 public:
     // Reads the file of this name (IES LM-63, without a table for tilted lamps) from the search
     // paths. False if there is none, or none of this kind.
-    bool load(VxString const &name);
+    bool load(const VxString &name);
 
     // Candela in a direction, in degrees: `vertical` 0 is straight down and 180 up, `horizontal`
     // is counted around the vertical. 0 beyond the angles of the file.

@@ -15,7 +15,7 @@ namespace {
 
 class Camera {
 public:
-    Camera(View const &view, int width, int height)
+    Camera(const View &view, int width, int height)
         : eye_(view.eye),
           forward_(normalize(view.target - view.eye)),
           pixel_(2 * kHalfHeight / static_cast<float>(height)),
@@ -64,7 +64,7 @@ private:
 
 }  // namespace
 
-PictureReport drawPicture(Scene const &scene, View const &view, const char *path, int width,
+PictureReport drawPicture(const Scene &scene, const View &view, const char *path, int width,
                           int height, bool antialias) {
     const auto start = std::chrono::steady_clock::now();
     const Camera camera(view, width, height);

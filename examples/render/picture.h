@@ -20,7 +20,7 @@ struct PictureReport {
 
 // Draws the scene into an image file. Without antialiasing each pixel is what lies at its centre.
 // Stops at once where the file cannot be written, which a message says.
-PictureReport drawPicture(Scene const &scene, View const &view, const char *path, int width,
+PictureReport drawPicture(const Scene &scene, const View &view, const char *path, int width,
                           int height, bool antialias);
 
 #endif

@@ -13,7 +13,7 @@ constexpr float kNear = 1e-3F;  // closer than this a ray is still where it star
 constexpr float kPi = std::numbers::pi_v<float>;
 
 // Distance along the ray to a sphere, or 0.
-float meet(Ray const &ray, Sphere const &sphere) {
+float meet(const Ray &ray, const Sphere &sphere) {
     const Vec away = ray.origin - sphere.center;
     const float half = dot(away, ray.direction);
     const float root = half * half - dot(away, away) + sphere.radius * sphere.radius;
@@ -24,7 +24,7 @@ float meet(Ray const &ray, Sphere const &sphere) {
 }
 
 // Distance along the ray to a panel, or 0; u and v are the place on it, 0 to 1.
-float meet(Ray const &ray, Panel const &panel, float &u, float &v) {
+float meet(const Ray &ray, const Panel &panel, float &u, float &v) {
     const Vec normal = cross(panel.right, panel.up);
     const float slope = dot(ray.direction, normal);
     if (slope >= 0) return 0;  // from behind or along
@@ -36,13 +36,13 @@ float meet(Ray const &ray, Panel const &panel, float &u, float &v) {
     return u >= 0 && u <= 1 && v >= 0 && v <= 1 ? distance : 0;
 }
 
-Vec colorOf(Surface const &surface, float u, float v) {
+Vec colorOf(const Surface &surface, float u, float v) {
     if (surface.texture == nullptr) return surface.color;
     return surface.color * surface.texture->at(u * surface.tilesU, v * surface.tilesV);
 }
 
 // Surfaces reflect more the flatter they are looked at (Schlick's formula).
-float mirrorOf(Surface const &surface, Vec normal, Vec incoming) {
+float mirrorOf(const Surface &surface, Vec normal, Vec incoming) {
     if (surface.mirror <= 0) return 0;
     return surface.mirror +
            (1 - surface.mirror) * std::pow(1 - std::max(-dot(normal, incoming), 0.0F), 5.0F);
@@ -50,13 +50,13 @@ float mirrorOf(Surface const &surface, Vec normal, Vec incoming) {
 
 }  // namespace
 
-bool Scene::nearest(Ray const &ray, Hit &hit) const {
-    Sphere const *sphere = nullptr;
-    Panel const *panel = nullptr;
+bool Scene::nearest(const Ray &ray, Hit &hit) const {
+    const Sphere *sphere = nullptr;
+    const Panel *panel = nullptr;
     float nearestSoFar = HUGE_VALF;
     float u = 0;
     float v = 0;
-    for (Panel const &each : panels_) {
+    for (const Panel &each : panels_) {
         float eachU = 0;
         float eachV = 0;
         const float distance = meet(ray, each, eachU, eachV);
@@ -66,7 +66,7 @@ bool Scene::nearest(Ray const &ray, Hit &hit) const {
         u = eachU;
         v = eachV;
     }
-    for (Sphere const &each : spheres_) {
+    for (const Sphere &each : spheres_) {
         const float distance = meet(ray, each);
         if (distance <= 0 || distance >= nearestSoFar) continue;
         nearestSoFar = distance;
@@ -97,7 +97,7 @@ std::uint32_t Scene::blocker(Vec from, Vec to) const {
     const Vec way = to - from;
     const float distance = length(way);
     const Ray ray{from, way * (1 / distance)};
-    for (Sphere const &sphere : spheres_) {
+    for (const Sphere &sphere : spheres_) {
         if (!sphere.castsShadow) continue;
         const float met = meet(ray, sphere);
         if (met > 0 && met < distance) return sphere.id;
@@ -108,7 +108,7 @@ std::uint32_t Scene::blocker(Vec from, Vec to) const {
 // Each ball takes the part of the sky that it covers, as much as it stands upright.
 float Scene::openness(Vec point, Vec normal) const {
     float open = 1;
-    for (Sphere const &sphere : spheres_) {
+    for (const Sphere &sphere : spheres_) {
         const Vec way = sphere.center - point;
         const float square = dot(way, way);
         const float slope = dot(way, normal) / std::sqrt(square);
@@ -120,8 +120,8 @@ float Scene::openness(Vec point, Vec normal) const {
 
 // ---- The contents -------------------------------------------------------------------------
 
-Texture const *Scene::texture(VxString const &name) {
-    Texture const *found = textures_.find(name);
+const Texture *Scene::texture(const VxString &name) {
+    const Texture *found = textures_.find(name);
     complete_ = found != nullptr && complete_;
     return found;
 }
@@ -179,7 +179,7 @@ static bool loadWeb(PhotometricWeb &web, const char *wildcard) {
     if (web.load(name)) return true;
     reportFailure(name.length() == 0 ? std::string("no photometric web ") + wildcard
                                      : std::string("cannot read photometric web ") +
-                                           static_cast<char const *>(name));
+                                           static_cast<const char *>(name));
     return false;
 }
 
@@ -192,7 +192,7 @@ bool Scene::addLamps() {
         {{1.15F, 1.72F, -1.62F}, 0.05F, kWarm, &sconce_},
         {{0.9F, 2.5F, 1.3F}, 0.16F, kNeutral, &pendant_},
     };
-    for (Lamp const &lamp : lamps) {
+    for (const Lamp &lamp : lamps) {
         complete_ = lamps_.append(lamp) && complete_;
         add(Sphere{lamp.position, lamp.radius, {.glow = lamp.tint * 90}, false});
     }

@@ -18,7 +18,7 @@ struct Ray {
 
 struct Surface {
     Vec color{1, 1, 1};                // share of light sent back, times that of the texture
-    Texture const *texture = nullptr;  // the shelf's
+    const Texture *texture = nullptr;  // the shelf's
     float tilesU = 1, tilesV = 1;      // how often the texture fits
     float mirror = 0;                  // share of light reflected straight on
     float gloss = 0;                   // strength of highlights
@@ -45,7 +45,7 @@ struct Lamp {
     Vec position;
     float radius;  // of its disc: the larger, the softer the shadows
     Vec tint;
-    PhotometricWeb const *web;
+    const PhotometricWeb *web;
 };
 
 // Where a ray met a surface. Plain and of one size, as records of a pool are; what a mirror shows
@@ -53,7 +53,7 @@ struct Lamp {
 struct Hit {
     Vec point, normal, incoming;
     Vec color;
-    Surface const *surface;
+    const Surface *surface;
     float mirror;  // share of `behind`, at this angle
     std::uint32_t id;
     Hit *behind;
@@ -65,7 +65,7 @@ public:
     bool build();
 
     // The first surface along a ray. False if there is none.
-    bool nearest(Ray const &ray, Hit &hit) const;
+    bool nearest(const Ray &ray, Hit &hit) const;
 
     // The id of what stands between two points and casts a shadow, 0 for nothing.
     std::uint32_t blocker(Vec from, Vec to) const;
@@ -73,10 +73,10 @@ public:
     // The share of the light from all around that balls nearby leave to a point.
     float openness(Vec point, Vec normal) const;
 
-    VxOwningList<Lamp> const &lamps() const { return lamps_; }
+    const VxOwningList<Lamp> &lamps() const { return lamps_; }
 
 private:
-    Texture const *texture(VxString const &name);
+    const Texture *texture(const VxString &name);
     bool addLamps();
     void addRoom();
     void add(Sphere sphere);

@@ -23,7 +23,7 @@ bool Texture::load() {
     const std::unique_ptr<char, void (*)(void *)> path(vxSearchPathResolve(list, name_, nullptr, 0),
                                                        std::free);
     if (path == nullptr) {
-        reportFailure(std::string("no texture ") + static_cast<char const *>(name_));
+        reportFailure(std::string("no texture ") + static_cast<const char *>(name_));
         return false;
     }
     VxImage *image = vxImageOpen(path.get(), "r");
@@ -36,9 +36,9 @@ bool Texture::load() {
 
 // Planes become the bytes of an element; a grey image has one plane for all three.
 bool Texture::readRows(VxImage *image) {
-    constexpr long long kMostBytes = 1 << 28;  // a header may promise any size
+    constexpr long long kMaxBytes = 1 << 28;  // a header may promise any size
     const long long bytes = 3LL * image->xSize * image->ySize;
-    if (bytes == 0 || bytes > kMostBytes || image->zSize == 0) return false;
+    if (bytes == 0 || bytes > kMaxBytes || image->zSize == 0) return false;
     width_ = image->xSize;
     height_ = image->ySize;
     texels_.setLengthHint(static_cast<int>(bytes));  // so that no row makes it grow
@@ -69,7 +69,7 @@ static float linear(char byte) {
 }
 
 Vec Texture::texel(int x, int y) const {
-    const char *at = static_cast<char const *>(texels_) + std::ptrdiff_t{3} * (y * width_ + x);
+    const char *at = static_cast<const char *>(texels_) + std::ptrdiff_t{3} * (y * width_ + x);
     return {linear(at[0]), linear(at[1]), linear(at[2])};
 }
 
@@ -93,9 +93,9 @@ Vec Texture::at(float u, float v) const {
                mix(texel(x.low, y.high), texel(x.high, y.high), x.share), y.share);
 }
 
-Texture const *TextureShelf::find(VxString const &name) {
+const Texture *TextureShelf::find(const VxString &name) {
     Texture texture(name);
-    if (Texture const *known = textures_.has(texture)) return known;
+    if (const Texture *known = textures_.has(texture)) return known;
     if (!texture.load()) return nullptr;
     if (!textures_.insert(texture)) reportFailure("no memory for a texture");
     return textures_.has(texture);

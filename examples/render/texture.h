@@ -9,9 +9,9 @@
 
 class Texture {
 public:
-    explicit Texture(VxString const &name) : name_(name) {}
+    explicit Texture(const VxString &name) : name_(name) {}
 
-    VxString const &name() const { return name_; }
+    const VxString &name() const { return name_; }
 
     // Reads the file of this name, wherever on the search paths it is. False after a
     // message if there is none, or none that can be read whole.
@@ -36,14 +36,14 @@ private:
 class TextureShelf {
 public:
     // The texture of a name, or null after a message. It stays the shelf's.
-    Texture const *find(VxString const &name);
+    const Texture *find(const VxString &name);
 
 private:
     struct Hash {
-        unsigned operator()(Texture const &texture) const { return texture.name().hash(); }
+        unsigned operator()(const Texture &texture) const { return texture.name().hash(); }
     };
     struct Equal {
-        bool operator()(Texture const &one, Texture const &other) const {
+        bool operator()(const Texture &one, const Texture &other) const {
             return (one.name() == other.name()) != 0;
         }
     };

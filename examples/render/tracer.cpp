@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kMostMirrors = 5;
+constexpr int kMaxMirrors = 5;
 constexpr float kPi = std::numbers::pi_v<float>;
 constexpr float kExposure = 0.028F;          // how bright a white surface under one lux becomes
 constexpr Vec kAllAround{7.0F, 7.6F, 9.0F};  // lux from the room at large
@@ -25,12 +25,12 @@ Vec toScreen(Vec light) {
 }
 
 // A lamp of radius 1; the disk pattern reaches 1.3 times as far as its size.
-Tracer::Tracer(Scene const &scene)
+Tracer::Tracer(const Scene &scene)
     : scene_(scene), lampTables_(2, 4, 1 / 1.3F, SampleTable::kDisk, 0.5F) {
     vxPoolInit(&hits_, sizeof(Hit), 4096);
 }
 
-Sample Tracer::look(Ray const &ray) {
+Sample Tracer::look(const Ray &ray) {
     const Hit *first = follow(ray);
     Sample sample;
     if (first == nullptr) return sample;
@@ -49,7 +49,7 @@ Sample Tracer::look(Ray const &ray) {
 Hit *Tracer::follow(Ray ray) {
     Hit *first = nullptr;
     Hit **link = &first;
-    for (int i = 0; i < kMostMirrors; ++i) {
+    for (int i = 0; i < kMaxMirrors; ++i) {
         Hit found;
         ++rays_;
         if (!scene_.nearest(ray, found)) break;
@@ -64,9 +64,9 @@ Hit *Tracer::follow(Ray ray) {
     return first;
 }
 
-Vec Tracer::lightFrom(Hit const &hit) const {
+Vec Tracer::lightFrom(const Hit &hit) const {
     Vec light = hit.surface->glow + kAllAround * hit.color * scene_.openness(hit.point, hit.normal);
-    for (Lamp const &lamp : scene_.lamps())
+    for (const Lamp &lamp : scene_.lamps())
         light += lampLight(lamp, hit);
     if (hit.behind != nullptr) light = mix(light, lightFrom(*hit.behind), hit.mirror);
     return light;
@@ -74,7 +74,7 @@ Vec Tracer::lightFrom(Hit const &hit) const {
 
 // The web says how bright the lamp is from here, a handful of points on its disc how much of it is
 // to be seen.
-Vec Tracer::lampLight(Lamp const &lamp, Hit const &hit) const {
+Vec Tracer::lampLight(const Lamp &lamp, const Hit &hit) const {
     const Vec way = hit.point - lamp.position;
     const float distance = length(way);
     const Vec from = way * (1 / distance);

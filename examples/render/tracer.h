@@ -9,13 +9,13 @@
 
 class Tracer {
 public:
-    explicit Tracer(Scene const &scene);
+    explicit Tracer(const Scene &scene);
     ~Tracer() { vxPoolDestroy(&hits_); }
     Tracer(const Tracer &) = delete;
     Tracer &operator=(const Tracer &) = delete;
 
     // What is seen along a ray.
-    Sample look(Ray const &ray);
+    Sample look(const Ray &ray);
 
     // Makes the records of all rays so far void, for others to use their room.
     void forget() { vxPoolRecycle(&hits_); }
@@ -25,10 +25,10 @@ public:
 
 private:
     Hit *follow(Ray ray);
-    Vec lightFrom(Hit const &hit) const;
-    Vec lampLight(Lamp const &lamp, Hit const &hit) const;
+    Vec lightFrom(const Hit &hit) const;
+    Vec lampLight(const Lamp &lamp, const Hit &hit) const;
 
-    Scene const &scene_;
+    const Scene &scene_;
     AdaptiveTables lampTables_;
     VxPool hits_;
     long long rays_ = 0;

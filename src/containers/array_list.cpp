@@ -6,7 +6,7 @@ namespace {
 
 // Hooks are no const members, since a derived class may count or cache in them; the source of a
 // copy is const. This is the one place where the two meet.
-VxArrayList &hooksOf(VxArrayList const &list) {
+VxArrayList &hooksOf(const VxArrayList &list) {
     return const_cast<VxArrayList &>(list);
 }
 
@@ -14,7 +14,7 @@ VxArrayList &hooksOf(VxArrayList const &list) {
 
 VxArrayList::VxArrayList() = default;
 
-VxArrayList::VxArrayList(VxArrayList const &source) {
+VxArrayList::VxArrayList(const VxArrayList &source) {
     dup(source);
 }
 
@@ -22,7 +22,7 @@ VxArrayList::~VxArrayList() {
     slots::release(array_);
 }
 
-VxArrayList &VxArrayList::operator=(VxArrayList const &source) {
+VxArrayList &VxArrayList::operator=(const VxArrayList &source) {
     if (this != &source) {
         empty();
         dup(source);
@@ -30,25 +30,25 @@ VxArrayList &VxArrayList::operator=(VxArrayList const &source) {
     return *this;
 }
 
-void VxArrayList::dup(VxArrayList const &source) {
+void VxArrayList::dup(const VxArrayList &source) {
     if (!slots::allocateLike(source.array_, array_)) return;
     VxArrayList &hooks = hooksOf(source);
     for (int i = 0; i < array_.count; ++i)
         array_.slots[i] = hooks.copyElement(source.array_.slots[i]);
 }
 
-void VxArrayList::set(int index, void const *element) {
+void VxArrayList::set(int index, const void *element) {
     assert(array_.has(index));
     destroyElement(array_.slots[index]);
     array_.slots[index] = copyElement(element);
 }
 
-void VxArrayList::insert(int index, void const *element) {
+void VxArrayList::insert(int index, const void *element) {
     if (!slots::makeRoom(array_, index, 1, [this](int at, int n) { grow(at, n); })) return;
     array_.slots[index] = copyElement(element);
 }
 
-void VxArrayList::insert(int index, VxArrayList const &list) {
+void VxArrayList::insert(int index, const VxArrayList &list) {
     assert(this != &list);
     const int n = list.array_.count;
     if (!slots::makeRoom(array_, index, n, [this](int at, int more) { grow(at, more); })) return;
@@ -56,11 +56,11 @@ void VxArrayList::insert(int index, VxArrayList const &list) {
         array_.slots[index + i] = copyElement(list.array_.slots[i]);
 }
 
-void VxArrayList::append(void const *element) {
+void VxArrayList::append(const void *element) {
     insert(array_.count, element);
 }
 
-void VxArrayList::append(VxArrayList const &list) {
+void VxArrayList::append(const VxArrayList &list) {
     insert(array_.count, list);
 }
 

@@ -7,7 +7,7 @@ namespace {
 
 // Hooks are no const members, since a derived class may count or cache in them; look-ups and
 // the sources of copies are const. This is the one place where the two meet.
-VxHashTable &hooksOf(VxHashTable const &table) {
+VxHashTable &hooksOf(const VxHashTable &table) {
     return const_cast<VxHashTable &>(table);
 }
 
@@ -17,7 +17,7 @@ VxHashTable::VxHashTable(int numBuckets) {
     makeBuckets(numBuckets > 0 ? numBuckets : buckets::kDefaultNumber);
 }
 
-VxHashTable::VxHashTable(VxHashTable const &source) {
+VxHashTable::VxHashTable(const VxHashTable &source) {
     makeBuckets(source.buckets_.numBuckets);
     dup(source);
 }
@@ -26,7 +26,7 @@ VxHashTable::~VxHashTable() {
     releaseBuckets();
 }
 
-VxHashTable &VxHashTable::operator=(VxHashTable const &source) {
+VxHashTable &VxHashTable::operator=(const VxHashTable &source) {
     if (this != &source) {
         empty();
         releaseBuckets();
@@ -36,7 +36,7 @@ VxHashTable &VxHashTable::operator=(VxHashTable const &source) {
     return *this;
 }
 
-VxHashTable &VxHashTable::copyObjects(VxHashTable const &source) {
+VxHashTable &VxHashTable::copyObjects(const VxHashTable &source) {
     if (this != &source) {
         empty();
         dup(source);
@@ -56,7 +56,7 @@ void VxHashTable::releaseBuckets() {
     hashBuckets_ = nullptr;
 }
 
-void VxHashTable::dup(VxHashTable const &source) {
+void VxHashTable::dup(const VxHashTable &source) {
     if (buckets_.numBuckets == source.buckets_.numBuckets) {
         copyAlike(source);
     } else if (buckets_.numBuckets > 0) {
@@ -67,7 +67,7 @@ void VxHashTable::dup(VxHashTable const &source) {
 // Every element at the place that it has in the source. All lists are there before the first
 // hook runs, so that without memory there is nothing to destroy yet, and in a copy constructor
 // nobody to do it.
-void VxHashTable::copyAlike(VxHashTable const &source) {
+void VxHashTable::copyAlike(const VxHashTable &source) {
     const int number = buckets_.numBuckets;
     for (int i = 0; i < number; ++i) {
         const int length = source.buckets_.slots(i).count;
@@ -89,7 +89,7 @@ void VxHashTable::copyAlike(VxHashTable const &source) {
 }
 
 // Every element where its stored hash belongs in this number of buckets.
-void VxHashTable::distribute(VxHashTable const &source) {
+void VxHashTable::distribute(const VxHashTable &source) {
     VxHashTable &hooks = hooksOf(source);
     for (int i = 0; i < source.buckets_.numBuckets; ++i) {
         const VxSlotArray &stored = source.buckets_.slots(i);
@@ -113,7 +113,7 @@ void VxHashTable::distribute(VxHashTable const &source) {
     }
 }
 
-int VxHashTable::find(unsigned int hash, int bucket, void const *element) {
+int VxHashTable::find(unsigned int hash, int bucket, const void *element) {
     const VxSlotArray &stored = buckets_.slots(bucket);
     const VxUIntList &hashes = hashBuckets_[bucket];
     for (int i = 0; i < stored.count; ++i) {
@@ -127,7 +127,7 @@ int VxHashTable::bucketOf(unsigned int hash) const {
     return buckets_.numBuckets > 0 ? buckets_.indexOf(hash) : -1;
 }
 
-short VxHashTable::insert(void const *element) {
+short VxHashTable::insert(const void *element) {
     if (element == nullptr) return 0;
     const unsigned int hash = hashElement(element);
     const int bucket = bucketOf(hash);
@@ -146,7 +146,7 @@ short VxHashTable::insert(void const *element) {
     return 0;
 }
 
-short VxHashTable::remove(void const *element) {
+short VxHashTable::remove(const void *element) {
     const unsigned int hash = hashElement(element);
     const int bucket = bucketOf(hash);
     const int position = bucket < 0 ? -1 : find(hash, bucket, element);
@@ -158,14 +158,14 @@ short VxHashTable::remove(void const *element) {
     return 1;
 }
 
-void *VxHashTable::has(void const *element) {
+void *VxHashTable::has(const void *element) {
     const unsigned int hash = hashElement(element);
     const int bucket = bucketOf(hash);
     const int position = bucket < 0 ? -1 : find(hash, bucket, element);
     return position < 0 ? nullptr : buckets_.slots(bucket).slots[position];
 }
 
-void const *VxHashTable::has(void const *element) const {
+const void *VxHashTable::has(const void *element) const {
     return hooksOf(*this).has(element);
 }
 

@@ -6,7 +6,7 @@
 namespace {
 
 template <typename Grow>
-void insertPointer(VxSlotArray &array, int index, void const *element, Grow grow) {
+void insertPointer(VxSlotArray &array, int index, const void *element, Grow grow) {
     if (slots::makeRoom(array, index, 1, grow)) array.slots[index] = const_cast<void *>(element);
 }
 
@@ -50,7 +50,7 @@ void assignArray(VxSlotArray &array, const VxSlotArray &source) {
 
 VxPArrayList::VxPArrayList() = default;
 
-VxPArrayList::VxPArrayList(VxPArrayList const &source) {
+VxPArrayList::VxPArrayList(const VxPArrayList &source) {
     slots::copy(source.array_, array_);
 }
 
@@ -58,7 +58,7 @@ VxPArrayList::~VxPArrayList() {
     slots::release(array_);
 }
 
-VxPArrayList &VxPArrayList::operator=(VxPArrayList const &source) {
+VxPArrayList &VxPArrayList::operator=(const VxPArrayList &source) {
     assignArray(array_, source.array_);
     return *this;
 }
@@ -67,11 +67,11 @@ void VxPArrayList::insert(int index, void *element) {
     insertPointer(array_, index, element, [this](int at, int n) { grow(at, n); });
 }
 
-void VxPArrayList::insert(int index, VxPArrayList const &list) {
+void VxPArrayList::insert(int index, const VxPArrayList &list) {
     insertAll(array_, index, list.array_, [this](int at, int n) { grow(at, n); });
 }
 
-void VxPArrayList::append(VxPArrayList const &list) {
+void VxPArrayList::append(const VxPArrayList &list) {
     insert(array_.count, list);
 }
 
@@ -93,7 +93,7 @@ void VxPArrayList::shrink(int first, int n) {
 
 VxCPArrayList::VxCPArrayList() = default;
 
-VxCPArrayList::VxCPArrayList(VxCPArrayList const &source) {
+VxCPArrayList::VxCPArrayList(const VxCPArrayList &source) {
     slots::copy(source.array_, array_);
 }
 
@@ -101,20 +101,20 @@ VxCPArrayList::~VxCPArrayList() {
     slots::release(array_);
 }
 
-VxCPArrayList &VxCPArrayList::operator=(VxCPArrayList const &source) {
+VxCPArrayList &VxCPArrayList::operator=(const VxCPArrayList &source) {
     assignArray(array_, source.array_);
     return *this;
 }
 
-void VxCPArrayList::insert(int index, void const *element) {
+void VxCPArrayList::insert(int index, const void *element) {
     insertPointer(array_, index, element, [this](int at, int n) { grow(at, n); });
 }
 
-void VxCPArrayList::insert(int index, VxCPArrayList const &list) {
+void VxCPArrayList::insert(int index, const VxCPArrayList &list) {
     insertAll(array_, index, list.array_, [this](int at, int n) { grow(at, n); });
 }
 
-void VxCPArrayList::append(VxCPArrayList const &list) {
+void VxCPArrayList::append(const VxCPArrayList &list) {
     insert(array_.count, list);
 }
 

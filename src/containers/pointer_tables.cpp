@@ -13,7 +13,7 @@ int requested(int numBuckets) {
 }
 
 template <typename List>
-typename VxBuckets<List>::Place find(const VxBuckets<List> &in, void const *element) {
+typename VxBuckets<List>::Place find(const VxBuckets<List> &in, const void *element) {
     return in.find(VxPHashTable::hash(element), element);
 }
 
@@ -33,7 +33,7 @@ short insert(const VxBuckets<List> &in, Element element) {
 }
 
 template <typename List>
-short remove(const VxBuckets<List> &in, void const *element) {
+short remove(const VxBuckets<List> &in, const void *element) {
     const auto place = find(in, element);
     if (!place.found()) return 0;
     in.elementBuckets[place.bucket].remove(place.position, 1);
@@ -84,7 +84,7 @@ VxPHashTable::VxPHashTable(int numBuckets) {
 
 VxPHashTable::VxPHashTable() : VxPHashTable(buckets::kDefaultNumber) {}
 
-VxPHashTable::VxPHashTable(VxPHashTable const &source) {
+VxPHashTable::VxPHashTable(const VxPHashTable &source) {
     buckets::make(buckets_, source.buckets_.numBuckets);
     dup(source);
 }
@@ -93,7 +93,7 @@ VxPHashTable::~VxPHashTable() {
     buckets::release(buckets_);
 }
 
-VxPHashTable &VxPHashTable::operator=(VxPHashTable const &source) {
+VxPHashTable &VxPHashTable::operator=(const VxPHashTable &source) {
     if (this != &source) {
         buckets::release(buckets_);
         buckets::make(buckets_, source.buckets_.numBuckets);
@@ -102,7 +102,7 @@ VxPHashTable &VxPHashTable::operator=(VxPHashTable const &source) {
     return *this;
 }
 
-VxPHashTable &VxPHashTable::copyObjects(VxPHashTable const &source) {
+VxPHashTable &VxPHashTable::copyObjects(const VxPHashTable &source) {
     if (this != &source) {
         empty();
         dup(source);
@@ -110,7 +110,7 @@ VxPHashTable &VxPHashTable::copyObjects(VxPHashTable const &source) {
     return *this;
 }
 
-void VxPHashTable::dup(VxPHashTable const &source) {
+void VxPHashTable::dup(const VxPHashTable &source) {
     duplicate(source.buckets_, buckets_);
 }
 
@@ -118,7 +118,7 @@ short VxPHashTable::insert(void *element) {
     return ::insert(buckets_, element);
 }
 
-short VxPHashTable::remove(void const *element) {
+short VxPHashTable::remove(const void *element) {
     return ::remove(buckets_, element);
 }
 
@@ -152,7 +152,7 @@ VxCPHashTable::VxCPHashTable(int numBuckets) {
 
 VxCPHashTable::VxCPHashTable() : VxCPHashTable(buckets::kDefaultNumber) {}
 
-VxCPHashTable::VxCPHashTable(VxCPHashTable const &source) {
+VxCPHashTable::VxCPHashTable(const VxCPHashTable &source) {
     buckets::make(buckets_, source.buckets_.numBuckets);
     dup(source);
 }
@@ -161,7 +161,7 @@ VxCPHashTable::~VxCPHashTable() {
     buckets::release(buckets_);
 }
 
-VxCPHashTable &VxCPHashTable::operator=(VxCPHashTable const &source) {
+VxCPHashTable &VxCPHashTable::operator=(const VxCPHashTable &source) {
     if (this != &source) {
         buckets::release(buckets_);
         buckets::make(buckets_, source.buckets_.numBuckets);
@@ -170,7 +170,7 @@ VxCPHashTable &VxCPHashTable::operator=(VxCPHashTable const &source) {
     return *this;
 }
 
-VxCPHashTable &VxCPHashTable::copyObjects(VxCPHashTable const &source) {
+VxCPHashTable &VxCPHashTable::copyObjects(const VxCPHashTable &source) {
     if (this != &source) {
         empty();
         dup(source);
@@ -178,15 +178,15 @@ VxCPHashTable &VxCPHashTable::copyObjects(VxCPHashTable const &source) {
     return *this;
 }
 
-void VxCPHashTable::dup(VxCPHashTable const &source) {
+void VxCPHashTable::dup(const VxCPHashTable &source) {
     duplicate(source.buckets_, buckets_);
 }
 
-short VxCPHashTable::insert(void const *element) {
+short VxCPHashTable::insert(const void *element) {
     return ::insert(buckets_, element);
 }
 
-short VxCPHashTable::remove(void const *element) {
+short VxCPHashTable::remove(const void *element) {
     return ::remove(buckets_, element);
 }
 

@@ -24,7 +24,7 @@ bool VxUIntList::isWhole(int count) const {
     return true;
 }
 
-void *VxUIntList::copyElement(void const *value) {
+void *VxUIntList::copyElement(const void *value) {
     // A copy of a list whose cell could not be had stays without it.
     if (value == nullptr) return nullptr;
     void *cell = std::malloc(sizeof(unsigned int));

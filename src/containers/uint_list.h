@@ -8,11 +8,11 @@
 class VxUIntList final : public VxArrayList {
 public:
     VxUIntList() = default;
-    VxUIntList(VxUIntList const &) = delete;
-    VxUIntList &operator=(VxUIntList const &) = default;
+    VxUIntList(const VxUIntList &) = delete;
+    VxUIntList &operator=(const VxUIntList &) = default;
     ~VxUIntList() override;
 
-    unsigned int at(int index) const { return *static_cast<unsigned int const *>(get(index)); }
+    unsigned int at(int index) const { return *static_cast<const unsigned int *>(get(index)); }
 
     // False without memory; nothing is added then.
     bool append(unsigned int value);
@@ -21,7 +21,7 @@ public:
     bool isWhole(int length) const;
 
 protected:
-    void *copyElement(void const *value) override;
+    void *copyElement(const void *value) override;
     void destroyElement(void *cell) override;
 };
 

@@ -22,7 +22,7 @@ static_assert(kHeaderBytes == 108 && offsetof(VxImage, name) == 24);
 constexpr std::uint32_t kMinValueOfNothing = 10000000;
 
 // Both tables are read by one call, which transfers no more than 0x7FFFF000 bytes here.
-constexpr std::uint64_t kMostTableBytes = 0x3FFFF000;
+constexpr std::uint64_t kMaxTableBytes = 0x3FFFF000;
 
 constexpr int kOpenForReading = platform::_O_BINARY;
 constexpr int kOpenForWriting = platform::_O_BINARY | platform::_O_CREAT | platform::_O_WRONLY;
@@ -145,7 +145,7 @@ bool readTables(VxImage *image) {
 
 bool prepare(VxImage *image, bool creating) {
     if (storageOf(image) == kRunLength) {
-        if (tableBytesOf(image) > kMostTableBytes) {
+        if (tableBytesOf(image) > kMaxTableBytes) {
             vxImageError(20368);
             return false;
         }

@@ -12,7 +12,7 @@ namespace {
 
 constexpr unsigned kNameSize = 16;
 constexpr unsigned kDataSize = 260;
-constexpr std::size_t kMostRecords = 128;
+constexpr std::size_t kMaxRecords = 128;
 
 struct Value {
     char name[kNameSize];
@@ -49,7 +49,7 @@ std::size_t gather(platform::HKEY key, Record *records, bool *failed) {
     std::size_t count = 0;
     Value value;
     for (unsigned index = 0; fetch(key, index, value); ++index) {
-        if (value.type != platform::REG_SZ || count == kMostRecords) continue;
+        if (value.type != platform::REG_SZ || count == kMaxRecords) continue;
         char *text = expanded(value.data);
         if (text == nullptr) {
             *failed = true;
@@ -116,7 +116,7 @@ char *vxRegistryReadList(platform::RootKey root, const char *key, char separator
     const int result = platform::RegOpenKeyExA(root, key, platform::KEY_READ, &open);
     *failed = result != platform::ERROR_SUCCESS && result != platform::ERROR_FILE_NOT_FOUND;
     if (result != platform::ERROR_SUCCESS) return nullptr;
-    Record records[kMostRecords];
+    Record records[kMaxRecords];
     const std::size_t count = withoutRepeats(records, gather(open, records, failed));
     char *text = join(records, count, separator);
     if (text == nullptr && count != 0) *failed = true;

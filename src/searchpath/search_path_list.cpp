@@ -18,8 +18,8 @@
 
 namespace {
 
-constexpr std::uint32_t kLeastCapacity = 4;
-constexpr std::size_t kLeastDirectoryRoom = 257;
+constexpr std::uint32_t kMinCapacity = 4;
+constexpr std::size_t kMinDirectoryRoom = 257;
 constexpr std::size_t kLongestEntry = 0x7FFFFFFF;  // what `longest` can tell
 
 char **newEntries(std::size_t capacity) {
@@ -166,9 +166,9 @@ VxSearchPath *vxSearchPathCreate(const char *text) {
     auto *list = static_cast<VxSearchPath *>(std::calloc(1, sizeof(VxSearchPath)));
     if (list == nullptr) return nullptr;
     if (text == nullptr) text = "";
-    list->capacity = std::max(countSegments(text), kLeastCapacity);
+    list->capacity = std::max(countSegments(text), kMinCapacity);
     list->entries = newEntries(list->capacity);
-    char *current = platform::_getcwd(nullptr, kLeastDirectoryRoom);
+    char *current = platform::_getcwd(nullptr, kMinDirectoryRoom);
     // Without a current directory relative entries are dropped, but not for want of memory.
     const bool starved = current == nullptr && errno == ENOMEM;
     if (list->entries == nullptr || starved || !appendSegments(list, text, current)) {
@@ -266,7 +266,7 @@ int vxSearchPathInsert(VxSearchPath *list, std::uint32_t index, const char *path
 
 bool searchPathPrepend(VxSearchPath *destination, const VxSearchPath *source) {
     if (destination == nullptr || source == nullptr) return true;
-    const std::uint32_t capacity = std::max(destination->count + source->count, kLeastCapacity);
+    const std::uint32_t capacity = std::max(destination->count + source->count, kMinCapacity);
     char **merged = newEntries(capacity);
     char **remaining = newEntries(capacity);
     std::int64_t count = -1;
@@ -296,7 +296,7 @@ void vxSearchPathRemove(VxSearchPath *list, std::uint32_t index) {
     std::memmove(list->entries + index, list->entries + index + 1,
                  (list->count - index - 1) * sizeof(char *));
     list->entries[--list->count] = nullptr;
-    if (list->capacity > kLeastCapacity && list->count < list->capacity / 4) shrink(list);
+    if (list->capacity > kMinCapacity && list->count < list->capacity / 4) shrink(list);
     list->longest = 0;
 }
 

@@ -59,7 +59,7 @@ void copyBytes(char *to, const char *from, int length) {
 
 // ---- Bodies ---------------------------------------------------------------------------------
 
-VxString::VxStringRep *VxString::VxStringRep::make(char const *text, int length, int capacity) {
+VxString::VxStringRep *VxString::VxStringRep::make(const char *text, int length, int capacity) {
     if (capacity > kMaxLength) return nullptr;
     const std::size_t size = sizeof(VxStringRep) + static_cast<std::size_t>(capacity) + 1;
     auto *rep = static_cast<VxStringRep *>(std::malloc(size));
@@ -145,13 +145,13 @@ VxString::VxString(char byte) {
     adopt(VxStringRep::make(&byte, 1, 1));
 }
 
-VxString::VxString(char const *text) {
+VxString::VxString(const char *text) {
     const std::size_t length = text != nullptr ? std::strlen(text) : 0;
     const int n = length <= kMaxLength ? static_cast<int>(length) : INT_MAX;
     adopt(VxStringRep::make(text, n, n));
 }
 
-VxString::VxString(char const *text, int n) {
+VxString::VxString(const char *text, int n) {
     assert(n >= 0);
     adopt(VxStringRep::make(text, n, n));
 }
@@ -187,7 +187,7 @@ VxString::operator double() const {
 
 // ---- Changing ---------------------------------------------------------------------------------
 
-VxString &VxString::operator+=(VxString const &other) {
+VxString &VxString::operator+=(const VxString &other) {
     VxStringRep *const rep = rep_;
     const int added = other.rep_->length;
     const int length = rep->length;
@@ -202,7 +202,7 @@ VxString &VxString::operator+=(VxString const &other) {
 }
 
 // Apart, so that short pieces pay nothing for it.
-[[gnu::noinline]] VxString &VxString::appendLong(VxString const &other) {
+[[gnu::noinline]] VxString &VxString::appendLong(const VxString &other) {
     const int added = other.rep_->length;
     const int length = rep_->length;
     if (added == 0 || added > kMaxLength - length) return *this;
@@ -216,7 +216,7 @@ VxString &VxString::operator+=(VxString const &other) {
     return *this;
 }
 
-VxString VxString::operator+(VxString const &other) const {
+VxString VxString::operator+(const VxString &other) const {
     VxString sum(*this);
     sum += other;
     return sum;
@@ -230,7 +230,7 @@ char &VxString::operator[](int index) {
     return scrapByte;
 }
 
-VxString &VxString::set(int start, int n, VxString const &text) {
+VxString &VxString::set(int start, int n, const VxString &text) {
     assert(this != &text && start >= 0 && n >= 0 && n <= rep_->length - start);
     const int added = text.rep_->length;
     const int kept = rep_->length - n;

@@ -182,7 +182,7 @@ int VxString::findC(char byte, int start, short backward) const {
     return -1;
 }
 
-int VxString::find(VxString const &pattern, int start) const {
+int VxString::find(const VxString &pattern, int start) const {
     assert(start >= 0);
     if (pattern.rep_->length == 0) return find('\0', start, 0);
     if (start >= rep_->length) return -1;
@@ -191,7 +191,7 @@ int VxString::find(VxString const &pattern, int start) const {
                                 size(pattern.rep_->length)));
 }
 
-int VxString::findC(VxString const &pattern, int start) const {
+int VxString::findC(const VxString &pattern, int start) const {
     assert(start >= 0);
     const int length = pattern.rep_->length;
     if (length == 0) return find('\0', start, 0);
@@ -211,22 +211,22 @@ int VxString::findC(VxString const &pattern, int start) const {
     return -1;
 }
 
-int VxString::findInSet(VxString const &set, int start) const {
+int VxString::findInSet(const VxString &set, int start) const {
     assert(start >= 0);
     return ByteSet(vxStringView(set)).span(vxStringView(*this), start, 1);
 }
 
-int VxString::findNotInSet(VxString const &set, int start) const {
+int VxString::findNotInSet(const VxString &set, int start) const {
     assert(start >= 0);
     return ByteSet(vxStringView(set)).span(vxStringView(*this), start, 0);
 }
 
-int VxString::findInSetC(VxString const &set, int start) const {
+int VxString::findInSetC(const VxString &set, int start) const {
     assert(start >= 0);
     return ByteSet::ofBothCases(vxStringView(set)).span(vxStringView(*this), start, 1);
 }
 
-int VxString::findNotInSetC(VxString const &set, int start) const {
+int VxString::findNotInSetC(const VxString &set, int start) const {
     assert(start >= 0);
     return ByteSet::ofBothCases(vxStringView(set)).span(vxStringView(*this), start, 0);
 }
@@ -243,33 +243,33 @@ unsigned int VxString::hash() const {
 
 // In both orders the NUL behind the shorter text takes part.
 
-int VxString::compare(VxString const &other) const {
+int VxString::compare(const VxString &other) const {
     if (rep_ == other.rep_) return 0;
     const int n = std::min(rep_->length, other.rep_->length) + 1;
     const int at = firstDifference(rep_->data, other.rep_->data, n);
     return at == n ? 0 : difference(rep_->data[at], other.rep_->data[at]);
 }
 
-int VxString::compareC(VxString const &other) const {
+int VxString::compareC(const VxString &other) const {
     if (rep_ == other.rep_) return 0;
     const int n = std::min(rep_->length, other.rep_->length) + 1;
     const int at = firstFoldedDifference(rep_->data, other.rep_->data, n);
     return at == n ? 0 : difference(lowered(rep_->data[at]), lowered(other.rep_->data[at]));
 }
 
-short VxString::operator<(VxString const &other) const {
+short VxString::operator<(const VxString &other) const {
     return compare(other) < 0 ? 1 : 0;
 }
 
-short VxString::operator<=(VxString const &other) const {
+short VxString::operator<=(const VxString &other) const {
     return compare(other) <= 0 ? 1 : 0;
 }
 
-short VxString::operator>(VxString const &other) const {
+short VxString::operator>(const VxString &other) const {
     return compare(other) > 0 ? 1 : 0;
 }
 
-short VxString::operator>=(VxString const &other) const {
+short VxString::operator>=(const VxString &other) const {
     return compare(other) >= 0 ? 1 : 0;
 }
 

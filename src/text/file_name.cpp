@@ -10,13 +10,13 @@
 
 namespace {
 
-constexpr std::size_t kMost = 255;
-char result[kMost + 1];
+constexpr std::size_t kMax = 255;
+char result[kMax + 1];
 
 // Puts at most `limit` bytes of a text into the result, at an index and as far as there is room,
 // and says where they end.
-std::size_t put(std::size_t at, const char *text, std::size_t limit = kMost) {
-    const std::size_t length = platform::lengthWithin(text, std::min(limit, kMost - at));
+std::size_t put(std::size_t at, const char *text, std::size_t limit = kMax) {
+    const std::size_t length = platform::lengthWithin(text, std::min(limit, kMax - at));
     std::memmove(result + at, text, length);
     result[at + length] = '\0';
     return at + length;
@@ -38,8 +38,8 @@ bool isWithin(const char *place, const char *name, std::size_t most) {
 }
 
 const char *cutBefore(const char *name, const char *place) {
-    return isWithin(place, name, kMost) ? prefix(name, static_cast<std::size_t>(place - name))
-                                        : cutCopy(name);
+    return isWithin(place, name, kMax) ? prefix(name, static_cast<std::size_t>(place - name))
+                                       : cutCopy(name);
 }
 
 const char *appendExtension(const char *extension) {
@@ -96,10 +96,10 @@ const char *vxFileDirectory(const char *name) {
     if (name == nullptr) return nullptr;
     for (const char separator : {'\\', '/'}) {
         const char *last = platform::_mbsrchr(name, separator);
-        if (isWithin(last, name, kMost)) return prefix(name, static_cast<std::size_t>(last - name));
+        if (isWithin(last, name, kMax)) return prefix(name, static_cast<std::size_t>(last - name));
     }
     const char *colon = platform::_mbsrchr(name, ':');
-    if (isWithin(colon, name, kMost - 1)) {
+    if (isWithin(colon, name, kMax - 1)) {
         return prefix(name, static_cast<std::size_t>(colon - name) + 1);
     }
     return cutCopy(".");
