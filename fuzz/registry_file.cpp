@@ -2,7 +2,7 @@
 // else changes, and a file that is none is set aside as it was. Input: a byte that tells how many
 // bytes of changes come behind it, and then the file.
 
-#include "platform/registry_file.h"
+#include "platform/posix/registry_file.h"
 
 #include "fuzz/fuzz.h"
 #include "platform/registry.h"
@@ -18,10 +18,10 @@
 namespace {
 
 namespace fs = std::filesystem;
-using platform::HKEY;
-using platform::RegistryValue;
+using vx::HKEY;
+using vx::RegistryValue;
 
-constexpr auto kRoot = platform::HKEY_CURRENT_USER;
+constexpr auto kRoot = vx::HKEY_CURRENT_USER;
 constexpr const char *kKey = "K";
 constexpr const char *kOther = "Other";
 
@@ -53,33 +53,33 @@ class Values {
 public:
     void read(const char *path) {
         HKEY key = nullptr;
-        if (platform::RegOpenKeyExA(kRoot, path, platform::KEY_READ, &key) != 0) return;
+        if (vx::RegOpenKeyExA(kRoot, path, vx::KEY_READ, &key) != 0) return;
         static std::vector<char> name(1 << 16), data(1 << 16);
         for (unsigned index = 0;; ++index) {
             auto nameSize = static_cast<unsigned>(name.size());
             auto dataSize = static_cast<unsigned>(data.size());
             RegistryValue value;
             const int result =
-                platform::RegEnumValueA(key, index, name.data(), &nameSize, &value.type,
-                                        reinterpret_cast<unsigned char *>(data.data()), &dataSize);
+                vx::RegEnumValueA(key, index, name.data(), &nameSize, &value.type,
+                                  reinterpret_cast<unsigned char *>(data.data()), &dataSize);
             if (result != 0) {
-                CHECK(result == platform::ERROR_NO_MORE_ITEMS);
+                CHECK(result == vx::ERROR_NO_MORE_ITEMS);
                 break;
             }
             value.name.assign(name.data(), nameSize);
             value.data.assign(data.data(), dataSize);
             values_.push_back({value, false});
         }
-        CHECK(platform::RegCloseKey(key) == 0);
+        CHECK(vx::RegCloseKey(key) == 0);
     }
     void set(HKEY key, const RegistryValue &value) {
         const auto *bytes = reinterpret_cast<const unsigned char *>(value.data.data());
         const bool writable = std::none_of(value.name.begin(), value.name.end(), [](char c) {
             return static_cast<unsigned char>(c) < 0x20;
         });
-        CHECK(platform::RegSetValueExA(key, value.name.c_str(), value.type, bytes,
-                                       static_cast<unsigned>(value.data.size())) ==
-              (writable ? 0 : platform::ERROR_INVALID_PARAMETER));
+        CHECK(vx::RegSetValueExA(key, value.name.c_str(), value.type, bytes,
+                                 static_cast<unsigned>(value.data.size())) ==
+              (writable ? 0 : vx::ERROR_INVALID_PARAMETER));
         if (!writable) return;
         bool placed = false;
         for (Entry &entry : values_) {
@@ -97,8 +97,7 @@ public:
             if (entry.removed || !sameName(entry.value.name, name)) continue;
             entry.removed = found = true;
         }
-        CHECK(platform::RegDeleteValueA(key, name.c_str()) ==
-              (found ? 0 : platform::ERROR_FILE_NOT_FOUND));
+        CHECK(vx::RegDeleteValueA(key, name.c_str()) == (found ? 0 : vx::ERROR_FILE_NOT_FOUND));
     }
     // Is there nothing too long for the walk along a list.
     bool areShort() const {
@@ -143,7 +142,7 @@ void change(HKEY key, Values &values, FuzzedDataProvider &changes) {
         }
         RegistryValue value{name, changes.PickValueInArray(kTypes),
                             changes.ConsumeRandomLengthString(60)};
-        if (value.type == platform::REG_SZ && changes.ConsumeBool()) value.data += '\0';
+        if (value.type == vx::REG_SZ && changes.ConsumeBool()) value.data += '\0';
         values.set(key, value);
     }
 }
@@ -185,7 +184,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         fs::remove(entry);
     std::ofstream(folder() / "user.reg", std::ios::binary) << file;
 
-    platform::RegistryFile parsed;
+    vx::RegistryFile parsed;
     const bool sound = parsed.parse(file);
     CHECK(!sound || parsed.text() == file);
     Values values;
@@ -195,9 +194,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     CHECK(sound || (before.empty() && other.empty()));
 
     HKEY key = nullptr;
-    CHECK(platform::RegCreateKeyExA(kRoot, kKey, platform::KEY_WRITE, &key) == 0);
+    CHECK(vx::RegCreateKeyExA(kRoot, kKey, vx::KEY_WRITE, &key) == 0);
     change(key, values, changes);
-    CHECK(platform::RegCloseKey(key) == 0);
+    CHECK(vx::RegCloseKey(key) == 0);
     CHECK(valuesOf(kKey) == values.told());
     CHECK(valuesOf(kOther) == other);
     CHECK(fs::exists(folder() / "user.reg.damaged") == !sound);

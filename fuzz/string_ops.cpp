@@ -22,11 +22,11 @@ int order(const std::string &one, const std::string &other) {
 }
 
 void compare(const std::string &one, const std::string &other) {
-    const VxString s = vx(one);
-    const VxString t = vx(other);
+    const VxString s = made(one);
+    const VxString t = made(other);
     const int sign = order(one, other);
     CHECK(s.compare(t) == sign);
-    CHECK(s.compareC(t) == order(mapped(one, platform::lowered), mapped(other, platform::lowered)));
+    CHECK(s.compareC(t) == order(mapped(one, vx::lowered), mapped(other, vx::lowered)));
     CHECK((s == t) == (one == other) && (s < t) == (sign < 0) && (s >= t) == (sign >= 0));
     const char *literal = other.c_str();
     CHECK((s == literal) == (one == literal));
@@ -34,7 +34,7 @@ void compare(const std::string &one, const std::string &other) {
 
 void readNumber(const std::string &text) {
     int end = -1;
-    const VxString s = vx(text);
+    const VxString s = made(text);
     const long value = std::strtol(text.c_str(), nullptr, 10);
     const long nearest = std::clamp<long>(value, -2147483647L - 1, 2147483647L);
     CHECK(s.getInt(0, end) == nearest && end >= 0 && end <= s.length());

@@ -153,7 +153,7 @@ TEST(Exports, PlainFunctionsHaveTheNumbersThatCallersUse) {
 TEST(Exports, HeadersDeclareThePlainFunctionsOfTheTable) {
     std::set<std::string> declared;
     const std::regex declaration("VX_API [^;(]*?(vx[A-Z]\\w*)\\(");
-    for (const auto &header : std::filesystem::directory_iterator(VX_FRAME_DIR "/../include")) {
+    for (const auto &header : std::filesystem::directory_iterator(VX_FRAME_DIR "/../../include")) {
         if (header.path().filename() == "vxframework.h") continue;  // the sibling library's
         std::ifstream file(header.path());
         const std::string text{std::istreambuf_iterator<char>(file), {}};

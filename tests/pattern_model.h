@@ -3,7 +3,7 @@
 #ifndef VX_TESTS_PATTERN_MODEL_H
 #define VX_TESTS_PATTERN_MODEL_H
 
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,7 +15,7 @@
 class PatternDefinition {
 public:
     PatternDefinition(const std::string &subject, const char *form)
-        : page_(platform::currentCodePage()),
+        : page_(vx::currentCodePage()),
           subject_(subject + "\n"),
           form_(form),
           failed_((subject_.size() + 1) * kFormRoom) {}
@@ -49,7 +49,7 @@ private:
         return page_.isLead(*at) ? byteAt(at) * 256 + byteAt(at + 1) : byteAt(at);
     }
     static std::size_t length(const char *at) {
-        const int length = platform::mblen(at, platform::__mb_cur_max);
+        const int length = vx::characterLength(at, vx::kMaxCharacterBytes);
         return length < 0 ? 1 : static_cast<std::size_t>(length);
     }
     bool contains(unsigned wanted, const char *list) const {
@@ -105,7 +105,7 @@ private:
         return -1;
     }
 
-    const platform::CodePage &page_;
+    const vx::CodePage &page_;
     std::string subject_;
     const char *form_;
     mutable std::vector<bool> failed_;  // from here on, a second time: no need to try again

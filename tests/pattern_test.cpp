@@ -4,7 +4,7 @@
 #include "in_locale.h"
 #include "pattern/pattern_compiler.h"
 #include "pattern_model.h"
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
 #include <vxpattern.h>
 
@@ -272,7 +272,7 @@ TEST(Patterns, MatcherDoesWhatItsDefinitionSays) {
 
 void compareInPage(const char *name) {
     const InLocale locale(name);
-    ASSERT_NE(platform::currentCodePage().number(), 0);
+    ASSERT_NE(vx::currentCodePage().number(), 0);
     compareWithDefinition(3, "\x83\\");
     compareWithDefinition(4, "\x81\xA1\x41 a");
     compareWithDefinition(5, "\x83\x81[\nc!\x5B\x02");

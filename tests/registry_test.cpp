@@ -17,7 +17,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using namespace platform;
+using namespace vx;
 
 constexpr char kPath[] = "Software\\A Key";
 

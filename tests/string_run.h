@@ -3,7 +3,7 @@
 #ifndef VX_TESTS_STRING_RUN_H
 #define VX_TESTS_STRING_RUN_H
 
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
 #include <vxstring.h>
 
@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-inline VxString vx(std::string_view text) {
+inline VxString made(std::string_view text) {
     return vxStringFrom(text);
 }
 
@@ -68,7 +68,7 @@ public:
             if (below(2) == 0) s.setLengthHint(n + below(20));
         } else if (action == 6) {
             s.toLower().toUpper();
-            m = mapped(m, platform::uppered);
+            m = mapped(m, vx::uppered);
         } else if (start < n) {
             s[start] = byte;
             m[at] = byte;
@@ -98,7 +98,7 @@ private:
 // All searches: what each finds, and what those of std::string find, whose npos is -1 as an int.
 inline std::vector<std::pair<int, int>> searches(const std::string &in, const std::string &what,
                                                  char byte, std::size_t from) {
-    using platform::lowered;
+    using vx::lowered;
     const auto find = [&](const std::string &text, const std::string &pattern) {
         return static_cast<int>(text.find(pattern.empty() ? std::string(1, '\0') : pattern, from));
     };
@@ -110,10 +110,10 @@ inline std::vector<std::pair<int, int>> searches(const std::string &in, const st
     };
     const std::string low = mapped(in, lowered);
     const std::string lowWhat = mapped(what, lowered);
-    const std::string bothWhat = lowWhat + mapped(what, platform::uppered);
+    const std::string bothWhat = lowWhat + mapped(what, vx::uppered);
     const auto start = static_cast<int>(from);
-    const VxString s = vx(in);
-    const VxString w = vx(what);
+    const VxString s = made(in);
+    const VxString w = made(what);
     return {{s.find(w, start), find(in, what)},
             {s.findC(w, start), find(low, lowWhat)},
             {s.find(byte, start, 0), find(in, {byte})},

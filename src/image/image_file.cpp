@@ -1,7 +1,7 @@
 // Image handles: opening, closing, and the file below them.
 
 #include "image/image_internal.h"
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 #include "platform/files.h"
 
 #include <vxframework.h>
@@ -24,10 +24,6 @@ constexpr std::uint32_t kMinValueOfNothing = 10000000;
 // Both tables are read by one call, which transfers no more than 0x7FFFF000 bytes here.
 constexpr std::uint64_t kMaxTableBytes = 0x3FFFF000;
 
-constexpr int kOpenForReading = platform::_O_BINARY;
-constexpr int kOpenForWriting = platform::_O_BINARY | platform::_O_CREAT | platform::_O_WRONLY;
-constexpr int kPermissions = 0666;
-
 bool writeHeader(int file, const VxImage *image, bool swapped) {
     // The run-time fields of the handle are nobody's business: zeros stand in their place.
     union {
@@ -37,7 +33,7 @@ bool writeHeader(int file, const VxImage *image, bool swapped) {
     std::memset(&block, 0, sizeof block);
     std::memcpy(&block, image, kHeaderBytes);
     if (swapped) vxImageSwapHeader(&block.image);
-    return platform::_write(file, &block, kBlockBytes) == kBlockBytes;
+    return vx::writeFile(file, &block, kBlockBytes) == kBlockBytes;
 }
 
 // ---- Opening
@@ -59,7 +55,7 @@ Creation takeArguments(va_list arguments) {
 
 bool create(VxImage *image, const char *name, va_list arguments) {
     if (name != nullptr) {
-        image->file = platform::_sopen(name, kOpenForWriting, platform::_SH_DENYNO, kPermissions);
+        image->file = vx::File::openForWriting(name).release();
     }
     if (image->file < 0) {
         vxImageError(20363, name);
@@ -82,10 +78,10 @@ bool create(VxImage *image, const char *name, va_list arguments) {
 }
 
 bool readHeader(VxImage *image, const char *name) {
-    if (name != nullptr) image->file = platform::_open(name, kOpenForReading);
+    if (name != nullptr) image->file = vx::File::openForReading(name).release();
     if (image->file < 0) return false;
     unsigned char block[kBlockBytes];
-    if (platform::_read(image->file, block, kBlockBytes) != kBlockBytes) {
+    if (vx::readFile(image->file, block, kBlockBytes) != kBlockBytes) {
         vxImageError(20366);
         return false;
     }
@@ -124,7 +120,7 @@ bool createTables(VxImage *image) {
 // A header may ask for any size: the tables are looked for in the file before there is room made.
 bool readTables(VxImage *image) {
     const auto bytes = static_cast<long>(tableBytesOf(image));
-    const long behindHead = platform::_filelength(image->file) - VX_IMAGE_FILE_HEAD;
+    const std::int64_t behindHead = vx::fileLength(image->file) - VX_IMAGE_FILE_HEAD;
     if (behindHead < 2 * bytes) {
         vxImageError(behindHead < bytes ? 20369 : 20370);
         return false;
@@ -132,8 +128,8 @@ bool readTables(VxImage *image) {
     if (!allocateTables(image)) return false;
     const auto count = static_cast<int>(2 * bytes);
     int got = -1;
-    if (platform::_lseek(image->file, VX_IMAGE_FILE_HEAD, 0) == VX_IMAGE_FILE_HEAD) {
-        got = platform::_read(image->file, image->rowStarts, static_cast<unsigned>(count));
+    if (vx::seekFile(image->file, VX_IMAGE_FILE_HEAD)) {
+        got = vx::readFile(image->file, image->rowStarts, static_cast<unsigned>(count));
     }
     if (got != count) {
         vxImageError(got < bytes ? 20369 : 20370);
@@ -188,7 +184,7 @@ VxImage *openImage(const char *name, int file, const char *mode, va_list argumen
     image->flags = mode[0] == 'r' ? VX_IMAGE_READ : VX_IMAGE_WRITE;
     const bool opened = creating ? create(image, name, arguments) : readHeader(image, name);
     if (opened && prepare(image, creating)) return image;
-    if (name != nullptr && image->file >= 0) platform::_close(image->file);
+    if (name != nullptr && image->file >= 0) vx::closeFile(image->file);
     release(image);
     return nullptr;
 }
@@ -263,7 +259,7 @@ int vxImageFlush(VxImage *image) {
 int vxImageClose(VxImage *image) {
     vxImageFlush(image);
     if ((image->flags & VX_IMAGE_WRITE) != 0 && !writeHeaderAndTables(image)) return -1;
-    const int result = platform::_close(image->file);
+    const int result = vx::closeFile(image->file);
     if (result != 0) vxImageError(20355);
     release(image);
     return result;
@@ -276,7 +272,7 @@ std::uint16_t *vxImageAllocRowBuffer(VxImage *image) {
 }
 
 void vxImageSetName(VxImage *image, const char *text) {
-    platform::_mbsnbcpy(image->name, text, sizeof image->name - 1);
+    vx::copyPrefix(image->name, text, sizeof image->name - 1);
     image->name[sizeof image->name - 1] = '\0';
 }
 
@@ -286,9 +282,9 @@ void vxImageSetColormap(VxImage *image, std::uint32_t value) {
 
 long vxImageFileSeek(VxImage *image, std::uint32_t position) {
     if (position == image->fileOffset && position != kNoPosition) return position;
-    const long reached = platform::_lseek(image->file, position, 0);
-    image->fileOffset = reached < 0 ? kNoPosition : position;
-    return reached;
+    const bool reached = vx::seekFile(image->file, position);
+    image->fileOffset = reached ? position : kNoPosition;
+    return reached ? static_cast<long>(position) : -1;
 }
 
 namespace {
@@ -305,12 +301,12 @@ int noteTransfer(VxImage *image, int transferred, int count) {
 
 int vxImageFileRead(VxImage *image, void *buffer, int count) {
     assert(count >= 0);
-    return noteTransfer(image, platform::_read(image->file, buffer, static_cast<unsigned>(count)),
+    return noteTransfer(image, vx::readFile(image->file, buffer, static_cast<unsigned>(count)),
                         count);
 }
 
 int vxImageFileWrite(VxImage *image, void *buffer, int count) {
     assert(count >= 0);
-    return noteTransfer(image, platform::_write(image->file, buffer, static_cast<unsigned>(count)),
+    return noteTransfer(image, vx::writeFile(image->file, buffer, static_cast<unsigned>(count)),
                         count);
 }

@@ -1,6 +1,6 @@
 #include "pattern/pattern_compiler.h"
 
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
 #include <vxtext.h>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-using platform::CodePage;
+using vx::CodePage;
 
 constexpr int kScratchSize = 512;  // of the source that a wildcard becomes
 constexpr int kLongestList = 255;  // what a length byte can tell
@@ -135,7 +135,7 @@ bool fitsScratch(const char *wildcard) {
 }  // namespace
 
 int vxPatternCompile(const char *source, int start, int delimiter, char *out) {
-    const CodePage &page = platform::currentCodePage();
+    const CodePage &page = vx::currentCodePage();
     int position = start;
     int end = 0;       // of the form so far
     int previous = 0;  // where its last element begins

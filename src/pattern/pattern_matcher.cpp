@@ -7,13 +7,13 @@
 #include "pattern/byte_mask.h"
 #include "pattern/pattern_compiler.h"
 #include "pattern/position_set.h"
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
 #include <cstring>
 
 namespace {
 
-using platform::CodePage;
+using vx::CodePage;
 
 constexpr std::size_t kLongestSubject = 510;  // a line feed and a zero byte are put behind it
 
@@ -211,7 +211,7 @@ private:
 
 template <std::size_t kWords>
 bool matches(const char *subject, std::size_t length, const char *form) {
-    const CodePage &page = platform::currentCodePage();
+    const CodePage &page = vx::currentCodePage();
     return page.number() == 0 ? Subject<kWords, false>(page, subject, length).matches(form)
                               : Subject<kWords, true>(page, subject, length).matches(form);
 }

@@ -5,7 +5,7 @@
 
 #include <pthread.h>
 
-namespace platform {
+namespace vx {
 
 using CriticalSection = pthread_mutex_t;
 
@@ -21,6 +21,6 @@ inline void LeaveCriticalSection(CriticalSection *section) {
     pthread_mutex_unlock(section);
 }
 
-}  // namespace platform
+}  // namespace vx
 
 #endif

@@ -3,19 +3,18 @@
 #ifndef VX_PLATFORM_ENVIRONMENT_H
 #define VX_PLATFORM_ENVIRONMENT_H
 
-#include <cstddef>
-#include <cstdlib>
+#include <string>
+#include <string_view>
 
-namespace platform {
+namespace vx {
 
-using std::getenv;
+// The value of a variable, or null. It belongs to the system.
+const char *environmentVariable(const char *name);
 
-// Replaces each %NAME% by the text of that environment variable. Case counts in names. The
-// reference to an unknown variable and a lone % stay as they stand. Writes at most `size` bytes,
-// the terminator included, and returns the size that the whole result needs; when that is more
-// than `size`, what was written is terminated but not whole.
-std::size_t ExpandEnvironmentStringsA(const char *text, char *out, std::size_t size);
+// The text with each %NAME% replaced by the value of that variable; case counts in names. The
+// reference to an unknown variable and a lone % stay. Throws std::bad_alloc.
+std::string expandEnvironment(std::string_view text);
 
-}  // namespace platform
+}  // namespace vx
 
 #endif

@@ -1,43 +1,66 @@
-// Files by descriptor, and what the system knows of a path. Path bytes go to the system as they
-// are. A failure is a negative result, or null.
+// Files, and what the system knows of a path. The bytes of a path go to the system as they are. A
+// call that a signal interrupts before it did anything is made again.
 
 #ifndef VX_PLATFORM_FILES_H
 #define VX_PLATFORM_FILES_H
 
 #include <cstddef>
-#include <sys/stat.h>
+#include <cstdint>
+#include <utility>
 
-namespace platform {
+namespace vx {
 
-// Flags and modes of _open and _sopen, in the numbers that their callers use.
-inline constexpr int _O_WRONLY = 0x0001;
-inline constexpr int _O_CREAT = 0x0100;
-inline constexpr int _O_BINARY = 0x8000;  // all files are binary here
-inline constexpr int _SH_DENYNO = 0x40;   // no sharing is ever restricted here
+// The functions on open files take the number that the C library knows a file by, which callers
+// may have opened themselves.
 
-int _open(const char *name, int flags);
-int _sopen(const char *name, int flags, int sharing, int permissions);
-int _close(int file);
+// The number of bytes transferred, which may fall short of `count`; -1 on failure.
+int readFile(int file, void *buffer, unsigned count);
+int writeFile(int file, const void *buffer, unsigned count);
 
-// The number of bytes transferred, which may fall short of `count`; -1 when the system refused.
-int _read(int file, void *buffer, unsigned count);
-int _write(int file, const void *buffer, unsigned count);
+// Moves to a position from the start of the file. False on failure.
+bool seekFile(int file, std::uint32_t position);
 
-// Moves to a position from the start of the file (`origin` 0) and returns it, or -1.
-long _lseek(int file, long position, int origin);
+// Bytes in the file, or -1.
+std::int64_t fileLength(int file);
 
-// The length of a file in bytes, or -1.
-long _filelength(int file);
+// 0, or what the C library returns on failure. The file is closed either way.
+int closeFile(int file);
 
-using Stat = struct stat;
-inline constexpr unsigned _S_IFMT = 0xF000;
-inline constexpr unsigned _S_IFREG = 0x8000;
-int _stat(const char *path, Stat *result);
+// A file that the library opened itself, closed with the object.
+class File {
+public:
+    explicit File(int file = -1) noexcept : file_(file) {}
+    ~File() { close(); }
+    File(File &&other) noexcept : file_(other.release()) {}
+    File &operator=(File &&other) noexcept {
+        if (this != &other) {
+            close();
+            file_ = other.release();
+        }
+        return *this;
+    }
 
-// The current directory as new heap text, or null. `buffer` is always null, and `least` the least
-// room to be had; a longer directory gets what it needs.
-char *_getcwd(char *buffer, std::size_t least);
+    // Open for reading, or for writing at the start; an existing file keeps its contents. Not
+    // open on failure.
+    static File openForReading(const char *path);
+    static File openForWriting(const char *path);
 
-}  // namespace platform
+    bool isOpen() const { return file_ >= 0; }
+    int get() const { return file_; }
+    int release() noexcept { return std::exchange(file_, -1); }
+    bool close() noexcept { return file_ < 0 || closeFile(release()) == 0; }
+
+private:
+    int file_;
+};
+
+bool pathExists(const char *path);
+bool isRegularFile(const char *path);
+
+// The current directory as new heap text, or null. The text is built in a block of `minSize` bytes
+// or more.
+char *currentDirectory(std::size_t minSize);
+
+}  // namespace vx
 
 #endif

@@ -15,7 +15,7 @@
 #ifndef VX_PLATFORM_REGISTRY_H
 #define VX_PLATFORM_REGISTRY_H
 
-namespace platform {
+namespace vx {
 
 enum RootKey { HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE };
 
@@ -62,6 +62,6 @@ int RegSetValueExA(HKEY key, const char *name, unsigned type, const unsigned cha
 // was before.
 int RegCloseKey(HKEY key);
 
-}  // namespace platform
+}  // namespace vx
 
 #endif

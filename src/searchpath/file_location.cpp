@@ -1,6 +1,6 @@
 // Finding a file along a list, along a category's merged list, or along plain text.
 
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 #include "platform/files.h"
 #include "searchpath/path_text.h"
 
@@ -12,17 +12,6 @@
 #include <cstring>
 
 namespace {
-
-bool exists(const char *path) {
-    platform::Stat status;
-    return platform::_stat(path, &status) >= 0;
-}
-
-bool isRegularFile(const char *path) {
-    platform::Stat status;
-    return platform::_stat(path, &status) >= 0 &&
-           (status.st_mode & platform::_S_IFMT) == platform::_S_IFREG;
-}
 
 void findLongest(VxSearchPath *list) {
     for (std::uint32_t i = 0; i < list->count; ++i) {
@@ -41,7 +30,7 @@ const char *walk(const VxSearchPath *list, const char *name, char *buffer) {
     for (std::uint32_t i = 0; i < list->count; ++i) {
         const std::size_t length = std::strlen(list->entries[i]);
         std::memcpy(tail - length, list->entries[i], length);
-        if (isRegularFile(tail - length)) return list->entries[i];
+        if (vx::isRegularFile(tail - length)) return list->entries[i];
     }
     return nullptr;
 }
@@ -50,13 +39,13 @@ const char *walk(const VxSearchPath *list, const char *name, char *buffer) {
 char testedPath[256];
 
 const char *testPath(const char *path) {
-    platform::_mbsnbcpy(testedPath, path, sizeof testedPath - 1);
+    vx::copyPrefix(testedPath, path, sizeof testedPath - 1);
     testedPath[sizeof testedPath - 1] = '\0';
-    return exists(testedPath) ? testedPath : nullptr;
+    return vx::pathExists(testedPath) ? testedPath : nullptr;
 }
 
 const char *testJoined(const char *directory, const char *name) {
-    platform::_mbsnbcpy(testedPath, directory, sizeof testedPath - 1);
+    vx::copyPrefix(testedPath, directory, sizeof testedPath - 1);
     testedPath[sizeof testedPath - 1] = '\0';
     const std::size_t length = std::strlen(testedPath);
     const std::size_t nameSize = std::strlen(name) + 1;
@@ -64,14 +53,14 @@ const char *testJoined(const char *directory, const char *name) {
         testedPath[length] = '/';
         std::memcpy(testedPath + length + 1, name, nameSize);
     }
-    return exists(testedPath) ? testedPath : nullptr;
+    return vx::pathExists(testedPath) ? testedPath : nullptr;
 }
 
 }  // namespace
 
 const char *vxSearchPathFind(VxSearchPath *list, const char *name, int category) {
     if (list == nullptr || name == nullptr) return nullptr;
-    if (vxPathIsAbsolute(name) != 0) return isRegularFile(name) ? name : nullptr;
+    if (vxPathIsAbsolute(name) != 0) return vx::isRegularFile(name) ? name : nullptr;
     if (list->longest == 0) findLongest(list);
     auto *buffer = static_cast<char *>(
         std::malloc(static_cast<std::size_t>(list->longest) + std::strlen(name) + 2));
@@ -94,11 +83,9 @@ const char *vxFindFile(const char *searchText, const char *name) {
     if (pieces == nullptr) return nullptr;
     std::strcpy(pieces, searchText);
     const char *found = nullptr;
-    char *rest = nullptr;
-    for (char *piece = platform::_mbstok(pieces, ';', &rest); piece != nullptr && found == nullptr;
-         piece = platform::_mbstok(nullptr, ';', &rest)) {
+    char *rest = pieces;
+    while (char *piece = found == nullptr ? vx::splitNext(rest, ';') : nullptr)
         found = testJoined(piece, name);
-    }
     std::free(pieces);
     return found != nullptr ? found : testPath(name);
 }

@@ -40,14 +40,13 @@ void drop(VxSearchPath *&list) {
 
 // The list of a registry key, named here with the place where its text goes.
 struct RegistryPlace {
-    platform::RootKey root;
+    vx::RootKey root;
     char key[260];
 };
 
 RegistryPlace placeOf(int category, int level) {
     RegistryPlace place;
-    place.root =
-        level == VX_LEVEL_USER ? platform::HKEY_CURRENT_USER : platform::HKEY_LOCAL_MACHINE;
+    place.root = level == VX_LEVEL_USER ? vx::HKEY_CURRENT_USER : vx::HKEY_LOCAL_MACHINE;
     std::snprintf(place.key, sizeof place.key, "%s%s%s%s%s", "Software\\", "Meridane", "\\",
                   "Vandermire",
                   category == VX_CATEGORY_TEXTURES ? "\\Texture Paths" : "\\Photometric Web Paths");
@@ -97,9 +96,9 @@ VxSearchPath *merged(int category) {
 
 void pathStoreBuild() {
     lists[VX_CATEGORY_TEXTURES][VX_LEVEL_ENVIRONMENT] =
-        vxSearchPathCreate(platform::getenv("ZOR_TEXTURE_PATH"));
+        vxSearchPathCreate(vx::environmentVariable("ZOR_TEXTURE_PATH"));
     lists[VX_CATEGORY_PHOTOMETRIC_WEBS][VX_LEVEL_ENVIRONMENT] =
-        vxSearchPathCreate(platform::getenv("ZOR_IES_PATH"));
+        vxSearchPathCreate(vx::environmentVariable("ZOR_IES_PATH"));
     for (const int category : {VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS}) {
         readRegistry(category, VX_LEVEL_MACHINE);
         readRegistry(category, VX_LEVEL_USER);

@@ -3,8 +3,7 @@
 
 #include "searchpath/path_text.h"
 
-#include "platform/character_class.h"
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
 #include <vxsearchpath.h>
 
@@ -81,12 +80,11 @@ void resolveParentComponents(char *path) {
 }  // namespace
 
 bool hasDrivePrefix(const char *path) {
-    return path[0] != '\0' && path[1] == ':' &&
-           platform::_ismbcalpha(static_cast<unsigned char>(path[0])) != 0;
+    return path[0] != '\0' && path[1] == ':' && vx::isLetter(static_cast<unsigned char>(path[0]));
 }
 
 void convertSeparators(char *path) {
-    const platform::CodePage &page = platform::currentCodePage();
+    const vx::CodePage &page = vx::currentCodePage();
     for (; *path != '\0'; path += page.step(path)) {
         if (*path == '\\') *path = '/';
     }

@@ -1,12 +1,13 @@
 #include "searchpath/registry_list.h"
 
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 #include "platform/environment.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 namespace {
 
@@ -20,12 +21,12 @@ struct Value {
     char data[kDataSize + 1];  // one more, for values that come without a terminator
 };
 
-bool fetch(platform::HKEY key, unsigned index, Value &value) {
+bool fetch(vx::HKEY key, unsigned index, Value &value) {
     unsigned nameSize = kNameSize;
     unsigned dataSize = kDataSize;
-    if (platform::RegEnumValueA(key, index, value.name, &nameSize, &value.type,
-                                reinterpret_cast<unsigned char *>(value.data),
-                                &dataSize) != platform::ERROR_SUCCESS) {
+    if (vx::RegEnumValueA(key, index, value.name, &nameSize, &value.type,
+                          reinterpret_cast<unsigned char *>(value.data),
+                          &dataSize) != vx::ERROR_SUCCESS) {
         return false;
     }
     value.data[dataSize] = '\0';
@@ -37,19 +38,20 @@ struct Record {
     char *text;
 };
 
+// New heap text, or null without memory.
 char *expanded(const char *text) {
-    char small[1];
-    const std::size_t size = platform::ExpandEnvironmentStringsA(text, small, sizeof small) + 1;
-    auto *result = static_cast<char *>(std::malloc(size));
-    if (result != nullptr) platform::ExpandEnvironmentStringsA(text, result, size);
-    return result;
+    try {
+        return ::strdup(vx::expandEnvironment(text).c_str());
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
 }
 
-std::size_t gather(platform::HKEY key, Record *records, bool *failed) {
+std::size_t gather(vx::HKEY key, Record *records, bool *failed) {
     std::size_t count = 0;
     Value value;
     for (unsigned index = 0; fetch(key, index, value); ++index) {
-        if (value.type != platform::REG_SZ || count == kMaxRecords) continue;
+        if (value.type != vx::REG_SZ || count == kMaxRecords) continue;
         char *text = expanded(value.data);
         if (text == nullptr) {
             *failed = true;
@@ -68,8 +70,8 @@ int byNumber(const void *left, const void *right) {
 }
 
 int byText(const void *left, const void *right) {
-    const int order = platform::_mbscmp(static_cast<const Record *>(left)->text,
-                                        static_cast<const Record *>(right)->text);
+    const int order = vx::compareText(static_cast<const Record *>(left)->text,
+                                      static_cast<const Record *>(right)->text);
     return order != 0 ? order : byNumber(left, right);
 }
 
@@ -79,7 +81,7 @@ std::size_t withoutRepeats(Record *records, std::size_t count) {
     std::qsort(records, count, sizeof *records, byText);
     std::size_t kept = 1;
     for (std::size_t i = 1; i < count; ++i) {
-        if (platform::_mbscmp(records[i].text, records[kept - 1].text) == 0) {
+        if (vx::compareText(records[i].text, records[kept - 1].text) == 0) {
             std::free(records[i].text);
         } else {
             records[kept++] = records[i];
@@ -111,37 +113,35 @@ char *join(const Record *records, std::size_t count, char separator) {
 
 }  // namespace
 
-char *vxRegistryReadList(platform::RootKey root, const char *key, char separator, bool *failed) {
-    platform::HKEY open = nullptr;
-    const int result = platform::RegOpenKeyExA(root, key, platform::KEY_READ, &open);
-    *failed = result != platform::ERROR_SUCCESS && result != platform::ERROR_FILE_NOT_FOUND;
-    if (result != platform::ERROR_SUCCESS) return nullptr;
+char *vxRegistryReadList(vx::RootKey root, const char *key, char separator, bool *failed) {
+    vx::HKEY open = nullptr;
+    const int result = vx::RegOpenKeyExA(root, key, vx::KEY_READ, &open);
+    *failed = result != vx::ERROR_SUCCESS && result != vx::ERROR_FILE_NOT_FOUND;
+    if (result != vx::ERROR_SUCCESS) return nullptr;
     Record records[kMaxRecords];
     const std::size_t count = withoutRepeats(records, gather(open, records, failed));
     char *text = join(records, count, separator);
     if (text == nullptr && count != 0) *failed = true;
-    platform::RegCloseKey(open);
+    vx::RegCloseKey(open);
     return text;
 }
 
-void vxRegistryWriteList(platform::RootKey root, const char *key, const VxSearchPath *list) {
-    constexpr unsigned kAccess = platform::KEY_READ | platform::KEY_WRITE;
-    platform::HKEY open = nullptr;
-    if (platform::RegOpenKeyExA(root, key, kAccess, &open) != platform::ERROR_SUCCESS &&
-        platform::RegCreateKeyExA(root, key, kAccess, &open) != platform::ERROR_SUCCESS) {
+void vxRegistryWriteList(vx::RootKey root, const char *key, const VxSearchPath *list) {
+    constexpr unsigned kAccess = vx::KEY_READ | vx::KEY_WRITE;
+    vx::HKEY open = nullptr;
+    if (vx::RegOpenKeyExA(root, key, kAccess, &open) != vx::ERROR_SUCCESS &&
+        vx::RegCreateKeyExA(root, key, kAccess, &open) != vx::ERROR_SUCCESS) {
         return;
     }
     Value value;
-    while (fetch(open, 0, value) &&
-           platform::RegDeleteValueA(open, value.name) == platform::ERROR_SUCCESS) {
+    while (fetch(open, 0, value) && vx::RegDeleteValueA(open, value.name) == vx::ERROR_SUCCESS) {
     }
     for (std::uint32_t i = 0; i < list->count; ++i) {
         char name[kNameSize];
         std::snprintf(name, sizeof name, "%d", static_cast<int>(i));
         const char *text = list->entries[i];
-        platform::RegSetValueExA(open, name, platform::REG_SZ,
-                                 reinterpret_cast<const unsigned char *>(text),
-                                 static_cast<unsigned>(std::strlen(text) + 1));
+        vx::RegSetValueExA(open, name, vx::REG_SZ, reinterpret_cast<const unsigned char *>(text),
+                           static_cast<unsigned>(std::strlen(text) + 1));
     }
-    platform::RegCloseKey(open);
+    vx::RegCloseKey(open);
 }

@@ -5,7 +5,7 @@
 
 #include "searchpath/search_path_list.h"
 
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 #include "platform/files.h"
 #include "searchpath/path_text.h"
 
@@ -50,7 +50,7 @@ bool nextSegment(const char *&text, Segment &segment) {
     while (*text == ';')
         ++text;
     if (*text == '\0') return false;
-    const char *end = platform::_mbschr(text, ';');
+    const char *end = vx::findCharacter(text, ';');
     if (end == nullptr) end = text + std::strlen(text);
     segment = {text, static_cast<std::size_t>(end - text)};
     text = end;
@@ -124,7 +124,7 @@ void shrink(VxSearchPath *list) {
 // The first remaining text that equals this one, taken out of its slot; null when there is none.
 char *takeEqual(char **remaining, std::uint32_t count, const char *text) {
     for (std::uint32_t i = 0; i < count; ++i) {
-        if (remaining[i] == nullptr || platform::_mbscmp(remaining[i], text) != 0) continue;
+        if (remaining[i] == nullptr || vx::compareText(remaining[i], text) != 0) continue;
         char *taken = remaining[i];
         remaining[i] = nullptr;
         return taken;
@@ -168,7 +168,7 @@ VxSearchPath *vxSearchPathCreate(const char *text) {
     if (text == nullptr) text = "";
     list->capacity = std::max(countSegments(text), kMinCapacity);
     list->entries = newEntries(list->capacity);
-    char *current = platform::_getcwd(nullptr, kMinDirectoryRoom);
+    char *current = vx::currentDirectory(kMinDirectoryRoom);
     // Without a current directory relative entries are dropped, but not for want of memory.
     const bool starved = current == nullptr && errno == ENOMEM;
     if (list->entries == nullptr || starved || !appendSegments(list, text, current)) {

@@ -1,6 +1,6 @@
 // The body of a string, its sharing, and everything that changes text.
 
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
 #include <vxstring.h>
 
@@ -260,7 +260,7 @@ VxString &VxString::toUpper() {
     char *const text = rep_->data;
     const int length = rep_->length;
     for (int i = 0; i < length; ++i)
-        text[i] = platform::uppered(text[i]);
+        text[i] = vx::uppered(text[i]);
     return *this;
 }
 
@@ -269,7 +269,7 @@ VxString &VxString::toLower() {
     char *const text = rep_->data;
     const int length = rep_->length;
     for (int i = 0; i < length; ++i)
-        text[i] = platform::lowered(text[i]);
+        text[i] = vx::lowered(text[i]);
     return *this;
 }
 

@@ -1,6 +1,6 @@
 // Searching, comparing and reading numbers: nothing here changes a string.
 
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
 #include <vxstring.h>
 
@@ -12,8 +12,8 @@
 
 namespace {
 
-using platform::lowered;
-using platform::uppered;
+using vx::lowered;
+using vx::uppered;
 
 std::size_t size(int n) {
     return static_cast<std::size_t>(n);

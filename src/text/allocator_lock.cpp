@@ -4,21 +4,21 @@
 
 namespace {
 
-platform::CriticalSection allocatorLock;
+vx::CriticalSection allocatorLock;
 bool allocatorLockExists;
 
 }  // namespace
 
 void allocatorLockCreate() {
     if (allocatorLockExists) return;
-    platform::InitializeCriticalSection(&allocatorLock);
+    vx::InitializeCriticalSection(&allocatorLock);
     allocatorLockExists = true;
 }
 
 AllocatorLockHolder::AllocatorLockHolder() {
-    platform::EnterCriticalSection(&allocatorLock);
+    vx::EnterCriticalSection(&allocatorLock);
 }
 
 AllocatorLockHolder::~AllocatorLockHolder() {
-    platform::LeaveCriticalSection(&allocatorLock);
+    vx::LeaveCriticalSection(&allocatorLock);
 }

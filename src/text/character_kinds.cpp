@@ -1,7 +1,6 @@
 // Characters taken from a text with their length.
 
-#include "platform/character_class.h"
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
 #include <vxtext.h>
 
@@ -9,14 +8,13 @@
 
 namespace {
 
-int lengthIf(const char *character, int (*isOfByteKind)(int), int (*isOfDoubleKind)(unsigned)) {
+int lengthIf(const char *character, int (*isOfByteKind)(int), bool (*isOfDoubleKind)(unsigned)) {
     const auto first = static_cast<unsigned char>(character[0]);
-    switch (platform::mblen(character, platform::__mb_cur_max)) {
+    switch (vx::characterLength(character, vx::kMaxCharacterBytes)) {
         case 1:
             return isOfByteKind(first) != 0 ? 1 : 0;
         case 2:
-            return isOfDoubleKind(first * 256U + static_cast<unsigned char>(character[1])) != 0 ? 2
-                                                                                                : 0;
+            return isOfDoubleKind(first * 256U + static_cast<unsigned char>(character[1])) ? 2 : 0;
         default:
             return 0;
     }
@@ -25,13 +23,13 @@ int lengthIf(const char *character, int (*isOfByteKind)(int), int (*isOfDoubleKi
 }  // namespace
 
 int vxCharIsDigit(const char *character) {
-    return lengthIf(character, std::isdigit, platform::_ismbcdigit);
+    return lengthIf(character, std::isdigit, vx::isDigit);
 }
 
 int vxCharIsAlpha(const char *character) {
-    return lengthIf(character, std::isalpha, platform::_ismbcalpha);
+    return lengthIf(character, std::isalpha, vx::isLetter);
 }
 
 int vxCharIsAlnum(const char *character) {
-    return lengthIf(character, std::isalnum, platform::_ismbcalnum);
+    return lengthIf(character, std::isalnum, vx::isLetterOrDigit);
 }

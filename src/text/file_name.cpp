@@ -1,7 +1,7 @@
 // File names taken apart. Every result lies in one buffer; what is moved into it may come from
 // it, so that one function can be called on the result of another.
 
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
 #include <vxtext.h>
 
@@ -16,7 +16,7 @@ char result[kMax + 1];
 // Puts at most `limit` bytes of a text into the result, at an index and as far as there is room,
 // and says where they end.
 std::size_t put(std::size_t at, const char *text, std::size_t limit = kMax) {
-    const std::size_t length = platform::lengthWithin(text, std::min(limit, kMax - at));
+    const std::size_t length = vx::prefixLength(text, std::min(limit, kMax - at));
     std::memmove(result + at, text, length);
     result[at + length] = '\0';
     return at + length;
@@ -48,9 +48,9 @@ const char *appendExtension(const char *extension) {
 }
 
 const char *lastComponent(const char *name) {
-    const char *backslash = platform::_mbsrchr(name, '\\');
+    const char *backslash = vx::findLastCharacter(name, '\\');
     const char *from = backslash != nullptr ? backslash : name;
-    const char *slash = platform::_mbsrchr(from, '/');
+    const char *slash = vx::findLastCharacter(from, '/');
     return slash != nullptr ? slash : from;
 }
 
@@ -58,14 +58,14 @@ const char *lastComponent(const char *name) {
 
 const char *vxFileStripExtension(const char *name) {
     if (name == nullptr) return nullptr;
-    return cutBefore(name, platform::_mbsrchr(name, '.'));
+    return cutBefore(name, vx::findLastCharacter(name, '.'));
 }
 
 const char *vxFileExtension(const char *name) {
     if (name == nullptr) return nullptr;
-    const char *dot = platform::_mbsrchr(name, '.');
-    if (dot == nullptr || platform::_mbsrchr(dot, '\\') != nullptr ||
-        platform::_mbsrchr(dot, '/') != nullptr) {
+    const char *dot = vx::findLastCharacter(name, '.');
+    if (dot == nullptr || vx::findLastCharacter(dot, '\\') != nullptr ||
+        vx::findLastCharacter(dot, '/') != nullptr) {
         return cutCopy("");
     }
     return cutCopy(dot + 1);
@@ -79,14 +79,14 @@ const char *vxFileAddExtension(const char *name, const char *extension) {
 
 const char *vxFileReplaceExtension(const char *name, const char *extension) {
     if (name == nullptr) return nullptr;
-    cutBefore(name, platform::_mbsrchr(lastComponent(name), '.'));
+    cutBefore(name, vx::findLastCharacter(lastComponent(name), '.'));
     return appendExtension(extension);
 }
 
 const char *vxFileBaseName(const char *name) {
     if (name == nullptr) return nullptr;
     for (const char separator : {'\\', '/', ':'}) {
-        const char *last = platform::_mbsrchr(name, separator);
+        const char *last = vx::findLastCharacter(name, separator);
         if (last != nullptr) return cutCopy(last + 1);
     }
     return cutCopy(name);
@@ -95,10 +95,10 @@ const char *vxFileBaseName(const char *name) {
 const char *vxFileDirectory(const char *name) {
     if (name == nullptr) return nullptr;
     for (const char separator : {'\\', '/'}) {
-        const char *last = platform::_mbsrchr(name, separator);
+        const char *last = vx::findLastCharacter(name, separator);
         if (isWithin(last, name, kMax)) return prefix(name, static_cast<std::size_t>(last - name));
     }
-    const char *colon = platform::_mbsrchr(name, ':');
+    const char *colon = vx::findLastCharacter(name, ':');
     if (isWithin(colon, name, kMax - 1)) {
         return prefix(name, static_cast<std::size_t>(colon - name) + 1);
     }

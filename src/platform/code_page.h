@@ -1,20 +1,20 @@
-// The multibyte code page of the process and the text services that follow it.
+// The multibyte code page of the process and the text functions that follow it.
 //
-// The page is that of the LC_CTYPE locale at the time of each call: 932, 936, 949 or 950 where
-// the locale's character set is one of these, else a single-byte page, UTF-8 included, in which
-// all services work on plain bytes.
+// The page is that of the LC_CTYPE locale at the time of each call: 932, 936, 949 or 950 where the
+// character set of the locale is one of these. Any other set, UTF-8 included, is a single-byte
+// page, in which all functions here work on plain bytes.
 //
 // In a double-byte page a lead byte and a trail byte together are one character. A lead byte
-// without a trail byte behind it is an invalid sequence; all services here step over it as one
-// byte, so that none of them runs past the terminator.
+// without a trail byte is an invalid sequence. All functions here step over it as one byte, so
+// that none of them runs past the terminator.
 
-#ifndef VX_PLATFORM_CODEPAGE_H
-#define VX_PLATFORM_CODEPAGE_H
+#ifndef VX_PLATFORM_CODE_PAGE_H
+#define VX_PLATFORM_CODE_PAGE_H
 
 #include <array>
 #include <cstddef>
 
-namespace platform {
+namespace vx {
 
 class CodePage {
 public:
@@ -35,10 +35,10 @@ public:
     constexpr bool isLead(char byte) const { return (kinds_[index(byte)] & kLead) != 0; }
     constexpr bool isTrail(char byte) const { return (kinds_[index(byte)] & kTrail) != 0; }
 
-    // Is there a character of two bytes at this place of a terminated text.
+    // Is there a character of two bytes at this place of a terminated text?
     constexpr bool isDouble(const char *at) const { return isLead(at[0]) && isTrail(at[1]); }
 
-    // How far it is to the next character; not to be asked at the terminator.
+    // Bytes to the next character. REQUIRES: *at is not the terminator.
     constexpr std::size_t step(const char *at) const { return isDouble(at) ? 2 : 1; }
 
 private:
@@ -58,24 +58,24 @@ private:
 
 const CodePage &currentCodePage();
 
-// The greatest length of a character in bytes, for the second argument of mblen.
-inline constexpr std::size_t __mb_cur_max = 2;
+// The longest character of any page, in bytes.
+inline constexpr std::size_t kMaxCharacterBytes = 2;
 
-// Byte length of the character at a place of which at most `limit` bytes count: 1 or 2, 0 at the
+// Bytes of the character at the start of a text of at most `limit` bytes: 1 or 2, 0 at the
 // terminator, -1 for an invalid sequence.
-int mblen(const char *text, std::size_t limit);
+int characterLength(const char *text, std::size_t limit);
 
-// The other case of a character code. Only A to Z and a to z have one, in every page; all other
-// codes come back as they are, a byte of 0x80 or above widened as a signed char among them.
-constexpr unsigned _mbctolower(unsigned character) {
-    return character - 'A' < 26 ? character + ('a' - 'A') : character;
-}
-constexpr unsigned _mbctoupper(unsigned character) {
-    return character - 'a' < 26 ? character - ('a' - 'A') : character;
+// Classes of character codes: a single byte, or lead byte x 256 + trail byte. They are those of
+// the LC_CTYPE locale, but a digit is a decimal digit of either width and never a letter. A lead
+// byte alone and two bytes that are not a character have no class.
+bool isLetter(unsigned code);
+bool isDigit(unsigned code);
+inline bool isLetterOrDigit(unsigned code) {
+    return isLetter(code) || isDigit(code);
 }
 
-// The low byte of what these two give for a byte widened as a signed char. Being the same in every
-// page it can be taken in a loop over a text, which compilers turn into vector code.
+// The other case of a byte. Only A to Z and a to z have one, in every page, so compilers turn a
+// loop over a text into vector code.
 constexpr char lowered(char byte) {
     const bool isUpper = static_cast<unsigned char>(byte - 'A') < 26;
     return static_cast<char>(byte | (isUpper ? 0x20 : 0));
@@ -86,26 +86,25 @@ constexpr char uppered(char byte) {
 }
 
 // The first occurrence of a single-byte character, which may be the terminator; null without one.
-const char *_mbschr(const char *text, char character);
+const char *findCharacter(const char *text, char character);
 
 // The last occurrence of a single-byte character other than the terminator; null without one.
-const char *_mbsrchr(const char *text, char character);
+const char *findLastCharacter(const char *text, char character);
 
 // Order of two texts by the codes of their characters: negative, 0 or positive.
-int _mbscmp(const char *left, const char *right);
+int compareText(const char *left, const char *right);
 
-// The bytes of the whole characters among the first `limit` bytes of a text.
-std::size_t lengthWithin(const char *text, std::size_t limit);
+// Bytes of the complete characters among the first `limit` bytes of a text.
+std::size_t prefixLength(const char *text, std::size_t limit);
 
-// Copies at most `limit` bytes, never half a character, and fills what is left of those bytes
-// with zeros. A text that reaches the limit is not terminated.
-char *_mbsnbcpy(char *to, const char *from, std::size_t limit);
+// Copies at most `limit` bytes, never half a character, and fills the rest of those bytes with
+// zeros. A text that reaches the limit is not terminated.
+void copyPrefix(char *to, const char *from, std::size_t limit);
 
 // Splits a text in place: terminates the next piece between runs of the separator and returns it,
-// null when none is left. `text` is null but for the first call; `rest` keeps the position, so
-// that nothing is shared between callers.
-char *_mbstok(char *text, char separator, char **rest);
+// null when none is left. `rest` is the text at first and keeps the position from call to call.
+char *splitNext(char *&rest, char separator);
 
-}  // namespace platform
+}  // namespace vx
 
 #endif

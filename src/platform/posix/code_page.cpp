@@ -1,9 +1,12 @@
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
+#include <cctype>
 #include <cstring>
+#include <cwchar>
+#include <cwctype>
 #include <langinfo.h>
 
-namespace platform {
+namespace vx {
 
 namespace {
 
@@ -46,6 +49,34 @@ unsigned characterAt(const CodePage &page, const char *&at) {
     return first * 256U + second;
 }
 
+// The wide character of a double-byte code, WEOF for a code that has none.
+std::wint_t wideOf(unsigned code) {
+    const char bytes[] = {static_cast<char>(code >> 8), static_cast<char>(code)};
+    std::mbstate_t state{};
+    wchar_t wide = 0;
+    if (std::mbrtowc(&wide, bytes, sizeof bytes, &state) != sizeof bytes) return WEOF;
+    return static_cast<std::wint_t>(wide);
+}
+
+bool isFullWidthDigit(std::wint_t wide) {
+    return wide >= 0xFF10 && wide <= 0xFF19;
+}
+
+bool isByte(unsigned code) {
+    return code <= 255;
+}
+
+// The C library calls every digit beyond ASCII a letter.
+bool isDoubleLetter(unsigned code) {
+    const std::wint_t wide = wideOf(code);
+    return std::iswalpha(wide) != 0 && !isFullWidthDigit(wide);
+}
+
+bool isByteOf(unsigned code, int (*isOfClass)(int)) {
+    return !currentCodePage().isLead(static_cast<char>(code)) &&
+           isOfClass(static_cast<int>(code)) != 0;
+}
+
 }  // namespace
 
 const CodePage &currentCodePage() {
@@ -58,7 +89,7 @@ const CodePage &currentCodePage() {
     return kSingleByte;
 }
 
-int mblen(const char *text, std::size_t limit) {
+int characterLength(const char *text, std::size_t limit) {
     if (limit == 0) return -1;
     if (*text == '\0') return 0;
     const CodePage &page = currentCodePage();
@@ -66,7 +97,15 @@ int mblen(const char *text, std::size_t limit) {
     return limit >= 2 && page.isTrail(text[1]) ? 2 : -1;
 }
 
-const char *_mbschr(const char *text, char character) {
+bool isLetter(unsigned code) {
+    return isByte(code) ? isByteOf(code, std::isalpha) : isDoubleLetter(code);
+}
+
+bool isDigit(unsigned code) {
+    return isByte(code) ? isByteOf(code, std::isdigit) : isFullWidthDigit(wideOf(code));
+}
+
+const char *findCharacter(const char *text, char character) {
     const CodePage &page = currentCodePage();
     // No single-byte character below the lowest trail byte can be half of another one.
     if (page.number() == 0 || !page.isTrail(character)) return std::strchr(text, character);
@@ -76,7 +115,7 @@ const char *_mbschr(const char *text, char character) {
     return nullptr;
 }
 
-const char *_mbsrchr(const char *text, char character) {
+const char *findLastCharacter(const char *text, char character) {
     const CodePage &page = currentCodePage();
     if (!page.isTrail(character)) return std::strrchr(text, character);
     const char *last = nullptr;
@@ -86,7 +125,7 @@ const char *_mbsrchr(const char *text, char character) {
     return last;
 }
 
-int _mbscmp(const char *left, const char *right) {
+int compareText(const char *left, const char *right) {
     const CodePage &page = currentCodePage();
     if (page.number() == 0) return std::strcmp(left, right);
     unsigned one = 0;
@@ -98,7 +137,7 @@ int _mbscmp(const char *left, const char *right) {
     return one < other ? -1 : one > other;
 }
 
-std::size_t lengthWithin(const char *text, std::size_t limit) {
+std::size_t prefixLength(const char *text, std::size_t limit) {
     const CodePage &page = currentCodePage();
     if (page.number() == 0) return ::strnlen(text, limit);
     std::size_t length = 0;
@@ -110,29 +149,25 @@ std::size_t lengthWithin(const char *text, std::size_t limit) {
     return length;
 }
 
-char *_mbsnbcpy(char *to, const char *from, std::size_t limit) {
-    const std::size_t length = lengthWithin(from, limit);
+void copyPrefix(char *to, const char *from, std::size_t limit) {
+    const std::size_t length = prefixLength(from, limit);
     std::memcpy(to, from, length);
     std::memset(to + length, 0, limit - length);
-    return to;
 }
 
-char *_mbstok(char *text, char separator, char **rest) {
-    if (text == nullptr) text = *rest;
-    while (*text == separator)
-        ++text;
-    if (*text == '\0') {
-        *rest = text;
-        return nullptr;
-    }
-    char *end = const_cast<char *>(_mbschr(text, separator));
-    if (end == nullptr) {
-        *rest = text + std::strlen(text);
-    } else {
+char *splitNext(char *&rest, char separator) {
+    char *piece = rest;
+    while (*piece == separator)
+        ++piece;
+    rest = piece;
+    if (*piece == '\0') return nullptr;
+    if (auto *end = const_cast<char *>(findCharacter(piece, separator)); end != nullptr) {
         *end = '\0';
-        *rest = end + 1;
+        rest = end + 1;
+    } else {
+        rest += std::strlen(piece);
     }
-    return text;
+    return piece;
 }
 
-}  // namespace platform
+}  // namespace vx

@@ -1,7 +1,7 @@
 #include "platform/registry.h"
 
 #include "platform/environment.h"
-#include "platform/registry_file.h"
+#include "platform/posix/registry_file.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform {
+namespace vx {
 
 namespace {
 
@@ -39,7 +39,7 @@ private:
 };
 
 const char *nonEmpty(const char *name) {
-    const char *value = getenv(name);
+    const char *value = environmentVariable(name);
     return value != nullptr && *value != '\0' ? value : nullptr;
 }
 
@@ -318,4 +318,4 @@ int RegCloseKey(HKEY key) {
     return guarded([&] { return closing->save(); });
 }
 
-}  // namespace platform
+}  // namespace vx

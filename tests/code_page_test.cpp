@@ -1,10 +1,9 @@
 // The multibyte services, in a single-byte page and in page 932, where a trail byte may be a
 // backslash.
 
-#include "platform/codepage.h"
+#include "platform/code_page.h"
 
 #include "in_locale.h"
-#include "platform/character_class.h"
 
 #include <clocale>
 #include <cstring>
@@ -13,12 +12,11 @@
 
 namespace {
 
-using platform::__mb_cur_max;
-using platform::_mbschr;
-using platform::_mbscmp;
-using platform::_mbsnbcpy;
-using platform::_mbstok;
-using platform::currentCodePage;
+using vx::compareText;
+using vx::copyPrefix;
+using vx::currentCodePage;
+using vx::findCharacter;
+using vx::kMaxCharacterBytes;
 
 class InPage932 : public testing::Test {
 protected:
@@ -33,8 +31,8 @@ TEST(CodePage, IsSingleByteInOtherLocales) {
     for (const char *name : {"C", "C.UTF-8"}) {
         ASSERT_NE(std::setlocale(LC_CTYPE, name), nullptr);
         EXPECT_EQ(currentCodePage().number(), 0);
-        EXPECT_EQ(platform::mblen(SO, __mb_cur_max), 1);
-        EXPECT_STREQ(_mbschr(SO "x", '\\'), "\\x");
+        EXPECT_EQ(vx::characterLength(SO, kMaxCharacterBytes), 1);
+        EXPECT_STREQ(findCharacter(SO "x", '\\'), "\\x");
     }
     std::setlocale(LC_CTYPE, "C");
 }
@@ -62,51 +60,53 @@ TEST(CodePage, DoubleByteCharactersHaveTheirBytes) {
             const int lead = code >> 8, trail = code & 0xFF;
             const char bytes[] = {static_cast<char>(lead), static_cast<char>(trail)};
             const int length = !holds(page.leads, lead) ? 1 : holds(page.trails, trail) ? 2 : -1;
-            ASSERT_EQ(platform::mblen(bytes, __mb_cur_max), length) << page.locale << ' ' << code;
+            ASSERT_EQ(vx::characterLength(bytes, kMaxCharacterBytes), length)
+                << page.locale << ' ' << code;
         }
     }
 }
 
 TEST_F(InPage932, CharactersHaveOneOrTwoBytes) {
     EXPECT_EQ(currentCodePage().number(), 932);
-    EXPECT_EQ(platform::mblen("a", __mb_cur_max), 1);
-    EXPECT_EQ(platform::mblen("", __mb_cur_max), 0);
-    EXPECT_EQ(platform::mblen(SO, __mb_cur_max), 2);
-    EXPECT_EQ(platform::mblen(SO, 1), -1);
-    EXPECT_EQ(platform::mblen("\x83", __mb_cur_max), -1);   // the terminator is no trail byte
-    EXPECT_EQ(platform::mblen("\x83/", __mb_cur_max), -1);  // nor is a slash
-    EXPECT_EQ(platform::mblen("\xB1", __mb_cur_max), 1);    // a single-byte letter
+    EXPECT_EQ(vx::characterLength("a", kMaxCharacterBytes), 1);
+    EXPECT_EQ(vx::characterLength("", kMaxCharacterBytes), 0);
+    EXPECT_EQ(vx::characterLength(SO, kMaxCharacterBytes), 2);
+    EXPECT_EQ(vx::characterLength(SO, 1), -1);
+    EXPECT_EQ(vx::characterLength("\x83", kMaxCharacterBytes),
+              -1);  // the terminator is no trail byte
+    EXPECT_EQ(vx::characterLength("\x83/", kMaxCharacterBytes), -1);  // nor is a slash
+    EXPECT_EQ(vx::characterLength("\xB1", kMaxCharacterBytes), 1);    // a single-byte letter
 }
 
 TEST_F(InPage932, SearchesNeverMatchHalfACharacter) {
-    EXPECT_STREQ(_mbschr(SO "\\x", '\\'), "\\x");
-    EXPECT_EQ(_mbschr(SO, '\\'), nullptr);
-    EXPECT_STREQ(_mbschr("a" SO, '\0'), "");
+    EXPECT_STREQ(findCharacter(SO "\\x", '\\'), "\\x");
+    EXPECT_EQ(findCharacter(SO, '\\'), nullptr);
+    EXPECT_STREQ(findCharacter("a" SO, '\0'), "");
 }
 
 TEST_F(InPage932, ComparesByCharacterCode) {
-    EXPECT_EQ(_mbscmp(SO "a", SO "a"), 0);
-    EXPECT_LT(_mbscmp("\xB1", SO), 0);  // code B1 against 835C, though byte B1 is above byte 83
-    EXPECT_LT(_mbscmp(SO, SO "a"), 0);
-    EXPECT_GT(_mbscmp("b", "a" SO), 0);
+    EXPECT_EQ(compareText(SO "a", SO "a"), 0);
+    EXPECT_LT(compareText("\xB1", SO), 0);  // code B1 against 835C, though byte B1 is above byte 83
+    EXPECT_LT(compareText(SO, SO "a"), 0);
+    EXPECT_GT(compareText("b", "a" SO), 0);
 }
 
 TEST_F(InPage932, CopiesWholeCharactersAndFillsUp) {
     char buffer[8];
     std::memset(buffer, '#', sizeof buffer);
-    _mbsnbcpy(buffer, "ab" SO "c", 3);
+    copyPrefix(buffer, "ab" SO "c", 3);
     EXPECT_EQ(std::string(buffer, 4), std::string("ab\0#", 4));
-    _mbsnbcpy(buffer, "ab" SO "c", 4);
+    copyPrefix(buffer, "ab" SO "c", 4);
     EXPECT_EQ(std::string(buffer, 5), "ab" SO "#");
 }
 
 TEST_F(InPage932, SplitsAtSeparators) {
     char text[] = ";;a" SO ";;b;";
-    char *rest = nullptr;
-    EXPECT_STREQ(_mbstok(text, ';', &rest), "a" SO);
-    EXPECT_STREQ(_mbstok(nullptr, ';', &rest), "b");
-    EXPECT_EQ(_mbstok(nullptr, ';', &rest), nullptr);
-    EXPECT_EQ(_mbstok(nullptr, ';', &rest), nullptr);
+    char *rest = text;
+    EXPECT_STREQ(vx::splitNext(rest, ';'), "a" SO);
+    EXPECT_STREQ(vx::splitNext(rest, ';'), "b");
+    EXPECT_EQ(vx::splitNext(rest, ';'), nullptr);
+    EXPECT_EQ(vx::splitNext(rest, ';'), nullptr);
 }
 
 TEST_F(InPage932, CodesHaveClasses) {
@@ -117,9 +117,9 @@ TEST_F(InPage932, CodesHaveClasses) {
     for (const Case &test :
          {Case{'a', 1, 0}, Case{'7', 0, 1}, Case{'_', 0, 0}, Case{0x83, 0, 0}, Case{0x835C, 1, 0},
           Case{0x8258, 0, 1}, Case{0x8140, 0, 0}, Case{0x8320, 0, 0}}) {
-        EXPECT_EQ(platform::_ismbcalpha(test.code), test.alpha) << test.code;
-        EXPECT_EQ(platform::_ismbcdigit(test.code), test.digit) << test.code;
-        EXPECT_EQ(platform::_ismbcalnum(test.code), test.alpha | test.digit) << test.code;
+        EXPECT_EQ(vx::isLetter(test.code), test.alpha) << test.code;
+        EXPECT_EQ(vx::isDigit(test.code), test.digit) << test.code;
+        EXPECT_EQ(vx::isLetterOrDigit(test.code), test.alpha | test.digit) << test.code;
     }
 }
 

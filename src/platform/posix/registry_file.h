@@ -21,7 +21,7 @@
 #include <string_view>
 #include <vector>
 
-namespace platform {
+namespace vx {
 
 struct RegistryValue {
     std::string name;
@@ -70,6 +70,6 @@ private:
     std::string lineEnd_ = "\n";
 };
 
-}  // namespace platform
+}  // namespace vx
 
 #endif

@@ -1,18 +1,15 @@
-#include "platform/registry_file.h"
+#include "platform/posix/registry_file.h"
 
+#include "platform/code_page.h"
 #include "platform/registry.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <utility>
 
-namespace platform {
+namespace vx {
 
 namespace {
-
-char lowered(char byte) {
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-}
 
 bool sameName(std::string_view one, std::string_view other) {
     return std::equal(one.begin(), one.end(), other.begin(), other.end(),
@@ -345,4 +342,4 @@ std::string RegistryFile::formatted(const RegistryValue &value) const {
     return line + lineEnd_;
 }
 
-}  // namespace platform
+}  // namespace vx
