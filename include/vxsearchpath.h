@@ -171,7 +171,10 @@ enum {
     VX_LEVEL_MERGED = 0,
     VX_LEVEL_USER = 1,
     VX_LEVEL_MACHINE = 2,
-    VX_LEVEL_ENVIRONMENT = 3
+    VX_LEVEL_ENVIRONMENT = 3,
+
+    VX_STORED_LIST_ENTRIES = 128, /* entries that are read of a stored list */
+    VX_STORED_ENTRY_LENGTH = 259  /* bytes of the longest entry that is read, without terminator */
 };
 
 /*

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -192,6 +193,11 @@ int __wrap_close(int file) {
 int __real_flock(int file, int operation);
 int __wrap_flock(int file, int operation) {
     return strikes(faults::kLock, "flock") ? -1 : __real_flock(file, operation);
+}
+
+// Waiting takes no time here.
+int __wrap_nanosleep(const timespec *, timespec *) {
+    return 0;
 }
 
 // As with close, the stream is gone whatever the result.

@@ -16,6 +16,7 @@
 #include <clocale>
 #include <cstdarg>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -272,11 +273,13 @@ TEST_F(Faults, ListsStaySound) {
         VxSearchPath *list = vxSearchPathCreate("/a;b;/c;/d;/e");
         VxSearchPath *other = vxSearchPathCreate("/x;/c;/y");
         if (list != nullptr && other != nullptr) {
-            const std::string rest = ";" + fs::current_path().string() + "/b;/c;/d;/e";
+            // Without a current directory the relative entry is dropped.
+            const std::string relative = ";" + fs::current_path().string() + "/b";
+            const std::string rest = (list->count == 5 ? relative : "") + ";/c;/d;/e";
             std::string expected = vxSearchPathInsert(list, 0, "/new") != 0 ? "/new;/a" : "/a";
             expected += rest;
             vxSearchPathPrepend(list, other);
-            if (list->count > 6) {  // the source in front, and what repeats it taken out
+            if (std::strcmp(list->entries[0], "/x") == 0) {  // the source in front, and what repeats it taken out
                 expected.erase(expected.find(";/c;"), 3);
                 expected.insert(0, "/x;/c;/y;");
             }
@@ -326,12 +329,12 @@ protected:
     }
     // A life of the store in which the user's texture list gets an entry in front.
     static void live(const char *entry) {
-        pathStoreBuild();
+        vx::buildPathStore();
         VxSearchPath *list = vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_USER);
         if (list != nullptr) vxSearchPathInsert(list, 0, entry);
         vxPathStoreSet(VX_CATEGORY_TEXTURES, VX_LEVEL_USER, list);
         vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_MERGED);
-        pathStoreTearDown();
+        vx::tearDownPathStore();
     }
     void restore(const std::string &text) const {
         for (const auto &entry : fs::directory_iterator(folder_))
@@ -417,7 +420,7 @@ TEST_F(SettingsFaults, AnUnreadListIsReadAgain) {
     for (const bool replaced : {false, true}) {
         restore(before_);
         faults::arm(faults::kRead, 1, true, Effect::kRefuse);
-        pathStoreBuild();
+        vx::buildPathStore();
         faults::disarm();
         VxSearchPath *mine = vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_USER);
         EXPECT_EQ(mine->count, 0U);
@@ -427,7 +430,7 @@ TEST_F(SettingsFaults, AnUnreadListIsReadAgain) {
         vxPathStoreSet(VX_CATEGORY_TEXTURES, VX_LEVEL_USER, other);
         faults::disarm();
         vxSearchPathInsert(mine, 0, "/b");
-        pathStoreTearDown();
+        vx::tearDownPathStore();
         vxSearchPathFree(other);
         const std::string text = read("user.reg");
         EXPECT_EQ(text == after_, !replaced) << text;

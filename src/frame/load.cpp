@@ -41,7 +41,7 @@ constexpr Step kSequence[] = {
     {[] { wideStreams.hold(); }, [] { wideStreams.release(); }},
     {allocatorLockCreate, nullptr},
     {streamMapBuild, streamMapTearDown},
-    {pathStoreBuild, pathStoreTearDown},
+    {vx::buildPathStore, vx::tearDownPathStore},
 };
 
 [[gnu::constructor]] void load() {
