@@ -279,7 +279,8 @@ TEST_F(Faults, ListsStaySound) {
             std::string expected = vxSearchPathInsert(list, 0, "/new") != 0 ? "/new;/a" : "/a";
             expected += rest;
             vxSearchPathPrepend(list, other);
-            if (std::strcmp(list->entries[0], "/x") == 0) {  // the source in front, and what repeats it taken out
+            if (std::strcmp(list->entries[0], "/x") ==
+                0) {  // the source in front, and what repeats it taken out
                 expected.erase(expected.find(";/c;"), 3);
                 expected.insert(0, "/x;/c;/y;");
             }

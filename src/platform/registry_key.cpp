@@ -30,10 +30,11 @@ void RegistryKey::set(RegistryValue value) {
     values_[index] = std::move(value);
     if (places_.size() == values_.size()) return;
     // A person may have written a name twice.
-    const auto repeats = std::ranges::remove_if(
-        values_.begin() + static_cast<std::ptrdiff_t>(index) + 1, values_.end(),
-        [&](const RegistryValue &other) { return foldedName(other.name) == name; });
-    values_.erase(repeats.begin(), repeats.end());
+    const auto isRepeat = [&](const RegistryValue &other) {
+        return foldedName(other.name) == name;
+    };
+    const auto next = values_.begin() + static_cast<std::ptrdiff_t>(index) + 1;
+    values_.erase(std::remove_if(next, values_.end(), isRepeat), values_.end());
     places_.clear();
 }
 

@@ -47,8 +47,8 @@ void removeRepeats(std::vector<Entry> &entries) {
         const int order = compareText(one.text.c_str(), other.text.c_str());
         return order != 0 ? order < 0 : one.number < other.number;
     });
-    const auto repeats = std::ranges::unique(entries, {}, &Entry::text);
-    entries.erase(repeats.begin(), repeats.end());
+    const auto isRepeat = [](const Entry &one, const Entry &next) { return one.text == next.text; };
+    entries.erase(std::unique(entries.begin(), entries.end(), isRepeat), entries.end());
     std::ranges::stable_sort(entries, {}, &Entry::number);
 }
 
@@ -59,7 +59,8 @@ std::string readRegistryList(Registry &registry, const std::string &path) {
     removeRepeats(entries);
     std::string text;
     for (const Entry &entry : entries)
-        text += (text.empty() ? "" : ";") + entry.text;
+        text += entry.text + ";";
+    if (!text.empty()) text.pop_back();
     return text;
 }
 
