@@ -17,6 +17,7 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -24,6 +25,7 @@
 #include <iterator>
 #include <set>
 #include <string>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -437,6 +439,28 @@ TEST_F(SettingsFaults, AnUnreadListIsReadAgain) {
         EXPECT_EQ(text == after_, !replaced) << text;
         EXPECT_EQ(text.find("\"1\"=\"/other\"") != std::string::npos, replaced) << text;
     }
+}
+
+TEST_F(SettingsFaults, AnUnchangedListIsReadTwiceAndNeverLockedOrWritten) {
+    faults::resetCounts();
+    for (const int reads : {2, 4}) {  // of the two files
+        reads == 2 ? vx::buildPathStore() : vx::tearDownPathStore();
+        EXPECT_EQ(faults::count(faults::kOpen), reads);
+        EXPECT_EQ(faults::count(faults::kRead), reads);
+    }
+    EXPECT_EQ(faults::count(faults::kLock | faults::kWrite), 0);
+}
+
+// A stopped process may hold the lock for ever.
+TEST_F(SettingsFaults, ALockThatIsNotGivenBackIsGivenUp) {
+    restore(before_);
+    std::ofstream(folder_ / "user.reg.lock");
+    const int lock = ::open((folder_ / "user.reg.lock").c_str(), O_WRONLY);
+    ASSERT_EQ(::flock(lock, LOCK_EX), 0);
+    live("/b");
+    EXPECT_EQ(read("user.reg"), before_);
+    ::close(lock);
+    expectGoodForTheNext();
 }
 
 // What is renamed into place has reached the disk.

@@ -3,15 +3,19 @@
 
 #include <vxsearchpath.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -336,6 +340,46 @@ TEST_F(Store, WhatIsNoFileIsLeftAlone) {
     }
     EXPECT_TRUE(fs::is_directory(folder_ / "user.reg"));
     EXPECT_TRUE(fs::is_fifo(folder_ / "machine.reg"));
+}
+
+// Takes all locks that another user can get, and stops with them.
+[[noreturn]] void holdLocks(const fs::path &folder) {
+    if (::setegid(65534) != 0 || ::seteuid(65534) != 0) ::_exit(1);
+    std::vector<fs::path> paths = {folder};
+    for (const auto &entry : fs::directory_iterator(folder))
+        paths.push_back(entry.path());
+    for (const fs::path &path : paths) {
+        for (const int mode : {O_RDWR, O_WRONLY, O_RDONLY}) {
+            const int file = ::open(path.c_str(), mode);
+            struct flock record = {};
+            record.l_type = mode == O_RDONLY ? F_RDLCK : F_WRLCK;
+            ::flock(file, LOCK_EX | LOCK_NB);
+            ::fcntl(file, F_SETLK, &record);
+        }
+    }
+    ::raise(SIGSTOP);
+    ::_exit(0);
+}
+
+TEST_F(Store, NobodyElseCanHoldTheLock) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+    const auto save = [this](const char *entry) {
+        const Library library;
+        for (const int level : {VX_LEVEL_USER, VX_LEVEL_MACHINE})
+            library.insert(library.get(1, level), 0, entry);
+    };
+    write("user.reg.lock", "");  // as readable as the umask allows
+    save("/a");
+    const pid_t child = ::fork();
+    if (child == 0) holdLocks(folder_);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, WUNTRACED), child);
+    EXPECT_TRUE(WIFSTOPPED(status));
+    save("/b");
+    for (const char *file : {"user.reg", "machine.reg"})
+        EXPECT_NE(read(file).find("\"/b\""), std::string::npos) << file;
+    ::kill(child, SIGKILL);
+    ::waitpid(child, &status, 0);
 }
 
 TEST_F(Store, ProcessesTakeTurns) {
