@@ -119,8 +119,9 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(self.run_tool('paths', '--category', 'web', ZOR_IES_PATH=str(self.folder)),
                          f'web, merged\n   0  {self.folder}  (environment)\n'
                          '   1  /lamps/%"\xe4"  (user)  no such directory\n')
-        raw = os.fsencode(self.paths('--level', 'environment', ZOR_TEXTURE_PATH='/\udcff\n')[0][0])
-        self.assertEqual(raw, b'/\xff\n')
+        lists = json.loads(self.run_tool('paths', '--json', '--level', 'environment', ZOR_TEXTURE_PATH='/\udcff\n'))
+        self.assertEqual(lists[0]['directories'],
+                         [{'path': '/\ufffd\n', 'path_hex': '2fff0a', 'level': 'environment', 'exists': False}])
 
     def test_paths_that_cannot_be_kept(self):
         self.run_tool('paths', 'add', '/a')
@@ -256,7 +257,7 @@ class ToolTest(unittest.TestCase):
             (self.folder / 'file').write_bytes(data)
             self.run_tool('image', 'check', 'file', code=1, error=error)
         os.mkfifo(self.folder / 'pipe')
-        for name, error in (('none', 'none: No such file'), ('.', 'a directory'), ('pipe', 'pipe: is no regular')):
+        for name, error in (('none', 'none: No such file'), ('.', 'a directory'), ('pipe', 'pipe: is not a regular')):
             for command in (['info', name], ['check', name], ['convert', name, 'out']):
                 self.run_tool('image', *command, code=1, error=error)
 
