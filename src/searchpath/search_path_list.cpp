@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -80,18 +81,23 @@ char *newDirectory(std::string_view current, std::string_view path, std::string_
 }
 
 // Fills a list whose array has room for every segment; false without memory.
-bool appendSegments(VxSearchPath *list, const char *text, const char *current, bool *isComplete) {
+bool appendSegments(VxSearchPath *list, const char *text, bool *isComplete) {
+    std::unique_ptr<char, decltype(&std::free)> current(nullptr, std::free);
     for (;;) {
         const std::string_view segment = nextSegment(text);
         if (segment.empty()) return true;
         // A semicolon has no part in what makes a path absolute.
         const bool isAbsolute = vxPathIsAbsolute(segment.data()) != 0;
         if (!isAbsolute && current == nullptr) {
+            current.reset(vx::currentDirectory(kMinDirectoryBytes));
+        }
+        if (!isAbsolute && current == nullptr) {
             *isComplete = false;
             continue;
         }
         const bool isDrive = segment.size() == 2 && vx::hasDrivePrefix(segment.data());
-        char *directory = newDirectory(isAbsolute ? "" : current, segment, isDrive ? "./" : "/");
+        char *directory =
+            newDirectory(isAbsolute ? "" : current.get(), segment, isDrive ? "./" : "/");
         if (directory == nullptr) return false;
         list->longest = std::max(list->longest, static_cast<std::int32_t>(std::strlen(directory)));
         list->entries[list->count++] = vxPathNormalize(directory);
@@ -118,13 +124,9 @@ VxSearchPath *vx::createSearchPath(const char *text, bool *isComplete) {
     if (text == nullptr) text = "";
     list->capacity = std::max(countSegments(text), kMinCapacity);
     list->entries = newEntries(list->capacity);
-    char *current = vx::currentDirectory(kMinDirectoryBytes);
-    if (list->entries == nullptr || !appendSegments(list, text, current, isComplete)) {
-        vxSearchPathFree(list);
-        list = nullptr;
-    }
-    std::free(current);
-    return list;
+    if (list->entries != nullptr && appendSegments(list, text, isComplete)) return list;
+    vxSearchPathFree(list);
+    return nullptr;
 }
 
 VxSearchPath *vxSearchPathCreate(const char *text) {

@@ -108,12 +108,20 @@ bool moveAsideDamaged(const std::string &path) {
     return false;
 }
 
-// A file that root makes in somebody's folder is theirs, or they could never save again. Only root
-// can give a file away; for others the owner is right already.
-void chownToFolderOwner(int file, const std::string &path) {
-    struct stat folder;
-    if (::stat(folderOf(path).c_str(), &folder) != 0) return;
-    [[maybe_unused]] const int given = ::fchown(file, folder.st_uid, static_cast<gid_t>(-1));
+// Only root can give a file away; for others the owner is right already.
+void changeOwner(int file, uid_t user, gid_t group) {
+    struct stat now;
+    if (::fstat(file, &now) == 0 && now.st_uid == user &&
+        (now.st_gid == group || group == static_cast<gid_t>(-1))) {
+        return;
+    }
+    [[maybe_unused]] const int given = ::fchown(file, user, group);
+}
+
+bool changeMode(int file, mode_t mode) {
+    struct stat now;
+    if (::fstat(file, &now) == 0 && (now.st_mode & 07777) == mode) return true;
+    return ::fchmod(file, mode) == 0;
 }
 
 // Does not wait for ever: the holder may be stopped.
@@ -233,12 +241,18 @@ private:
 
     // Only those who may write the settings can open the lock, so that nobody else can hold it.
     void setLockRights(int lock, const std::string &path) const {
+        setOwner(lock, path);
+        changeMode(lock, 0600 | (exists_ ? status_.st_mode & 0022 : 0));
+    }
+
+    // A file that root makes in somebody's folder is theirs, or they could never save again.
+    void setOwner(int file, const std::string &path) const {
+        struct stat folder;
         if (exists_) {
-            [[maybe_unused]] const int given = ::fchown(lock, status_.st_uid, status_.st_gid);
-        } else {
-            chownToFolderOwner(lock, path);
+            changeOwner(file, status_.st_uid, status_.st_gid);
+        } else if (::stat(folderOf(path).c_str(), &folder) == 0) {
+            changeOwner(file, folder.st_uid, static_cast<gid_t>(-1));
         }
-        ::fchmod(lock, 0600 | (exists_ ? status_.st_mode & 0022 : 0));
     }
 
     bool replace(const std::string &text) const {
@@ -257,12 +271,8 @@ private:
         ::unlink(fresh.c_str());
         File file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
         if (!file.isOpen()) return false;
-        if (!exists_) {
-            chownToFolderOwner(file.get(), fresh);
-        } else {
-            [[maybe_unused]] const int given = ::fchown(file.get(), status_.st_uid, status_.st_gid);
-            if (::fchmod(file.get(), status_.st_mode & 07777) != 0) return false;
-        }
+        setOwner(file.get(), fresh);
+        if (exists_ && !changeMode(file.get(), status_.st_mode & 07777)) return false;
         return writeAll(file.get(), text) && ::fsync(file.get()) == 0 && file.close();
     }
 
