@@ -83,6 +83,10 @@ TEST(PathText, Join) {
         char out[32];
         EXPECT_EQ(vxPathJoin(test.dir, test.file, out), test.joined != nullptr ? out : nullptr);
         EXPECT_STREQ(test.joined != nullptr ? out : nullptr, test.joined);
+        char inPlace[32];
+        std::strcpy(inPlace, test.dir != nullptr ? test.dir : test.file);
+        EXPECT_STREQ(vxPathJoin(inPlace, test.dir != nullptr ? test.file : inPlace, inPlace),
+                     test.dir != nullptr || test.joined != nullptr ? test.joined : nullptr);
     }
 }
 

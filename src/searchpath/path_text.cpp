@@ -138,10 +138,10 @@ char *vxPathJoin(const char *dir, const char *file, char *out) {
     }
     char *end = out;
     if (!alone) {
-        std::memcpy(end, dir, dirLength);
+        std::memmove(end, dir, dirLength);  // `out` may be `dir`
         end += dirLength;
         *end++ = '/';
     }
-    std::memcpy(end, file, fileLength + 1);
+    std::memmove(end, file, fileLength + 1);
     return vxPathNormalize(out);
 }
