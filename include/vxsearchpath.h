@@ -79,11 +79,11 @@ typedef struct VxSearchPath {
 } VxSearchPath;
 
 /*
- * A new list from text: directories between semicolons; empty ones are skipped. A relative directory
- * is taken from the current directory, or dropped if that cannot be had, for whatever reason. A
- * drive prefix alone means the current directory of that drive. Null counts as the empty text.
- * The caller frees the list with vxSearchPathFree. The result is null without memory for all of
- * it.
+ * A new list from text: directories between semicolons; empty ones are skipped. A relative
+ * directory is taken from the current directory, or dropped if that cannot be had, for whatever
+ * reason. A drive prefix alone means the current directory of that drive. Null counts as the empty
+ * text. The caller frees the list with vxSearchPathFree. The result is null without memory for all
+ * of it.
  */
 VX_API VxSearchPath *vxSearchPathCreate(const char *text);
 

@@ -10,6 +10,7 @@
 
 #include <clocale>
 #include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
