@@ -180,6 +180,8 @@ struct VxPicture {
     std::uint16_t *row(int y, int z) { return elements.data() + start(y, z); }
     const std::uint16_t *row(int y, int z) const { return elements.data() + start(y, z); }
 
+    bool operator==(const VxPicture &) const = default;
+
 private:
     std::ptrdiff_t start(int y, int z) const {
         return (std::ptrdiff_t{z} * height + y) * std::ptrdiff_t{width};
@@ -227,9 +229,8 @@ inline bool isWritable(const VxPicture &picture) {
  * written and an image opened for writing. Also empty, without a message, for null, for an image
  * without elements or with more than maxElements, and without memory.
  *
- * Safe with any file. Rows are read one by one, and memory grows with them, to twice the rows read
- * at most, whatever sizes the header claims. A small run-length file can expand to a very large
- * picture: maxElements is the limit for that.
+ * Safe with any file. Memory grows with the rows that are read, whatever sizes the header claims. A
+ * small run-length file can expand to a very large picture: maxElements is the limit for that.
  */
 inline std::optional<VxPicture> vxPictureRead(VxImage *image,
                                               std::uint64_t maxElements = kVxMaxPictureElements) {

@@ -19,7 +19,8 @@
 #include <unistd.h>
 
 // Memory from new: the largest block asked for, and the size from which on there is none.
-static std::size_t largestBlock, newLimit = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t kAny = std::numeric_limits<std::size_t>::max();
+static std::size_t largestBlock, newLimit = kAny;
 
 void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
     largestBlock = std::max(largestBlock, size);
@@ -59,10 +60,6 @@ std::string contents() {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-bool isOpen(int file) {
-    return fcntl(file, F_GETFD) >= 0;
-}
-
 VxPicture makePicture(int width, int height, int planes, int elementBytes) {
     VxPicture picture{width, height, planes, elementBytes, {}};
     picture.elements.resize(static_cast<std::size_t>(width * height * planes));
@@ -70,18 +67,14 @@ VxPicture makePicture(int width, int height, int planes, int elementBytes) {
     return picture;
 }
 
-TEST_F(Handles, StreamsGiveTheLocaleBack) {
+TEST_F(Handles, OwnersHoldAndRelease) {
     ASSERT_NE(std::setlocale(LC_NUMERIC, "de_DE.UTF-8"), nullptr);
-    {
-        const VxUniqueStream stream(vxStreamOpen(kFile.c_str(), "w"));
-        EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
-    }
+    VxUniqueStream stream(vxStreamOpen(kFile.c_str(), "w"));
+    EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
+    stream.reset();
     EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "de_DE.UTF-8");
     std::setlocale(LC_NUMERIC, "C");
-    EXPECT_TRUE(std::filesystem::exists(kFile));
-}
 
-TEST_F(Handles, TablesAndPoolsAreMadeOrNull) {
     const VxUniqueSearchPath list(vxSearchPathCreate("/a;/b"));
     EXPECT_STREQ(VxUniqueText(vxSearchPathToString(list.get())).get(), "/a;/b");
     EXPECT_EQ(vxSampleTableMake(3, 1, 0, 0, 1)->sampleCount, 9);
@@ -89,7 +82,7 @@ TEST_F(Handles, TablesAndPoolsAreMadeOrNull) {
     EXPECT_NE(vxPoolAlloc(vxPoolMake(16, 10).get()), nullptr);
     newLimit = 1;
     EXPECT_FALSE(vxSampleTableMake(3, 1, 0, 0, 1) || vxPoolMake(16, 10));
-    newLimit = std::numeric_limits<std::size_t>::max();
+    newLimit = kAny;
 }
 
 // ---- Closing images -----------------------------------------------------------------------
@@ -107,17 +100,18 @@ VxUniqueImage halfWritten(unsigned storage, bool published) {
 TEST_F(Handles, FinishWritesWhatCloseWrites) {
     for (const unsigned storage : kStorages) {
         for (const bool published : {false, true}) {
-            EXPECT_EQ(vxImageClose(halfWritten(storage, published).release()), 0);
-            const std::string expected = contents();
-            std::filesystem::remove(kFile);
-            EXPECT_TRUE(vxImageFinish(halfWritten(storage, published)));
-            EXPECT_EQ(contents(), expected);
-            std::filesystem::remove(kFile);
-            halfWritten(storage, published).reset();
-            EXPECT_EQ(contents(), expected);
-            std::filesystem::remove(kFile);
-            vxImageDiscard(halfWritten(storage, published));
-            EXPECT_NE(contents(), expected);
+            const auto written = [&](const auto &end) {
+                std::filesystem::remove(kFile);
+                end(halfWritten(storage, published));
+                return contents();
+            };
+            const std::string expected =
+                written([](VxUniqueImage image) { EXPECT_EQ(vxImageClose(image.release()), 0); });
+            EXPECT_EQ(
+                written([](VxUniqueImage image) { EXPECT_TRUE(vxImageFinish(std::move(image))); }),
+                expected);
+            EXPECT_EQ(written([](VxUniqueImage image) { image.reset(); }), expected);
+            EXPECT_NE(written(vxImageDiscard), expected);
         }
     }
     EXPECT_FALSE(vxImageFinish(nullptr));
@@ -125,41 +119,38 @@ TEST_F(Handles, FinishWritesWhatCloseWrites) {
     EXPECT_EQ(messages, 0);
 }
 
-// Images whose files cannot be completed.
-VxUniqueImage onReadOnlyFile(unsigned storage) {
-    EXPECT_TRUE(vxImageFinish(halfWritten(storage, true)));
-    return VxUniqueImage(vxImageOpen(kFile.c_str(), "a"));
-}
-
-VxUniqueImage onPipe(unsigned storage) {
-    int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
-    VxUniqueImage image(vxImageOpenFd(ends[1], "w", storage | 1U, 1U, 10U));
-    close(ends[0]);
-    return image;
-}
-
-VxUniqueImage onClosedDescriptor(unsigned storage) {
-    VxUniqueImage image = halfWritten(storage, false);
-    close(image->file);
-    return image;
-}
+// Images whose files cannot be completed: the descriptor is for reading, a pipe, or closed.
+constexpr VxUniqueImage (*kIncomplete[])(unsigned storage) = {
+    [](unsigned storage) {
+        EXPECT_TRUE(vxImageFinish(halfWritten(storage, true)));
+        return VxUniqueImage(vxImageOpen(kFile.c_str(), "a"));
+    },
+    [](unsigned storage) {
+        int ends[2];
+        EXPECT_EQ(pipe(ends), 0);
+        VxUniqueImage image(vxImageOpenFd(ends[1], "w", storage | 1U, 1U, 10U));
+        close(ends[0]);
+        return image;
+    },
+    [](unsigned storage) {
+        VxUniqueImage image = halfWritten(storage, false);
+        close(image->file);
+        return image;
+    },
+};
 
 TEST_F(Handles, NothingIsLeftOfAnImageThatCannotBeCompleted) {
-    for (const auto open : {onReadOnlyFile, onPipe, onClosedDescriptor}) {
+    for (const auto open : kIncomplete) {
         for (const unsigned storage : kStorages) {
             for (const bool finish : {false, true}) {
                 VxUniqueImage image = open(storage);
                 ASSERT_NE(image, nullptr);
                 const int file = image->file;
                 messages = 0;
-                if (finish) {
-                    EXPECT_FALSE(vxImageFinish(std::move(image)));
-                } else {
-                    image.reset();
-                }
+                EXPECT_FALSE(finish && vxImageFinish(std::move(image)));
+                image.reset();
                 EXPECT_GT(messages, 0);
-                EXPECT_FALSE(isOpen(file));
+                EXPECT_LT(fcntl(file, F_GETFD), 0);
             }
         }
     }
@@ -171,17 +162,10 @@ TEST_F(Handles, PicturesComeBack) {
     for (const unsigned storage : kStorages) {
         for (const auto &[width, height, planes, bytes] :
              {std::array{1, 1, 1, 1}, {5, 1, 1, 2}, {5, 7, 1, 1}, {300, 70, 3, 2}}) {
-            VxPicture picture = makePicture(width, height, planes, bytes);
+            const VxPicture picture = makePicture(width, height, planes, bytes);
             ASSERT_TRUE(vxPictureWrite(kFile.c_str(), picture, storage));
             EXPECT_EQ(contents().substr(0, 2), "\x01\xDA");  // big-endian
-            const std::optional<VxPicture> read = vxPictureRead(kFile.c_str());
-            ASSERT_TRUE(read);
-            EXPECT_EQ(read->width, width);
-            EXPECT_EQ(read->height, height);
-            EXPECT_EQ(read->planes, planes);
-            EXPECT_EQ(read->elementBytes, bytes);
-            EXPECT_EQ(read->elements, picture.elements);
-            // The rows of the file are those of the picture.
+            EXPECT_TRUE(vxPictureRead(kFile.c_str()) == picture);
             const VxUniqueImage image(vxImageOpen(kFile.c_str(), "r"));
             std::vector<std::uint16_t> row(image->xSize);
             ASSERT_GT(vxImageGetRow(image.get(), row.data(), height - 1, planes - 1), 0);
@@ -191,16 +175,7 @@ TEST_F(Handles, PicturesComeBack) {
     }
 }
 
-// A file of a header and a number of zero bytes after it.
-const char *fileOf(const VxImage &header, std::size_t rowBytes) {
-    std::ofstream file(kFile, std::ios::binary);
-    file.write(reinterpret_cast<const char *>(&header), 108);
-    file << std::string(VX_IMAGE_FILE_HEAD - 108 + rowBytes, '\0');
-    return kFile.c_str();
-}
-
 TEST_F(Handles, HeadersThatContradictTheFile) {
-    constexpr std::uint64_t kAny = std::numeric_limits<std::uint64_t>::max();
     const struct {
         std::uint16_t type, dimension, x, y, z;
         std::size_t rowBytes;
@@ -227,9 +202,11 @@ TEST_F(Handles, HeadersThatContradictTheFile) {
         header.xSize = x;
         header.ySize = y;
         header.zSize = z;
-        const char *path = fileOf(header, rowBytes);
+        std::string bytes(reinterpret_cast<const char *>(&header), offsetof(VxImage, file));
+        bytes.resize(VX_IMAGE_FILE_HEAD + rowBytes);
+        std::ofstream(kFile, std::ios::binary) << bytes;
         largestBlock = 0;
-        const std::optional<VxPicture> picture = vxPictureRead(path, kAny);
+        const std::optional<VxPicture> picture = vxPictureRead(kFile.c_str(), kAny);
         EXPECT_EQ(picture.has_value(), height != 0);
         EXPECT_EQ(picture.value_or(VxPicture{}).height, height);
         EXPECT_EQ(picture.value_or(VxPicture{}).planes, planes);
@@ -246,7 +223,7 @@ TEST_F(Handles, PicturesThatAreNotReadOrWritten) {
     EXPECT_FALSE(vxPictureRead(kFile.c_str(), 63));
     newLimit = 16;
     EXPECT_FALSE(vxPictureRead(kFile.c_str()));
-    newLimit = std::numeric_limits<std::size_t>::max();
+    newLimit = kAny;
     VxUniqueImage image = halfWritten(VX_IMAGE_RUN_LENGTH, true);
     EXPECT_FALSE(vxPictureRead(image.get()));  // it is being written
     image.reset();
