@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -83,7 +84,7 @@ bool draw(const std::string &path, const VxSampleTable *coarse, const VxSampleTa
                       .height = kHeight,
                       .planes = 3,
                       .elementBytes = 1,
-                      .elements = std::vector<std::uint16_t>(3 * kWidth * kHeight)};
+                      .elements = std::vector<std::uint16_t>(std::size_t{3} * kWidth * kHeight)};
     int refined = 0;
     for (int y = 0; y < kHeight; ++y) {
         for (int x = 0; x < kWidth; ++x) {

@@ -18,23 +18,24 @@
 #include <string>
 #include <unistd.h>
 
-// Memory from new: the largest block asked for, and the size from which on there is none.
+// Memory from new: the largest block asked for, and the size from which on there is none. Not
+// inlined, as compilers compare each new with its delete.
 constexpr std::size_t kAny = std::numeric_limits<std::size_t>::max();
 static std::size_t largestBlock, newLimit = kAny;
 
-void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
+[[gnu::noinline]] void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
     largestBlock = std::max(largestBlock, size);
     return size < newLimit ? std::malloc(size) : nullptr;
 }
-void *operator new(std::size_t size) {
+[[gnu::noinline]] void *operator new(std::size_t size) {
     void *block = operator new(size, std::nothrow);
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }
-void operator delete(void *block) noexcept {
+[[gnu::noinline]] void operator delete(void *block) noexcept {
     std::free(block);
 }
-void operator delete(void *block, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void *block, std::size_t) noexcept {
     std::free(block);
 }
 
