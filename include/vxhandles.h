@@ -45,7 +45,7 @@
 #include <utility>
 #include <vector>
 
-namespace vx {
+namespace vx::detail {
 
 // Writes the first 152 bytes of the file: the header and zeros.
 inline bool writeImageHeader(VxImage *image) {
@@ -89,23 +89,23 @@ struct Deleter {
     }
 };
 
-}  // namespace vx
+}  // namespace vx::detail
 
 /* ---- Owners --------------------------------------------------------------------------- */
 
 /*
  * Text from vxPathJoin and vxSearchPathResolve with a null `out`, and from vxSearchPathToString.
  */
-using VxUniqueText = std::unique_ptr<char, vx::Deleter>;
+using VxUniqueText = std::unique_ptr<char, vx::detail::Deleter>;
 
 /*
  * An image. The destructor completes the file of an image being written, as vxImageFinish does, but
  * drops the result. It always releases the image and its descriptor, even if the file could not be
  * completed: then only a message of the image functions says so.
  */
-using VxUniqueImage = std::unique_ptr<VxImage, vx::Deleter>;
+using VxUniqueImage = std::unique_ptr<VxImage, vx::detail::Deleter>;
 
-using VxUniqueSearchPath = std::unique_ptr<VxSearchPath, vx::Deleter>;
+using VxUniqueSearchPath = std::unique_ptr<VxSearchPath, vx::detail::Deleter>;
 
 /*
  * A stream with a pinned numeric locale. The destructor drops the result of vxStreamClose. After
@@ -114,10 +114,10 @@ using VxUniqueSearchPath = std::unique_ptr<VxSearchPath, vx::Deleter>;
  * Close streams in the reverse order of their opening, as owners in nested scopes do. To open the
  * next file in the same owner, call reset() first: reset(vxStreamOpen(...)) opens before it closes.
  */
-using VxUniqueStream = std::unique_ptr<std::FILE, vx::Deleter>;
+using VxUniqueStream = std::unique_ptr<std::FILE, vx::detail::Deleter>;
 
 /* A sample table in memory of its own, so that samplers stay valid when the owner is moved. */
-using VxUniqueSampleTable = std::unique_ptr<VxSampleTable, vx::Deleter>;
+using VxUniqueSampleTable = std::unique_ptr<VxSampleTable, vx::detail::Deleter>;
 
 /* Fills a new table; the arguments are those of vxSampleTableInit. Null without memory. */
 inline VxUniqueSampleTable vxSampleTableMake(int gridSize, float size, int doubleY, float jitter,
@@ -130,7 +130,7 @@ inline VxUniqueSampleTable vxSampleTableMake(int gridSize, float size, int doubl
 }
 
 /* A pool in memory of its own. The destructor invalidates all its elements. */
-using VxUniquePool = std::unique_ptr<VxPool, vx::Deleter>;
+using VxUniquePool = std::unique_ptr<VxPool, vx::detail::Deleter>;
 
 /* An empty pool; the arguments are those of vxPoolInit. Null without memory. */
 inline VxUniquePool vxPoolMake(int elementSize, int elementsPerBlock) {
@@ -150,7 +150,7 @@ inline VxUniquePool vxPoolMake(int elementSize, int elementsPerBlock) {
  * 20352 if the header cannot be written, and 20355.
  */
 [[nodiscard]] inline bool vxImageFinish(VxUniqueImage image) {
-    return image != nullptr && vx::finishImage(image.release());
+    return image != nullptr && vx::detail::finishImage(image.release());
 }
 
 /*
@@ -191,7 +191,7 @@ private:
 /* The most elements that vxPictureRead accepts by default; they take 512 MiB of memory. */
 inline constexpr std::uint64_t kVxMaxPictureElements = std::uint64_t{1} << 28;
 
-namespace vx {
+namespace vx::detail {
 
 // Memory grows with the rows that the file holds, not with the sizes that its header claims.
 inline bool readRows(VxImage *image, std::uint64_t total, VxPicture &picture) {
@@ -219,7 +219,7 @@ inline bool isWritable(const VxPicture &picture) {
            picture.elements.size() == elementCount(picture);
 }
 
-}  // namespace vx
+}  // namespace vx::detail
 
 /*
  * Reads all rows of an image opened for reading, which stays open. Below dimension 2 the height is
@@ -240,10 +240,10 @@ inline std::optional<VxPicture> vxPictureRead(VxImage *image,
     picture.height = image->dimension < 2 ? 1 : image->ySize;
     picture.planes = image->dimension < 3 ? 1 : image->zSize;
     picture.elementBytes = image->type & 0xFF;
-    const std::uint64_t total = vx::elementCount(picture);
+    const std::uint64_t total = vx::detail::elementCount(picture);
     if (total == 0 || total > maxElements) return std::nullopt;
     try {
-        if (!vx::readRows(image, total, picture)) return std::nullopt;
+        if (!vx::detail::readRows(image, total, picture)) return std::nullopt;
     } catch (const std::bad_alloc &) {
         return std::nullopt;
     }
@@ -272,7 +272,7 @@ inline std::optional<VxPicture> vxPictureRead(const char *path,
  */
 [[nodiscard]] inline bool vxPictureWrite(const char *path, const VxPicture &picture,
                                          unsigned storage = VX_IMAGE_RUN_LENGTH) {
-    if (path == nullptr || !vx::isWritable(picture)) return false;
+    if (path == nullptr || !vx::detail::isWritable(picture)) return false;
     VxUniqueImage image(
         vxImageOpen(path, "w", storage | static_cast<unsigned>(picture.elementBytes), 3U,
                     static_cast<unsigned>(picture.width), static_cast<unsigned>(picture.height),
