@@ -14,7 +14,7 @@ namespace {
 int endOf(const char *form) {
     const std::string padded = std::string(form, VX_PATTERN_SIZE) + "..";
     const char *const begin = padded.c_str();
-    for (const char *at = begin; at - begin <= kPatternLimit;) {
+    for (const char *at = begin; at - begin <= vx::kMaxProgramBytes;) {
         if (*at == '\0') return static_cast<int>(at - begin);
         const char *next = PatternDefinition::behind(at);
         at = next != at ? next : at + 1;  // no opcode
@@ -40,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
                                     [](char byte) { return byte == '\0'; }));
     } else if (kind == 2) {
         const Exactly source(input[0]);
-        const int end = vxPatternCompile(source, 0, 0, form);
+        const int end = vx::compilePattern(source, 0, 0, form);
         if (end < 0) return 0;
         CHECK(static_cast<std::size_t>(end) == input[0].size());
     } else {

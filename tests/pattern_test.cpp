@@ -67,27 +67,27 @@ TEST(Patterns, WildcardsHaveTheseForms) {
 TEST(Patterns, SourceHasTheseForms) {
     for (const DataRow &row : dataRows("pattern.txt", "sources")) {
         Form form;
-        EXPECT_EQ(vxPatternCompile(row[0].c_str(), std::stoi(row[1]), std::stoi(row[2]), form),
+        EXPECT_EQ(vx::compilePattern(row[0].c_str(), std::stoi(row[1]), std::stoi(row[2]), form),
                   std::stoi(row[3]))
             << row[0];
         EXPECT_TRUE(form.is(row[4])) << row[0] << " became " << static_cast<char *>(form);
     }
     Form form;
     for (const char *refused : {"^*a", "a**", "a[b", "[", "[~", "[a\\", "a[b-"})
-        EXPECT_EQ(vxPatternCompile(refused, 0, 0, form), -1) << refused;
-    EXPECT_EQ(vxPatternCompile("ab", 0, '/', form), -1);
-    EXPECT_EQ(vxPatternCompile("a$*/", 0, '/', form), 3);
-    EXPECT_EQ(vxPatternCompile("a$/*", 0, '*', form), 3);
+        EXPECT_EQ(vx::compilePattern(refused, 0, 0, form), -1) << refused;
+    EXPECT_EQ(vx::compilePattern("ab", 0, '/', form), -1);
+    EXPECT_EQ(vx::compilePattern("a$*/", 0, '/', form), 3);
+    EXPECT_EQ(vx::compilePattern("a$/*", 0, '*', form), 3);
     const InLocale page("ja_JP.SJIS");
-    EXPECT_EQ(vxPatternCompile("a\x83\0x", 0, 0, form), 2);  // nothing behind the end is read
+    EXPECT_EQ(vx::compilePattern("a\x83\0x", 0, 0, form), 2);  // nothing behind the end is read
     EXPECT_TRUE(form.is("cac\x83"));
-    EXPECT_EQ(vxPatternCompile("[\x83\0]", 0, 0, form), -1);
+    EXPECT_EQ(vx::compilePattern("[\x83\0]", 0, 0, form), -1);
 }
 
 TEST(Patterns, FormsAreBounded) {
     const auto compile = [](const std::string &source) {
         Form form;
-        return vxPatternCompile(source.c_str(), 0, 0, form);
+        return vx::compilePattern(source.c_str(), 0, 0, form);
     };
     const std::string most(256, 'a');
     EXPECT_EQ(compile(most), 256);
@@ -139,7 +139,7 @@ TEST(Patterns, SourceMatchesAnywhere) {
     for (const Case &test : {Case{"b?", "abc", 1}, Case{"b?", "ab", 0}, Case{"c$", "abc", 1},
                              Case{"c$", "abcd", 0}, Case{"$", "", 1}, Case{"$", "x\ny", 1}}) {
         Form form;
-        EXPECT_GE(vxPatternCompile(test.source, 0, 0, form), 0);
+        EXPECT_GE(vx::compilePattern(test.source, 0, 0, form), 0);
         EXPECT_EQ(vxMatchPattern(test.subject, form), test.result) << test.source;
     }
 }
@@ -148,7 +148,7 @@ TEST(Patterns, ARunIsGivenBackByBytes) {
     const InLocale page("ja_JP.SJIS");
     for (const char *source : {"^[\x83\\]*\\\\$", "^\x83\\*\\\\$"}) {
         Form form;
-        EXPECT_GE(vxPatternCompile(source, 0, 0, form), 0);
+        EXPECT_GE(vx::compilePattern(source, 0, 0, form), 0);
         EXPECT_EQ(vxMatchPattern("\x83\\\x83\\", form), 1) << source;
         EXPECT_EQ(vxMatchPattern("\x83\\\x83\x83", form), 0) << source;
     }
@@ -195,7 +195,7 @@ TEST(Patterns, NoInputStalls) {
     for (int i = 0; i < 255; ++i)
         subject += "\x83\\";
     Form form;
-    ASSERT_GE(vxPatternCompile((source + "x").c_str(), 0, 0, form), 0);
+    ASSERT_GE(vx::compilePattern((source + "x").c_str(), 0, 0, form), 0);
     EXPECT_EQ(vxMatchPattern(subject.c_str(), form), 0);
 }
 
@@ -246,7 +246,7 @@ void compareWithDefinition(unsigned seed, const std::string &alphabet) {
         const std::string source = random.text(alphabet + "*?[]-*~\\^$", 9);
         if (std::count(source.begin(), source.end(), '*') > static_cast<long>(stars)) continue;
         if (kind == 0) {
-            if (vxPatternCompile(source.c_str(), 0, 0, form) < 0) continue;
+            if (vx::compilePattern(source.c_str(), 0, 0, form) < 0) continue;
         } else if (kind == 1) {
             if (vxCompileWildcard(source.c_str(), form) == 0) continue;
         } else {
