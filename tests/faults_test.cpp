@@ -5,7 +5,6 @@
 #include "faults.h"
 
 #include "searchpath/path_store.h"
-#include "text/allocator_lock.h"
 #include "text/pinned_streams.h"
 
 #include <vxframework.h>
@@ -469,7 +468,7 @@ class StreamFaults : public Faults {
 protected:
     StreamFaults() {
         EXPECT_NE(std::setlocale(LC_NUMERIC, "de_DE.UTF-8"), nullptr);
-        allocatorLockCreate();
+        vx::allocatorLockCreate();
         streamMapBuild();
     }
     ~StreamFaults() override {
