@@ -16,19 +16,19 @@
 
 VX_BEGIN_C
 
-/* One value of 2, 4 or 8 bytes, an integer or a floating-point number. */
+/* Reverse one integer or floating-point number of 2, 4 or 8 bytes. */
 VX_API void vxSwap2(void *value);
 VX_API void vxSwap4(void *value);
 VX_API void vxSwap8(void *value);
 
-/* Three adjacent values of 4 bytes. Both functions do the same. */
+/* Reverse each of three adjacent values of 4 bytes. Both functions do the same. */
 VX_API void vxSwapVector3(void *vector);
 VX_API void vxSwapVector3Alt(void *vector);
 
 /*
- * One record. The layout lists the fields from byte 0: 2, 4 or 8 is a field of that many bytes,
- * NxW are N fields of W bytes, and skip N are N bytes that do not change. The number after the
- * layout is the span, the bytes up to the end of the last field.
+ * Reverses the fields of one record. The layout lists the fields from byte 0: 2, 4 or 8 is a field
+ * of that many bytes, NxW are N fields of W bytes, and skip N are N bytes that do not change. The
+ * number after the layout is the span, the bytes up to the end of the last field.
  *
  * 230 and 234 are one function, and so are 231 and 235, and 232 and 236. All others have addresses
  * of their own, even if their layouts are equal.

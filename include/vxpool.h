@@ -45,7 +45,7 @@ typedef struct VxPoolBlock {
 typedef struct VxPool {
     int32_t elementSize;      /* bytes in an element, used unchanged */
     int32_t elementsPerBlock; /* elements in a block that vxPoolAlloc makes */
-    VxPoolBlock *blocks;      /* in use; the head is the current block unless runs came later */
+    VxPoolBlock *blocks;      /* in use, the current block first unless runs came later */
     VxPoolBlock *spareBlocks; /* retired; reused before new ones are made */
     void *freeElements;       /* freed, last first; the first word of each is a link */
     void *nextElement;        /* next to be cut from the current block, or null */
@@ -53,7 +53,7 @@ typedef struct VxPool {
     int32_t blockCount;       /* blocks, in use and retired */
 } VxPool;
 
-/* Sets up an empty pool. Allocates nothing; what the record held before does not matter. */
+/* Sets up an empty pool. Allocates nothing; the old contents of the record do not matter. */
 VX_API void vxPoolInit(VxPool *pool, int elementSize, int elementsPerBlock);
 
 /*

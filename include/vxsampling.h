@@ -70,7 +70,7 @@ typedef struct VxSampleTable {
  *              set has one sample, at the centre, and no random number is drawn.
  *   size       sizeX, in the caller's units
  *   doubleY    not 0: sizeY is twice sizeX; 0: they are equal
- *   jitter     0 puts each sample at the centre of its grid cell, 1 anywhere in it; values
+ *   jitter     0 centres each sample in its grid cell, 1 lets it be anywhere in it; values
  *              outside 0 to 1 put samples outside their cells, or give NaN
  *   square     not 0: the square pattern; 0: the disk
  *

@@ -4,7 +4,7 @@
 //
 //   ^  $  ?     anchors at the start and at a line feed; any byte except a line feed
 //   *           the next element, any number of times
-//   c           one character, in its one or two bytes
+//   c           a character of one or two bytes, which matches itself
 //   [  !        a length byte and that many bytes of characters: one of them; none of them
 //
 // Source text has the elements ^ (at its start), $ (at its end), ?, [list], [~list] and single

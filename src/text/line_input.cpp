@@ -1,5 +1,5 @@
 // Lines and white space. White space is below the trail bytes of every code page. So a white byte
-// is always a whole character, also when a text is read from its end.
+// is always a complete character, also when a text is read from its end.
 
 #include <vxtext.h>
 
