@@ -176,8 +176,8 @@ private:
     // A run may be given back in part, byte by byte, so the second halves of its characters are
     // reached too. But the run does not continue from there.
     Set closureOfCharacters(const Set &reached, const Set &matched) const {
-        std::size_t end = 0;  // of the last two characters that were taken
-        std::size_t earlierEnd = 0;
+        std::size_t end = kSize;  // of the last two characters that were taken, at first of none
+        std::size_t earlierEnd = kSize;
         const Set taken = matched.filtered([&](std::size_t at) {
             if (!reached.contains(at) && at != end && at != earlierEnd) return false;
             earlierEnd = std::exchange(end, doubles_.contains(at) ? at + 2 : at + 1);
