@@ -31,7 +31,7 @@
  *
  * A lead byte takes the byte after it, whatever that is. Outside a list, a lead byte before a byte
  * that is not a trail byte makes a wildcard that matches nothing, and so does a lead byte at the
- * end. Only before ! * or ? such a wildcard may match, but nothing useful.
+ * end. The exceptions are ! * and ? after a lead byte: what such a wildcard matches is unspecified.
  */
 #ifndef VXPATTERN_H
 #define VXPATTERN_H
