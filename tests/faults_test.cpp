@@ -5,7 +5,6 @@
 #include "faults.h"
 
 #include "searchpath/path_store.h"
-#include "text/allocator_lock.h"
 #include "text/pinned_streams.h"
 
 #include <vxframework.h>
@@ -497,11 +496,11 @@ class StreamFaults : public Faults {
 protected:
     StreamFaults() {
         EXPECT_NE(std::setlocale(LC_NUMERIC, "de_DE.UTF-8"), nullptr);
-        allocatorLockCreate();
-        streamMapBuild();
+        vx::allocatorLockCreate();
+        vx::streamMapBuild();
     }
     ~StreamFaults() override {
-        streamMapTearDown();
+        vx::streamMapTearDown();
         std::setlocale(LC_NUMERIC, "C");
     }
 };

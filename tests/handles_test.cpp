@@ -41,7 +41,7 @@ static std::size_t largestBlock, newLimit = kAny;
 
 namespace {
 
-const std::string kFile = "handles_test.sgi";
+const std::string kFile = "handles_test" + std::to_string(::getpid()) + ".sgi";
 constexpr unsigned kStorages[] = {VX_IMAGE_VERBATIM, VX_IMAGE_RUN_LENGTH};
 
 int messages;

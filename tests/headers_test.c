@@ -1,4 +1,4 @@
-/* The headers of the plain functions are good C11, and a C program can use them. */
+/* The headers of the plain functions compile as C11, and a C program can use them. */
 
 #include <vxbyteorder.h>
 #include <vxexports.h>
