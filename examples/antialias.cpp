@@ -89,7 +89,7 @@ std::uint16_t toByte(float value) {
 bool draw(const std::string &file, const Table &coarse, const Table &fine) {
     VxImage *image = vxImageOpen(file.c_str(), "w", VX_IMAGE_RUN_LENGTH | 1, 3, kWidth, kHeight, 3);
     if (image == nullptr) return false;
-    vxImageUsePublishedOrder(image);
+    vxImageUseBigEndian(image);
     bool good = true;
     int refined = 0;
     std::vector<std::uint16_t> rows[3];

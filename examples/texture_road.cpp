@@ -45,7 +45,7 @@ static bool writeCopy(const std::string &name, const VxImage *original, Elements
     VxImage *copy = vxImageOpen(name.c_str(), "w", type, 3U, unsigned{original->xSize},
                                 unsigned{original->ySize}, unsigned{original->zSize});
     if (copy == nullptr) return false;
-    vxImageUsePublishedOrder(copy);
+    vxImageUseBigEndian(copy);
     bool whole = true;
     uint16_t *row = elements.data();
     for (int z = 0; z < original->zSize; ++z) {

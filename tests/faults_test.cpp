@@ -88,7 +88,7 @@ protected:
     VxImage *create() const {
         VxImage *image = vxImageOpen(file_.c_str(), "w", GetParam() & 0xFFFU, 2U, unsigned{kWidth},
                                      unsigned{kRows});
-        if (image != nullptr && (GetParam() & 0x8000U) != 0) vxImageUsePublishedOrder(image);
+        if (image != nullptr && (GetParam() & 0x8000U) != 0) vxImageUseBigEndian(image);
         return image;
     }
     VxImage *open() const { return vxImageOpen(file_.c_str(), "r"); }

@@ -18,7 +18,7 @@ int main(void) {
     char *joined = vxPathJoin("C:/a", "b", NULL);
     int good = joined != NULL && strcmp(joined, "C:/a/b") == 0;
     free(joined);
-    vxImageUsePublishedOrder(&image);
+    vxImageUseBigEndian(&image);
     vxImageSetName(&image, vxMessageText("vxmsg", 20364));
     good = good && strlen(image.name) != 0 && vxExportAddress(99) == NULL;
     char pattern[VX_PATTERN_SIZE];

@@ -150,7 +150,7 @@ TEST_F(Image, GivesBackWhatWasPut) {
                     std::filesystem::remove(path_);
                     VxImage *image = create(type, width, y, z);
                     ASSERT_NE(image, nullptr);
-                    if (published) vxImageUsePublishedOrder(image);
+                    if (published) vxImageUseBigEndian(image);
                     for (std::size_t i = rows.size(); i-- != 0;) {  // in falling order
                         rows[i] = randomRow(random, width);
                         const Row before = rows[i];
@@ -193,7 +193,7 @@ TEST_F(Image, FilesAreTheseBytes) {
     for (const bool published : {false, true}) {
         std::filesystem::remove(path_);
         VxImage *image = create(0x102, 4, 2);
-        if (published) vxImageUsePublishedOrder(image);
+        if (published) vxImageUseBigEndian(image);
         vxImageSetName(image, "a name");
         vxImageSetColormap(image, 7);
         for (int copy = 0; copy < 3; ++copy) {  // each behind the one before
@@ -601,7 +601,7 @@ TEST_F(Image, StreamFlagsARowThatFails) {
 
 TEST_F(Image, FlushBringsAPendingRowAndTheTables) {
     VxImage *image = create(0x101, 2, 2);
-    vxImageUsePublishedOrder(image);
+    vxImageUseBigEndian(image);
     for (int i = 0; i < 2; ++i)
         putPixel(image, i);
     EXPECT_EQ(vxImageFlush(image), 0);

@@ -27,7 +27,7 @@ std::uint16_t elementAt(int x, int y, int z, unsigned most) {
 void write(const std::string &path, unsigned type, int planes) {
     VxImage *image = vxImageOpen(path.c_str(), "w", type, 3U, unsigned{kWidth}, unsigned{kRows},
                                  static_cast<unsigned>(planes));
-    vxImageUsePublishedOrder(image);
+    vxImageUseBigEndian(image);
     std::vector<std::uint16_t> row(kWidth);
     for (int z = 0; z < planes; ++z) {
         for (int y = 0; y < kRows; ++y) {

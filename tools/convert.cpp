@@ -84,7 +84,7 @@ public:
             close(descriptor);
             throw Trouble(path, what);
         }
-        if (!settings.hostOrder) vxImageUsePublishedOrder(image_.get());
+        if (!settings.hostOrder) vxImageUseBigEndian(image_.get());
         if (settings.name) vxImageSetName(image_.get(), settings.name->c_str());
     }
 

@@ -17,7 +17,7 @@ ImageFile::ImageFile(const char *path, int width, int height, const char *title)
                          static_cast<unsigned>(width), static_cast<unsigned>(height), 3U)) {
     note(image_ != nullptr);
     if (!good_) return;
-    vxImageUsePublishedOrder(image_);  // before the first row: its bytes count too
+    vxImageUseBigEndian(image_);  // before the first row: its bytes count too
     vxImageSetName(image_, title);
 }
 

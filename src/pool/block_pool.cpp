@@ -8,6 +8,7 @@
 #include "pool/poison.h"
 
 #include <vxframework.h>
+#include <vxmessages.h>
 #include <vxpool.h>
 
 #include <algorithm>
@@ -19,9 +20,6 @@
 #include <utility>
 
 namespace {
-
-constexpr int kOutOfMemory = 4912;
-constexpr int kFatal = 5;
 
 std::size_t sizeOf(const VxPool *pool) {
     return static_cast<std::size_t>(pool->elementSize);
@@ -121,7 +119,8 @@ bool startBlock(VxPool *pool) {
     const std::int64_t bytes =
         elementBytes(pool, count) + static_cast<std::int64_t>(sizeof(VxPoolBlock));
     const std::int64_t shown = std::clamp<std::int64_t>(bytes, INT32_MIN, INT32_MAX);
-    vxMessageReport("vxmsg", kFatal, kOutOfMemory, static_cast<int>(shown));
+    vxMessageReport(VX_MESSAGE_CATALOGUE, VX_SEVERITY_FATAL, VX_MESSAGE_POOL_OUT_OF_MEMORY,
+                    static_cast<int>(shown));
     std::abort();
 }
 
