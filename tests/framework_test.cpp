@@ -1,12 +1,15 @@
-// The messages of the sibling library.
+// The catalogue of libvxframework and its reports.
 
 #include <vxframework.h>
+#include <vxmessages.h>
 
 #include <algorithm>
 #include <cstdarg>
 #include <gtest/gtest.h>
+#include <numeric>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -19,11 +22,17 @@ std::string formatted(const char *catalogue, int id, ...) {
 }
 
 TEST(Messages, HaveATextWithTheirArguments) {
+    std::vector<int> numbers(32, 4912);
+    std::iota(numbers.begin() + 1, numbers.end(), 20352);
+    std::vector<int> listed;
     std::set<std::string> texts;
-    for (int id = 20352; id <= 20382; ++id)
-        texts.insert(vxMessageText("vxmsg", id));
-    texts.insert(vxMessageText("vxmsg", 4912));
-    EXPECT_EQ(texts.size(), 32U);  // all there, all different
+#define VX_CHECK(number, name, text) \
+    listed.push_back(name);          \
+    texts.insert(text);              \
+    EXPECT_STREQ(vxMessageText("vxmsg", number), text);
+    VX_MESSAGES(VX_CHECK)
+    EXPECT_EQ(listed, numbers);
+    EXPECT_EQ(texts.size(), numbers.size());  // all different
     EXPECT_NE(formatted("vxmsg", 20363, "a.sgi").find("\"a.sgi\""), std::string::npos);
     EXPECT_NE(formatted("vxmsg", 20363, nullptr).find("(null)"), std::string::npos);
     EXPECT_NE(formatted("vxmsg", 20376, 3, 1).find("3 and 1"), std::string::npos);

@@ -18,10 +18,10 @@ namespace {
 constexpr std::size_t kMaxPacket = 126;  // elements in a packet; the format would allow 127
 constexpr unsigned kLiteral = 0x80;
 
-// With slack on both sides a packet is moved in chunks of a fixed size, which is faster than its
-// exact length. The slack is a head and the longest packet, rounded up to chunks.
+// A packet is moved in chunks of a fixed size where there is room for the longest packet in whole
+// chunks, which is faster than its exact length.
 constexpr std::size_t kChunk = 16;
-constexpr std::size_t kSlack = 1 + 128;
+constexpr std::size_t kChunkedPacket = 128;
 
 // ---- Encoding
 
@@ -50,14 +50,19 @@ Out *putRun(std::size_t length, In value, Out *out) {
 }
 
 // The end of a literal: the first of three equal neighbours at or after `at`, or else the last
-// element but one; `at` itself if fewer than three elements are left.
+// element but one; `at` itself if fewer than three elements are left. No three equal neighbours
+// contain two different ones, so the search steps over both.
 template <typename In>
 const In *literalEnd(const In *at, const In *end) {
-    if (end - at < 3) return at;
-    const In *third = at + 2;
-    while (third != end && !(third[-2] == third[-1] && third[-1] == third[0]))
-        ++third;
-    return third - 2;
+    const auto count = static_cast<std::size_t>(end - at);
+    if (count < 3) return at;
+    std::size_t third = 2;
+    while (third < count) {
+        const bool equal = at[third - 1] == at[third];
+        if (equal && at[third - 2] == at[third]) return at + third - 2;
+        third += equal ? 1 : 2;
+    }
+    return end - 2;
 }
 
 // Four equal elements at a time, then one.
@@ -102,7 +107,9 @@ struct Bounds {
     }
     // What a chunk writes after the end of its packet is overwritten by the next packets, or
     // cleared at the end.
-    bool hasSlack(const In *in, const Out *out) const { return holds(in, kSlack, out, kSlack); }
+    bool hasSlack(const In *in, std::size_t take, const Out *out) const {
+        return holds(in, take, out, kChunkedPacket);
+    }
     void clearRest(Out *out) const { std::fill(out, outEnd, Out{0}); }
 };
 
@@ -111,48 +118,54 @@ template <typename In, typename Out>
 struct NoBounds {
     bool atEnd(const In *) const { return false; }
     bool holds(const In *, std::size_t, const Out *, std::size_t) const { return true; }
-    bool hasSlack(const In *, const Out *) const { return false; }
+    bool hasSlack(const In *, std::size_t, const Out *) const { return false; }
     void clearRest(Out *) const {}
 };
 
-template <typename In, typename Out>
-void copyChunks(const In *in, Out *out, std::size_t count) {
+template <typename In, typename Out, typename Limits>
+bool copyLiteral(const In *in, Out *out, std::size_t count, const Limits &limits) {
+    if (!limits.hasSlack(in, kChunkedPacket, out)) {
+        if (!limits.holds(in, count, out, count)) return false;
+        for (std::size_t i = 0; i < count; ++i)
+            out[i] = static_cast<Out>(in[i]);
+        return true;
+    }
     for (std::size_t i = 0; i < count; i += kChunk) {
         In chunk[kChunk];
         std::memcpy(chunk, in + i, sizeof chunk);
         for (std::size_t k = 0; k < kChunk; ++k)
             out[i + k] = static_cast<Out>(chunk[k]);
     }
+    return true;
 }
 
-template <typename Out>
-void fillChunks(Out *out, Out value, std::size_t count) {
+template <typename In, typename Out, typename Limits>
+bool fillRun(const In *in, Out *out, std::size_t count, const Limits &limits) {
+    const bool slack = limits.hasSlack(in, 1, out);
+    if (!slack && !limits.holds(in, 1, out, count)) return false;
+    const auto value = static_cast<Out>(*in);
+    if (!slack) {
+        std::fill_n(out, count, value);
+        return true;
+    }
     for (std::size_t i = 0; i < count; i += kChunk)
         std::fill_n(out + i, kChunk, value);
+    return true;
 }
 
 // Decodes up to the end mark or the end of the stored row; false if a packet breaks a bound.
 template <typename In, typename Out, template <typename, typename> class Limits>
 bool decode(const In *in, Out *out, const Limits<In, Out> &limits) {
     while (!limits.atEnd(in)) {
-        const bool slack = limits.hasSlack(in, out);
         const unsigned head = *in++;
         const std::size_t count = head & 0x7F;
         if (count == 0) break;
         if ((head & kLiteral) != 0) {
-            if (slack) {
-                copyChunks(in, out, count);
-            } else {
-                if (!limits.holds(in, count, out, count)) return false;
-                for (std::size_t i = 0; i < count; ++i)
-                    out[i] = static_cast<Out>(in[i]);
-            }
+            if (!copyLiteral(in, out, count, limits)) return false;
             in += count;
-        } else if (slack) {
-            fillChunks(out, static_cast<Out>(*in++), count);
         } else {
-            if (!limits.holds(in, 1, out, count)) return false;
-            std::fill_n(out, count, static_cast<Out>(*in++));
+            if (!fillRun(in, out, count, limits)) return false;
+            ++in;
         }
         out += count;
     }
