@@ -274,8 +274,9 @@ VX_API uint16_t *vxImageAllocRowBuffer(VxImage *image);
  * is set). pixelsLeft is 0 after each of these failures.
  *
  * With the last row the result is -1, too, and VX_IMAGE_EOF is set: the row is loaded, nextPixel is
- * at its first element, and pixelsLeft is xSize - 1. A further call loads row 0 of the last plane.
- * There is one row in dimension 1, and one plane in dimensions 1 and 2.
+ * at its first element, and pixelsLeft is xSize - 1. So steps give all its elements but the last,
+ * which is then at nextPixel. A further call loads row 0 of the last plane. Dimension 1 has one
+ * row, and dimensions 1 and 2 have one plane.
  */
 VX_API int vxImageFillPixels(VxImage *image);
 

@@ -487,10 +487,10 @@ TEST_F(Image, DamagedRows) {
         for (const DataRow &test : dataRows("image.txt", "damaged rows")) {
             SCOPED_TRACE(testing::PrintToString(test));
             const Row stored = numbersIn(test[0]);
-            const Row expected = numbersIn(test[3]);
+            const Row expected = numbersIn(test[4]);
             const auto own = static_cast<unsigned>(stored.size()) * elementBytes;
             Bytes file = header(0x100 + elementBytes, 2, 6, 1, 1);
-            append(file, 520);
+            append(file, static_cast<unsigned>(std::stoul(test[2])));
             const auto size = static_cast<unsigned>(std::stoi(test[1]));
             append(file, test[1].starts_with('+') ? own + size : size);
             for (const unsigned element : stored) {
@@ -503,29 +503,14 @@ TEST_F(Image, DamagedRows) {
             VxImage *image = open();
             ASSERT_NE(image, nullptr);
             Row row(7, 0xABCD);
-            EXPECT_EQ(vxImageGetRow(image, row.data(), 0, 0), expected.empty() ? -1 : 6);
-            EXPECT_EQ(reported(), test[2]);
+            for (int again = 0; again < 2; ++again) {
+                EXPECT_EQ(vxImageGetRow(image, row.data(), 0, 0), expected.empty() ? -1 : 6);
+                EXPECT_EQ(reported(), test[3]);
+            }
             EXPECT_EQ(row[6], 0xABCD);
             EXPECT_TRUE(expected.empty() || Row(row.begin(), row.begin() + 6) == expected);
             EXPECT_EQ(vxImageClose(image), 0);
         }
-    }
-}
-
-TEST_F(Image, ARowAtAnyPositionIsOneOfTheFile) {
-    for (const unsigned start : {0x80000000U, 0xFFFFFFFFU, 0xFFFFFFFEU, 600U}) {
-        Bytes file = header(0x101, 2, 6, 1, 1);
-        append(file, start);
-        append(file, 7);
-        write(file);
-        VxImage *image = open();
-        std::uint16_t row[6] = {1, 1, 1, 1, 1, 1};
-        for (int again = 0; again < 2; ++again) {
-            EXPECT_EQ(vxImageGetRow(image, row, 0, 0), -1);
-            EXPECT_EQ(reported(), "20380");
-        }
-        EXPECT_EQ(row[0], 1);
-        EXPECT_EQ(vxImageClose(image), 0);
     }
 }
 

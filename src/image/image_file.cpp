@@ -41,8 +41,7 @@ bool writeHeader(int file, const VxImage *image, bool swapped) {
 
 // ---- Opening
 
-// All arguments in one function: the caller of a function that takes from a va_list may not use it
-// any more.
+// Takes all arguments at once: after the return the callers must not take more from the list.
 void takeArguments(VxImage *image, va_list arguments) {
     const auto next = [&] { return static_cast<std::uint16_t>(va_arg(arguments, unsigned)); };
     image->type = next();
