@@ -130,8 +130,8 @@ typedef struct VxImage {
  * if the new image is shorter, the old bytes after its end remain. A new image is named after the
  * text of the message DEFAULT_NAME.
  *
- * The result ends with vxImageClose. On failure the result is null after one of these messages;
- * everything is released, and the file is closed:
+ * Close the result with vxImageClose. On failure it is null after one of these messages; everything
+ * is released, and the file is closed:
  *
  *   HANDLE_OUT_OF_MEMORY
  *   READ_WRITE_MODE         the mode has a "+"
@@ -157,8 +157,8 @@ VX_API VxImage *vxImageOpen(const char *name, const char *mode, ...);
  *
  * A first letter other than "r" and "w" is of use here only: with a descriptor for both directions
  * it changes an image in place. New run-length rows would then overwrite the stored ones, because
- * appendOffset starts right after the tables. Set it to the length of the file before the first
- * row. (vxImageOpen opens the file read-only, so that nothing can be written.)
+ * appendOffset starts right after the tables. Before writing the first row, set it to the length of
+ * the file. (vxImageOpen opens the file read-only, so that nothing can be written.)
  */
 VX_API VxImage *vxImageOpenFd(int file, const char *mode, ...);
 
@@ -172,15 +172,16 @@ VX_API VxImage *vxImageOpenFd(int file, const char *mode, ...);
  * the caller may try again. With a pipe, or a file opened by name with mode "a", each try fails:
  * set `flags` to VX_IMAGE_READ, and the next close only releases the handle and the descriptor.
  *
- * A failure of the flush does not show in the result: to learn of it, call vxImageFlush first.
+ * The result does not show whether the pending row of a pixel stream could be written. To learn
+ * that, call vxImageFlush first.
  */
 VX_API int vxImageClose(VxImage *image);
 
 /*
- * Writes a partly filled row of the pixel stream and the row tables to the file; the header
- * follows at close. The elements not yet filled are those of the row before, or zeros in the first
- * row. The row remains pending: the next flush and the close write it again, and a run-length row
- * then wastes the bytes of its earlier copy.
+ * Writes the pending row of the pixel stream, full or partly filled, and the row tables to the
+ * file; the header follows at close. Elements not yet filled are those of the row before, or zeros
+ * in the first row. The row remains pending: the next flush and the close write it again, and a
+ * run-length row then wastes the bytes of its earlier copy.
  *
  * The result is 0, also for a handle opened for reading. It is -1 if the row failed
  * (VX_IMAGE_ERROR is set) or a table could not be written (FLUSH_STARTS_FAILED,
@@ -264,8 +265,7 @@ VX_API uint16_t *vxImageAllocRowBuffer(VxImage *image);
  * larger, the first row fails when it is read. When written, each value goes to a row of its own,
  * and from the second value on each call fails.
  *
- * On a handle of the wrong direction a step may be taken any number of times: it gives -1 and
- * neither reads nor stores an element.
+ * On a handle opened for the other direction every step gives -1, however often it is taken.
  */
 
 /*
