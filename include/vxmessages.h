@@ -65,7 +65,7 @@ enum {
 
 /* The numbers by name. */
 enum {
-#define VX_MESSAGE_NUMBER(number, name, text) name = number,
+#define VX_MESSAGE_NUMBER(number, name, text) name = (number),
     VX_MESSAGES(VX_MESSAGE_NUMBER)
 #undef VX_MESSAGE_NUMBER
 };
