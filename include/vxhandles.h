@@ -28,6 +28,7 @@
 #define VXHANDLES_H
 
 #include "vximage.h"
+#include "vxmessages.h"
 #include "vxpool.h"
 #include "vxsampling.h"
 #include "vxsearchpath.h"
@@ -57,7 +58,7 @@ inline bool writeImageHeader(VxImage *image) {
     if (vxImageFileSeek(image, 0) == 0 &&
         vxImageFileWrite(image, &block, kBlockBytes) == kBlockBytes)
         return true;
-    vxImageError(20352);
+    vxImageError(VX_MESSAGE_IMAGE_CLOSE_HEADER_FAILED);
     return false;
 }
 
@@ -147,7 +148,7 @@ inline VxUniquePool vxPoolMake(int elementSize, int elementsPerBlock) {
  * for null. Rows that failed before do not count: vxImagePutRow has reported them.
  *
  * The image is released in both cases, so there is no second try. Messages: those of vxImageFlush,
- * 20352 if the header cannot be written, and 20355.
+ * CLOSE_HEADER_FAILED and CLOSE_FAILED.
  */
 [[nodiscard]] inline bool vxImageFinish(VxUniqueImage image) {
     return image != nullptr && vx::detail::finishImage(image.release());
@@ -263,7 +264,8 @@ inline std::optional<VxPicture> vxPictureRead(const char *path,
 /*
  * Writes a picture to a file in the byte order that other programs read. `storage` is
  * VX_IMAGE_RUN_LENGTH or VX_IMAGE_VERBATIM. In a one-byte picture the low 8 bits of each element
- * are stored. Rows beyond the limits of reading (see vximage.h) are written all the same.
+ * are stored. Rows beyond VX_IMAGE_MAX_ONE_BYTE_ROW and its
+ * like are written all the same.
  *
  * True if the file is complete. False after a message of vxImageOpen, vxImagePutRow or
  * vxImageFinish; the file is incomplete then. False with no file touched for a null path, a
@@ -278,7 +280,7 @@ inline std::optional<VxPicture> vxPictureRead(const char *path,
                     static_cast<unsigned>(picture.width), static_cast<unsigned>(picture.height),
                     static_cast<unsigned>(picture.planes)));
     if (image == nullptr) return false;
-    vxImageUsePublishedOrder(image.get());
+    vxImageUseBigEndian(image.get());
     for (int z = 0; z < picture.planes; ++z) {
         for (int y = 0; y < picture.height; ++y) {
             auto *row = const_cast<std::uint16_t *>(picture.row(y, z));  // which is only read

@@ -68,9 +68,10 @@ VX_API void *vxPoolAlloc(VxPool *pool);
  * if `count` is below 1. Each element may be freed like any other. vxPoolAlloc continues in its
  * current block.
  *
- * If the block cannot be allocated, the process ends: vxMessageReport gets message 4912 of "vxmsg"
- * with severity 5, and then abort is called. The argument of the message is an int, the bytes of
- * the block with its header. It is at most 2147483647, and 0 if elementSize is below 1.
+ * If the block cannot be allocated, the process ends: vxMessageReport gets
+ * VX_MESSAGE_POOL_OUT_OF_MEMORY with VX_SEVERITY_FATAL, and then abort is called. The argument of
+ * the message is an int, the bytes of the block with its header. It is at most 2147483647, and 0 if
+ * elementSize is below 1.
  */
 VX_API void *vxPoolAllocBlock(VxPool *pool, int count);
 

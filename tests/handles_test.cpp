@@ -90,7 +90,7 @@ TEST_F(Handles, OwnersHoldAndRelease) {
 
 VxUniqueImage halfWritten(unsigned storage, bool published) {
     VxUniqueImage image(vxImageOpen(kFile.c_str(), "w", storage | 2U, 3U, 3U, 2U, 2U));
-    if (published) vxImageUsePublishedOrder(image.get());
+    if (published) vxImageUseBigEndian(image.get());
     std::uint16_t row[] = {7, 7, 9};
     EXPECT_EQ(vxImagePutRow(image.get(), row, 1, 1), 3);
     vxImageSeekRow(image.get(), 0, 0);

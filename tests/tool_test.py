@@ -240,14 +240,14 @@ class ToolTest(unittest.TestCase):
             (self.folder / name).write_bytes(data)
         done = subprocess.run([PROGRAM, 'image', 'check', 'bad', 'good'], cwd=self.folder, env=self.environment,
                               capture_output=True, text=True, check=False)
-        what = 'reading an image: a row is damaged or not in the file'
+        what = 'reading an image: a row is damaged or incomplete'
         self.assertEqual(done.stderr.splitlines(), [
             f'vxutil: bad: plane 0, row 2: {what}', f'vxutil: bad: plane 1, rows 5 to 6: {what}',
             'vxutil: bad: plane 2, row 22: was never written'])
         self.assertEqual((done.returncode, done.stdout), (1, 'good: good, 87 rows read\n'))
 
         for error, data in (
-                ('short for a header', b''), ('no image', b'x' * 600), ('row starts', good[:700]),
+                ('header is incomplete', b''), ('not an SGI image', b'x' * 600), ('row starts', good[:700]),
                 ('elements of 3 bytes', image_head(1, 1, 1, kind=3)), ('neither', image_head(1, 1, 1, kind=0x201)),
                 ('dimension 4', image_head(1, 1, 1, dimension=4)), ('no elements', image_head(1, 1, 0)),
                 ('cannot be reached', image_head(2, 2, 2, dimension=2) + b'12345678'),

@@ -22,10 +22,6 @@ namespace tool {
 namespace {
 
 constexpr unsigned kMaxPlanes = 4;
-constexpr unsigned kMaxSide = 65535;  // of an image file
-constexpr std::uint64_t kMaxPosition = 0xFFFFFFFE;
-constexpr std::int32_t kLongestStoredRow = 32767;
-constexpr std::size_t kLongestName = 79;
 
 // Rows of a file lie from the bottom of the picture up.
 class ImageSource : public PictureSource {
@@ -83,7 +79,7 @@ public:
             throw Error(path, writeMessage(file.get(), "cannot be written"));
         }
         file.release();
-        if (!settings.hostOrder) vxImageUsePublishedOrder(image_.get());
+        if (!settings.hostOrder) vxImageUseBigEndian(image_.get());
         if (settings.name) vxImageSetName(image_.get(), settings.name->c_str());
     }
 
@@ -100,7 +96,7 @@ public:
             if (vxImagePutRow(image_.get(), line, y_, z) < 0) {
                 throw Error(path_, writeMessage(image_->file, "a row could not be written"));
             }
-            if (vxImageRowSize(image_.get()) > kLongestStoredRow) {
+            if (vxImageRowSize(image_.get()) > VX_IMAGE_MAX_STORED_ROW) {
                 throw Error(path_,
                             "a run-length row is longer than can be read back; try --verbatim");
             }
@@ -136,7 +132,7 @@ void checkForm(const std::string &input, const PictureForm &form) {
 
 // Can an image file take the picture so that it can be read again?
 void checkFits(const std::string &input, const PictureForm &form, bool verbatim) {
-    if (form.width > kMaxSide || form.height > kMaxSide) {
+    if (form.width > VX_IMAGE_MAX_SIDE || form.height > VX_IMAGE_MAX_SIDE) {
         throw Error(input, "is more than 65535 elements wide or high");
     }
     if (!verbatim) return;
@@ -145,7 +141,7 @@ void checkFits(const std::string &input, const PictureForm &form, bool verbatim)
     }
     const std::uint64_t rowBytes = std::uint64_t{form.width} * form.elementBytes;
     if (VX_IMAGE_FILE_HEAD + rowBytes * (std::uint64_t{form.height} * form.planes - 1) >
-        kMaxPosition) {
+        VX_IMAGE_MAX_POSITION) {
         throw Error(input, "takes more than the 4 GiB of an image file; try --rle");
     }
 }
@@ -173,7 +169,7 @@ int convertPicture(const std::string &input, const std::string &output,
                                    : "a PNG file has no storage, byte order or name to set");
         return kUsage;
     }
-    if (settings.name.value_or("").size() > kLongestName) {
+    if (settings.name.value_or("").size() > VX_IMAGE_MAX_NAME) {
         printError(*settings.name, "is longer than the 79 bytes of a name");
         return kUsage;
     }

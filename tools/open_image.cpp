@@ -53,7 +53,7 @@ bool isVerbatim(const VxImage *image) {
 }
 
 int widestVerbatimRow(int elementBytes) {
-    return elementBytes == 1 ? 32768 : 16383;
+    return elementBytes == 1 ? VX_IMAGE_MAX_ONE_BYTE_ROW : VX_IMAGE_MAX_TWO_BYTE_ROW;
 }
 
 std::string headerFault(const VxImage *image) {

@@ -16,7 +16,7 @@ ImageFile::ImageFile(const char *path, int width, int height, const char *title)
                          static_cast<unsigned>(width), static_cast<unsigned>(height), 3U)) {
     check(image_ != nullptr);
     if (!good_) return;
-    vxImageUsePublishedOrder(image_.get());
+    vxImageUseBigEndian(image_.get());
     vxImageSetName(image_.get(), title);
 }
 

@@ -7,6 +7,7 @@
 #include "pool/poison.h"
 
 #include <vxframework.h>
+#include <vxmessages.h>
 #include <vxpool.h>
 
 #include <algorithm>
@@ -21,9 +22,6 @@ namespace {
 
 using vx::poison;
 using vx::unpoison;
-
-constexpr int kOutOfMemory = 4912;
-constexpr int kFatal = 5;
 
 std::size_t sizeOf(const VxPool *pool) {
     return static_cast<std::size_t>(pool->elementSize);
@@ -126,7 +124,8 @@ bool startBlock(VxPool *pool) {
 
 [[noreturn]] void endProcess(const VxPool *pool, int count) {
     const std::int64_t bytes = std::min<std::int64_t>(blockBytes(pool, count), INT32_MAX);
-    vxMessageReport("vxmsg", kFatal, kOutOfMemory, static_cast<int>(bytes));
+    vxMessageReport(VX_MESSAGE_CATALOGUE, VX_SEVERITY_FATAL, VX_MESSAGE_POOL_OUT_OF_MEMORY,
+                    static_cast<int>(bytes));
     std::abort();
 }
 
