@@ -3,7 +3,7 @@
 
 #include "fuzz/fuzz.h"
 #include "pattern/pattern_compiler.h"
-#include "tests/pattern_model.h"
+#include "fuzz/models/pattern_model.h"
 
 #include <algorithm>
 #include <cstring>
