@@ -498,55 +498,105 @@ TEST_F(SettingsFaults, KilledAtAnyCall) {
 
 // ---- Pinned streams
 
-class StreamFaults : public Faults {
+constexpr char kUsersLocale[] = "de_DE.UTF-8";
+static std::string localeAtClose;
+
+class Streams : public Faults {
 protected:
-    StreamFaults() {
-        EXPECT_NE(std::setlocale(LC_NUMERIC, "de_DE.UTF-8"), nullptr);
+    Streams() {
+        EXPECT_NE(std::setlocale(LC_NUMERIC, kUsersLocale), nullptr);
         vx::allocatorLockCreate();
         vx::streamMapBuild();
     }
-    ~StreamFaults() override {
+    ~Streams() override {
         vx::streamMapTearDown();
         std::setlocale(LC_NUMERIC, "C");
     }
+    static FILE *open() { return vxStreamOpen("/dev/null", "r+"); }
+    static void expectLocale(const char *expected) {
+        EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), expected);
+    }
 };
 
+TEST_F(Streams, PinTheLocaleUntilTheyAreClosed) {
+    FILE *stream = vxStreamOpen(file_.c_str(), "w+");
+    ASSERT_NE(stream, nullptr);
+    EXPECT_EQ(vxStreamOpen("/nowhere/at/all", "r"), nullptr);
+    std::fprintf(stream, "%.2f", 1.25);
+    std::rewind(stream);
+    char text[8] = "";
+    EXPECT_STREQ(std::fgets(text, sizeof text, stream), "1.25");
+    expectLocale("C");
+    faults::observer = [](const char *) { localeAtClose = std::setlocale(LC_NUMERIC, nullptr); };
+    EXPECT_EQ(vxStreamClose(stream), 0);
+    faults::observer = nullptr;
+    EXPECT_EQ(localeAtClose, kUsersLocale) << "what closing a file calls has the user's locale";
+    expectLocale(kUsersLocale);
+}
+
+TEST_F(Streams, BringBackTheLocaleThatTheyFound) {
+    FILE *a = open(), *b = open();
+    EXPECT_EQ(vxStreamClose(b), 0);
+    expectLocale("C");
+    EXPECT_EQ(vxStreamClose(a), 0);
+    expectLocale(kUsersLocale);
+    FILE *other = std::fopen("/dev/full", "w");  // not opened as a pinned stream
+    std::fputc('x', other);
+    EXPECT_EQ(vxStreamClose(other), EOF);
+    expectLocale(kUsersLocale);
+    FILE *lost = open();
+    std::fclose(lost);
+    FILE *again = open();  // inherits what the lost one found
+    EXPECT_EQ(vxStreamClose(again), 0);
+    expectLocale(again == lost ? kUsersLocale : "C");
+    std::setlocale(LC_NUMERIC, kUsersLocale);
+    a = open();
+    b = open();
+    EXPECT_EQ(vxStreamClose(a), 0);
+    expectLocale(kUsersLocale);
+    EXPECT_EQ(vxStreamClose(b), 0);
+    expectLocale("C");
+}
+
+TEST_F(Streams, StayOpenWhenTheLibraryGoes) {
+    const int blocks = faults::blocksOut();
+    std::vector<FILE *> streams(100);
+    for (FILE *&stream : streams)
+        stream = open();
+    for (std::size_t i = 0; i < streams.size(); i += 2)
+        EXPECT_EQ(vxStreamClose(streams[i]), 0);
+    vx::streamMapTearDown();
+    EXPECT_EQ(faults::blocksOut(), blocks);
+    expectLocale("C");
+    for (std::size_t i = 1; i < streams.size(); i += 2)
+        EXPECT_EQ(std::fclose(streams[i]), 0);
+    vx::streamMapBuild();
+}
+
 // Whatever the C library says of a file, the locale comes back.
-TEST_F(StreamFaults, FilesThatFailBringTheLocaleBack) {
+TEST_F(Streams, BringTheLocaleBackIfTheFileFails) {
     strikeEach(faults::kOpen | faults::kOther, Effect::kRefuse, [](bool) {
-        FILE *stream = vxStreamOpen("/dev/null", "r");
-        EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), stream != nullptr ? "C" : "de_DE.UTF-8");
+        FILE *stream = open();
+        expectLocale(stream != nullptr ? "C" : kUsersLocale);
         const int closed = stream != nullptr ? vxStreamClose(stream) : EOF;
         EXPECT_EQ(closed, faults::disarm() ? EOF : 0);
-        EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "de_DE.UTF-8");
+        expectLocale(kUsersLocale);
     });
 }
 
-TEST_F(StreamFaults, WithoutMemoryForTheNameTheCloseBringsNothingBack) {
-    faults::arm(faults::kMemory, 1, false, Effect::kRefuse);
-    FILE *stream = vxStreamOpen("/dev/null", "r");
-    EXPECT_TRUE(faults::disarm());
-    ASSERT_NE(stream, nullptr);
-    EXPECT_EQ(vxStreamClose(stream), 0);
-    EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
-}
-
-TEST_F(StreamFaults, WithoutMemoryForTheNoteTheProcessEnds) {
-    const auto openWithoutMemory = [] {
-        faults::arm(faults::kMemory, 2, true, Effect::kRefuse);
-        vxStreamOpen("/dev/null", "r");
+TEST_F(Streams, ReuseTheMemoryOfClosedOnesAndEndTheProcessWithoutAny) {
+    const auto openWithout = [](int allocation) {  // and all after it
+        faults::arm(faults::kMemory, allocation, true, Effect::kRefuse);
+        FILE *stream = open();
+        faults::disarm();
+        return stream;
     };
-    EXPECT_EXIT(openWithoutMemory(), testing::ExitedWithCode(1), "^out of memory\n$");
-}
-
-TEST_F(StreamFaults, ANoteGivenBackServesTheNextStream) {
-    vxStreamClose(vxStreamOpen("/dev/null", "r"));
-    faults::arm(faults::kMemory, 2, true, Effect::kRefuse);
-    FILE *stream = vxStreamOpen("/dev/null", "r");
-    EXPECT_EQ(vxStreamClose(stream), 0);
-    EXPECT_EQ(vxStreamClose(std::fopen("/dev/null", "r")), 0);  // takes no memory either
-    EXPECT_FALSE(faults::disarm());
-    EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "de_DE.UTF-8");
+    EXPECT_EXIT(openWithout(2), testing::ExitedWithCode(1), "^out of memory\n$");
+    EXPECT_EQ(vxStreamClose(open()), 0);
+    EXPECT_EQ(vxStreamClose(openWithout(2)), 0);
+    expectLocale(kUsersLocale);
+    EXPECT_EQ(vxStreamClose(openWithout(1)), 0);  // the name of the locale is lost
+    expectLocale("C");
 }
 
 }  // namespace
