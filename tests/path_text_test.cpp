@@ -3,8 +3,8 @@
 #include "searchpath/path_text.h"
 
 #include "data_rows.h"
+#include "fuzz/models/path_model.h"
 #include "in_locale.h"
-#include "path_model.h"
 
 #include <vxsearchpath.h>
 

@@ -2,13 +2,14 @@
 
 #include "platform/registry.h"
 
+#include "platform/posix/registry_file.h"
+#include "scratch_folder.h"
+
+#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -17,23 +18,13 @@
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace vx;
 
 constexpr char kPath[] = "Software\\A Key";
 
-// A folder for the files of the registry.
-class Folder {
-public:
-    Folder() {
-        fs::create_directories(path);
-        ::setenv("VX_REGISTRY_DIR", path.c_str(), 1);
-    }
-    ~Folder() { fs::remove_all(path); }
-    Folder(const Folder &) = delete;
-    Folder &operator=(const Folder &) = delete;
-
-    const fs::path path = fs::temp_directory_path() / ("vxreg" + std::to_string(::getpid()));
+// Where the registry is while the object exists.
+struct Folder : ScratchFolder {
+    Folder() { ::setenv("VX_REGISTRY_DIR", path.c_str(), 1); }
 };
 
 // A life of the user's key.
@@ -49,10 +40,9 @@ void withKey(Work work) {
 template <typename Work>
 std::string worked(const std::string &text, Work work) {
     const Folder folder;
-    std::ofstream(folder.path / "user.reg", std::ios::binary) << text;
+    folder.write("user.reg", text);
     withKey(work);
-    std::ifstream in(folder.path / "user.reg", std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+    return folder.read("user.reg");
 }
 
 // Whoever owns the folder can still save when root has been there first.
@@ -63,35 +53,44 @@ TEST(Registry, WhatRootMakesIsTheFoldersOwners) {
     withKey([](RegistryKey &) {});
     for (const char *name : {"user.reg", "user.reg.lock"}) {
         struct stat status;
-        ASSERT_EQ(::stat((folder.path / name).c_str(), &status), 0);
+        ASSERT_EQ(::stat(folder.at(name).c_str(), &status), 0);
         EXPECT_EQ(status.st_uid, 65534U) << name;
     }
 }
 
 TEST(Registry, AChildDoesNotKeepTheLock) {
     const Folder folder;
-    int held[2];
-    ASSERT_EQ(::pipe(held), 0);
     pid_t child = -1;
     {
         Registry registry(RegistryRoot::kUser);
         RegistryKey key(registry, kPath);
         EXPECT_EQ(key.save(), SaveResult::kSaved);
         child = ::fork();
-        if (child == 0) {
-            char end;
-            ::close(held[1]);
-            ::_exit(static_cast<int>(::read(held[0], &end, 1)));  // there until the end of the test
-        }
+        if (child == 0) ::pause();  // with the lock file open, until the end of the test
     }
-    const int lock = ::open((folder.path / "user.reg.lock").c_str(), O_WRONLY);
+    const int lock = ::open(folder.at("user.reg.lock").c_str(), O_WRONLY);
     EXPECT_EQ(::flock(lock, LOCK_EX | LOCK_NB), 0);
     ::close(lock);
-    ::close(held[0]);
-    ::close(held[1]);
-    int status = -1;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    ::kill(child, SIGKILL);
+    EXPECT_EQ(::waitpid(child, nullptr, 0), child);
+}
+
+TEST(Registry, ItsFilesAreWhereTheEnvironmentSays) {
+    const struct {
+        const char *folder, *config, *home, *user, *machine;
+    } cases[] = {
+        {"/f", "/c", "/h", "/f/user.reg", "/f/machine.reg"},
+        {"", "/c", "/h", "/c/vxutil/user.reg", "/etc/vxutil/machine.reg"},
+        {"", "", "/h", "/h/.config/vxutil/user.reg", "/etc/vxutil/machine.reg"},
+        {"", "", "", "", "/etc/vxutil/machine.reg"},
+    };
+    for (const auto &test : cases) {
+        ::setenv("VX_REGISTRY_DIR", test.folder, 1);
+        ::setenv("XDG_CONFIG_HOME", test.config, 1);
+        ::setenv("HOME", test.home, 1);
+        EXPECT_EQ(registryFilePath(RegistryRoot::kUser), test.user);
+        EXPECT_EQ(registryFilePath(RegistryRoot::kMachine), test.machine);
+    }
 }
 
 constexpr char kHead[] = "REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\A Key]\n";
