@@ -105,8 +105,8 @@ inline std::string fileNameDifference(const std::string &text, const std::string
     all += difference("extension", extension, vxFileExtension(name.data()));
     all += difference("directory", directory(text, plain), vxFileDirectory(name.data()));
     all += difference("add none", cut(text), vxFileAddExtension(name.data(), nullptr));
-    all += difference("add", extended(cut(text), ending),
-                      vxFileAddExtension(name.data(), end.data()));
+    all +=
+        difference("add", extended(cut(text), ending), vxFileAddExtension(name.data(), end.data()));
     all += difference("remove", shorter, vxFileReplaceExtension(name.data(), nullptr));
     all += difference("replace", extended(shorter, ending),
                       vxFileReplaceExtension(name.data(), end.data()));
