@@ -63,7 +63,7 @@ std::string randomText(std::size_t max) {
 TEST(Texts, AreTreatedAsTheModelSays) {
     for (const char *page : {"C", "ja_JP.SJIS"}) {
         const InLocale locale(page);
-        for (int i = 0; i < 20000; ++i) {
+        for (std::size_t i = 0; i < 20000; ++i) {
             std::string name = randomText(4) + randomText(6);
             if (i % 4 == 0) name.insert(name.size() / 2, 244 + engine() % 20, 'x');
             if (i % 16 == 0) name += std::string(engine() % 300, 'y');
