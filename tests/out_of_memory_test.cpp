@@ -37,7 +37,7 @@ TEST(OutOfMemory, ListsStayAsTheyWere) {
     using Texts = VxOwningList<std::string>;
     Texts five;
     for (const char *text : {"a", "b", "c", "d", "e"})
-        five.append(text);
+        EXPECT_TRUE(five.append(text));
     failEach([&five] {
         Texts list = withMemory<Texts>(five);
         const bool one = list.insert(2, "x");
@@ -53,7 +53,11 @@ TEST(OutOfMemory, ListsStayAsTheyWere) {
         EXPECT_EQ(list[0], "a");
         const Texts copy(list);
         EXPECT_TRUE(copy.length() == 0 || copy[0] == "a");
-        return one && all && middle && copy.length() == 1;
+        VxOwningList<Texts> lists;
+        const bool nested = lists.append(five);
+        EXPECT_EQ(lists.length(), nested ? 1 : 0);
+        EXPECT_TRUE(!nested || lists[0].length() == 5);
+        return one && all && middle && nested && copy.length() == 1;
     });
     failEach([] {
         VxPointerList<bool> list;
