@@ -142,8 +142,8 @@ private:
     void rehashFrom(const VxHashTable &source);
     void makeBuckets(int numBuckets);
     void releaseBuckets();
-    Place find(unsigned int hash, const void *element);
     bool append(int bucket, unsigned int hash, void *stored);
+    inline Place find(unsigned int hash, const void *element);  // only the library calls it
 
     vx::detail::Buckets<VxPBucketList> buckets_;
     VxUIntList *hashBuckets_ = nullptr;  // entry for entry parallel to the element lists

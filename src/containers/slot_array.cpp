@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 
 namespace vx::slots {
 
@@ -25,19 +24,9 @@ void copySlots(void **to, void *const *from, int n) {
 
 }  // namespace
 
-bool makeRoom(SlotArray &array, int index, int n) {
-    assert(index >= 0 && index <= array.count);
-    if (n > std::numeric_limits<int>::max() - array.count) return false;
-    array.count += n;
-    if (array.count > array.capacity) {
-        grow(array, index, n);
-        if (array.count <= array.capacity) return true;
-        array.count -= n;
-        return false;
-    }
+void openGap(SlotArray &array, int index, int n) {
     const int after = array.count - index - n;
     if (after > 0) std::memmove(array.slots + index + n, array.slots + index, bytes(after));
-    return true;
 }
 
 void grow(SlotArray &array, int index, int n) {

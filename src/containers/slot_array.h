@@ -6,17 +6,32 @@
 
 #include <vxarraylist.h>
 
+#include <limits>
+
 namespace vx::slots {
 
 using detail::SlotArray;
 
-// Raises the count by n and makes room before `index`. False out of memory or beyond the largest
-// capacity; nothing has changed then.
-bool makeRoom(SlotArray &array, int index, int n);
-
-// The same for a count that has risen by n already and exceeds the capacity. On failure the
-// capacity stays below the count.
+// Make room for n slots before `index`. `count` has risen by n already; it exceeds the capacity in
+// grow, but not in openGap. If grow fails, the capacity stays below the count: memory ran out, or
+// the list would exceed the largest capacity.
 void grow(SlotArray &array, int index, int n);
+void openGap(SlotArray &array, int index, int n);
+
+// Raises the count by n and makes room before `index`. On failure nothing has changed.
+inline bool makeRoom(SlotArray &array, int index, int n) {
+    assert(index >= 0 && index <= array.count);
+    if (n > std::numeric_limits<int>::max() - array.count) return false;
+    array.count += n;
+    if (array.count <= array.capacity) {
+        openGap(array, index, n);
+        return true;
+    }
+    grow(array, index, n);
+    if (array.count <= array.capacity) return true;
+    array.count -= n;
+    return false;
+}
 
 // Removes n slots at `first`. `count` has fallen by n already.
 void closeGap(SlotArray &array, int first, int n);
