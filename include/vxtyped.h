@@ -7,6 +7,8 @@
  *     VxPointerList<T>                T *, the caller's pointers; T may be const
  *     VxPointerTable<T>
  *
+ * Examples, with a class Widget:
+ *
  *     VxOwningList<Widget> widgets;
  *     if (!widgets.append(Widget("knob"))) ...;   // out of memory
  *     for (Widget &widget : widgets) widget.paint();
@@ -28,10 +30,12 @@
  *    The same happens if T is itself a list or table and its copy lacks elements. A class T with
  *    such a member should compare the lengths in its copy constructor, and throw.
  *  - No exception leaves these classes. `Hash` and `Equal` of a table must not throw, nor may
- *    copying them.
- *  - A move takes the storage, in constant time, and leaves its source like a new list, or like a
- *    new table with 83 buckets.
- *  - Copying a const list or table writes nothing to it, so threads may copy it at the same time.
+ *    their copy constructors.
+ *  - Assignment of a table takes the number of buckets of its source; copyObjects keeps its own.
+ *  - A move takes the storage in constant time, copies no element, and leaves an empty source that
+ *    can be used again. A table that was moved from has the former buckets of the target, or 83
+ *    after a move constructor.
+ *  - Copying a const list or table writes nothing to it, so several threads may copy it at once.
  */
 #ifndef VXTYPED_H
 #define VXTYPED_H

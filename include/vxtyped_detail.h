@@ -159,16 +159,16 @@ T *newCopy(const T &element) {
 #endif
 }
 
-// A list or table that a move takes the storage from.
+// Adds a move that takes the storage. Its source must stay usable, so a table gets new buckets.
 template <typename Base>
 class Movable : public Base {
 protected:
     using Base::Base;
     Movable() = default;
     Movable(const Movable &) = default;
+    // Two constructors, because a table without an argument would have no buckets to leave behind.
     Movable(Movable &&source) noexcept requires AnyList<Base> { exchange(source); }
     Movable(Movable &&source) noexcept requires AnyTable<Base> : Base(0) { exchange(source); }
-    ~Movable() override = default;
     Movable &operator=(const Movable &) = default;
     Movable &operator=(Movable &&source) noexcept {
         if (this != &source) {

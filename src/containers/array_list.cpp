@@ -59,6 +59,7 @@ void VxArrayList::append(const VxArrayList &list) {
 void VxArrayList::remove(int first, int n) {
     if (n == 0) return;
     assert(first >= 0 && n > 0 && n <= array_.count - first);
+    // The count falls first, so hooks see the new length.
     array_.count -= n;
     if (slots::isSparse(array_)) {
         shrink(first, n);
@@ -80,6 +81,7 @@ void VxArrayList::grow(int index, int n) {
 }
 
 void VxArrayList::shrink(int first, int n) {
+    // Allocated before the first element goes: failing then costs nothing but the unused slots.
     const slots::Storage smaller = slots::allocateSmaller(array_);
     for (int i = first; i < first + n; ++i)
         destroyElement(array_.slots[i]);

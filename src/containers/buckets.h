@@ -17,7 +17,7 @@ inline int bucketCountOrDefault(int numBuckets) {
     return numBuckets > 0 ? numBuckets : kDefaultCount;
 }
 
-// False out of memory; there are no buckets then.
+// False out of memory; there are no buckets then. New lists have no slots yet.
 template <typename List>
 bool make(Buckets<List> &in, int number) {
     in.elementBuckets = new (std::nothrow) List[static_cast<std::size_t>(number)];
@@ -61,6 +61,7 @@ double meanUsedLength(const Buckets<List> &in) {
     return used == 0 ? 0.0 : static_cast<double>(countElements(in)) / used;
 }
 
+// In two passes: the sum of squares minus the square of the sum would lose digits.
 template <typename List>
 double varianceUsedLength(const Buckets<List> &in) {
     const int used = countUsed(in);

@@ -46,6 +46,7 @@ VxHashTable &VxHashTable::copyObjects(const VxHashTable &source) {
     return *this;
 }
 
+// Makes both arrays or none: whoever finds buckets also finds their hashes.
 void VxHashTable::makeBuckets(int numBuckets) {
     if (!buckets::make(buckets_, numBuckets)) return;
     hashBuckets_ = new (std::nothrow) VxUIntList[static_cast<std::size_t>(numBuckets)];
@@ -116,6 +117,7 @@ bool VxHashTable::append(int bucket, unsigned int hash, void *stored) {
     return false;
 }
 
+// Compares the whole hash first: equalElements is a virtual call, and often an expensive one.
 VxHashTable::Place VxHashTable::find(unsigned int hash, const void *element) {
     if (buckets_.numBuckets == 0) return {-1, -1};
     const int bucket = buckets_.indexOf(hash);
@@ -133,6 +135,7 @@ short VxHashTable::insert(const void *element) {
     const unsigned int hash = hashElement(element);
     const Place place = find(hash, element);
     if (place.bucket < 0 || place.found()) return 0;
+    // The copy comes first: if the hook rejects the element, no list has grown.
     void *copy = copyElement(element);
     if (copy == nullptr) return 0;
     if (append(place.bucket, hash, copy)) return 1;

@@ -34,6 +34,7 @@ void removeRange(SlotArray &array, int first, int n) {
     }
 }
 
+// Releases the old slots first, so that the new ones may take their memory.
 void assignArray(SlotArray &array, const SlotArray &source) {
     if (&array == &source) return;
     slots::release(array);

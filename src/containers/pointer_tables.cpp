@@ -37,6 +37,7 @@ void emptyBuckets(const Buckets<List> &in) {
         in.elementBuckets[i].empty();
 }
 
+// Copies each list as it is. False out of memory.
 template <typename List>
 bool copyBucketwise(const Buckets<List> &source, const Buckets<List> &in) {
     for (int i = 0; i < in.numBuckets; ++i) {
@@ -46,6 +47,7 @@ bool copyBucketwise(const Buckets<List> &source, const Buckets<List> &in) {
     return true;
 }
 
+// Adds each element to the bucket that it has in this number of buckets. False out of memory.
 template <typename List>
 bool rehashFrom(const Buckets<List> &source, const Buckets<List> &in) {
     for (int i = 0; i < source.numBuckets; ++i) {

@@ -7,6 +7,7 @@ namespace vx::slots {
 
 namespace {
 
+// The next power of two does not fit in an int.
 constexpr int kMaxCapacity = 1 << 30;
 
 std::size_t bytes(int n) {
@@ -58,6 +59,7 @@ void closeGap(SlotArray &array, int first, int n) {
 }
 
 Storage allocateSmaller(const SlotArray &array) {
+    // Ends at 2 at the latest: no count is below 2 >> 2.
     int capacity = array.capacity >> 1;
     while (capacity != 1 && array.count < capacity >> 2)
         capacity >>= 1;

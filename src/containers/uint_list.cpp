@@ -11,6 +11,7 @@ bool VxUIntList::append(unsigned int value) {
     const int last = length();
     VxArrayList::append(&value);
     if (length() == last) return false;
+    // An entry without a cell cannot stay, because at() reads the cell of every entry.
     if (get(last) != nullptr) return true;
     remove(last, 1);
     return false;
