@@ -117,9 +117,10 @@ bool VxHashTable::append(int bucket, unsigned int hash, void *stored) {
     return false;
 }
 
-// Compares the whole hash first: equalElements is a virtual call, and often an expensive one.
+// Inline, for the speed of look-ups. Compares the hashes first: equalElements is a virtual call,
+// and often an expensive one.
 VxHashTable::Place VxHashTable::find(unsigned int hash, const void *element) {
-    if (buckets_.numBuckets == 0) return {-1, -1};
+    if (buckets_.numBuckets <= 0) return {-1, -1};
     const int bucket = buckets_.indexOf(hash);
     const auto &stored = buckets_.slots(bucket);
     const VxUIntList &hashes = hashBuckets_[bucket];

@@ -66,7 +66,7 @@ Storage allocateSmaller(const SlotArray &array) {
     return {allocate(capacity), capacity};
 }
 
-void moveTo(const Storage &storage, SlotArray &array, int first, int n) {
+void moveTo(Storage storage, SlotArray &array, int first, int n) {
     if (storage.slots == nullptr) {
         closeGap(array, first, n);
         return;

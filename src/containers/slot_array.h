@@ -51,7 +51,7 @@ struct Storage {
 Storage allocateSmaller(const SlotArray &array);
 
 // Like closeGap, into other storage. Without any, the slots stay where they are.
-void moveTo(const Storage &storage, SlotArray &array, int first, int n);
+void moveTo(Storage storage, SlotArray &array, int first, int n);
 
 // Gives an array without storage the count and capacity of the source, and slots without
 // content. False out of memory; the array is empty then.
