@@ -209,7 +209,7 @@ public:
     }
 
     // True if a copy was added. False if an equal element is present or no copy could be made;
-    // `has` tells which.
+    // `has` shows which.
     bool insert(const T &element) { return Base::insert(std::addressof(element)) != 0; }
 
     // True if an equal element was present and is now destroyed.
@@ -276,8 +276,8 @@ public:
         return *this;
     }
 
-    // True if the pointer was added. False if it is present already or memory ran out; `has` tells
-    // which.
+    // True if the pointer was added. False if it is present already or memory ran out; `has`
+    // shows which.
     bool insert(T *element) { return Base::insert(element) != 0; }
 
     // True if the pointer was present and is now removed.

@@ -166,7 +166,7 @@ protected:
     using Base::Base;
     Movable() = default;
     Movable(const Movable &) = default;
-    // Two constructors, because a table without an argument would have no buckets to leave behind.
+    // Two constructors, because VxHashTable always takes a number of buckets.
     Movable(Movable &&source) noexcept requires AnyList<Base> { exchange(source); }
     Movable(Movable &&source) noexcept requires AnyTable<Base> : Base(0) { exchange(source); }
     Movable &operator=(const Movable &) = default;

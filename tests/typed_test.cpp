@@ -81,7 +81,7 @@ TEST(OwningList, ServesTheAlgorithms) {
     EXPECT_TRUE(it == list.begin() && it < list.end() && list.cend() - it == 3);
 }
 
-TEST(OwningContainers, EndEveryElementAndLeaveNothingHalfCopied) {
+TEST(OwningContainers, DestroyEveryElementAndUndoIncompleteCopies) {
     {
         using List = VxOwningList<Widget>;
         using Table = VxOwningTable<Widget, WidgetHash>;
@@ -165,7 +165,7 @@ TEST(PointerContainers, ServeTheAlgorithms) {
     EXPECT_EQ(std::ranges::count(std::as_const(list), &words[2]), 2);
 }
 
-TEST(PointerContainers, TellANullFromNothing) {
+TEST(PointerContainers, DistinguishNullFromAbsent) {
     int cell = 0;
     VxPointerTable<int> table(vxNumBuckets(3));
     table.insert(&cell);

@@ -12,13 +12,13 @@ namespace vx::slots {
 
 using detail::SlotArray;
 
-// Make room for n slots before `index`. `count` has risen by n already; it exceeds the capacity in
+// Open a gap of n slots before `index`. `count` has risen by n already; it exceeds the capacity in
 // grow, but not in openGap. If grow fails, the capacity stays below the count: memory ran out, or
 // the list would exceed the largest capacity.
 void grow(SlotArray &array, int index, int n);
 void openGap(SlotArray &array, int index, int n);
 
-// Raises the count by n and makes room before `index`. On failure nothing has changed.
+// Raises the count by n and opens the gap. On failure nothing has changed.
 inline bool makeRoom(SlotArray &array, int index, int n) {
     assert(index >= 0 && index <= array.count);
     if (n > std::numeric_limits<int>::max() - array.count) return false;
