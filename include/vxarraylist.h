@@ -58,9 +58,9 @@
  */
 class VX_API VxArrayList {
 public:
-    // Removes n elements from index `first` on and moves later ones down. destroyElement runs on
-    // them first, in ascending order. n of 0 does nothing, whatever `first` is.
-    // REQUIRES: first >= 0, n >= 0, first + n <= length().
+    // Removes the n elements that start at index `first`, and moves later ones down. destroyElement
+    // runs on them first, in ascending order. n of 0 does nothing, whatever `first` is. REQUIRES:
+    // first >= 0, n >= 0, first + n <= length().
     void remove(int first, int n);
 
     // Runs destroyElement on all elements in ascending order, then frees the slots.
@@ -106,7 +106,7 @@ protected:
     // `element`, so `element` must not be that value. REQUIRES: 0 <= index < length().
     void set(int index, const void *element);
 
-    // Inserts before the index a copy of one element, or copies of all elements of another list in
+    // Inserts before the index a copy of one element, or copies of every element of another list in
     // order. REQUIRES: 0 <= index <= length(); `list` is another list.
     void insert(int index, const void *element);
     void insert(int index, const VxArrayList &list);
@@ -236,7 +236,7 @@ private:
  *     VxPArrayListIterator     void *&          VxPArrayListConstIterator     void *
  *     VxCPArrayListIterator    const void *&    VxCPArrayListConstIterator    const void *
  *
- * A reference is to the slot at the index before the step.
+ * A reference is to the slot of the index before the step.
  */
 class VX_API VxArrayListIterator {
 public:

@@ -103,7 +103,7 @@ protected:
     // hashes.
     virtual unsigned int hashElement(const void *given) = 0;
 
-    // equalElements: not 0 if the two are the same element. Runs only for stored elements with
+    // equalElements: not 0 if both are the same element. Runs only for stored elements with
     // exactly the hash of the given one, all 32 bits.
     virtual short equalElements(const void *given, const void *stored) = 0;
 
