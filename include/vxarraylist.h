@@ -58,9 +58,9 @@
  */
 class VX_API VxArrayList {
 public:
-    // Removes the n elements that start at index `first`, and moves later ones down. destroyElement
-    // runs on them first, in ascending order. n of 0 does nothing, whatever `first` is. REQUIRES:
-    // first >= 0, n >= 0, first + n <= length().
+    // Removes the n elements that start at index `first`, and moves later ones down.
+    // destroyElement runs on them first, in ascending order. n of 0 does nothing, whatever `first`
+    // is. REQUIRES: first >= 0, n >= 0, first + n <= length().
     void remove(int first, int n);
 
     // Runs destroyElement on all elements in ascending order, then frees the slots.
