@@ -1,7 +1,7 @@
 // Lists and tables of every kind, changed at random and compared with the standard library's.
 
 #include "fuzz/fuzz.h"
-#include "tests/container_model.h"
+#include "fuzz/models/container_model.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -1,7 +1,7 @@
 // The three lists: hooks, capacities, walks, copies, and long random runs compared with
 // std::vector.
 
-#include "container_model.h"
+#include "fuzz/models/container_model.h"
 
 #include <vxtyped.h>
 

@@ -1,7 +1,7 @@
 // The three tables: hooks, the order of walks, copies, statistics, and long random runs compared
 // with a set.
 
-#include "container_model.h"
+#include "fuzz/models/container_model.h"
 
 #include <vxtyped.h>
 

@@ -1,10 +1,10 @@
 // Lists and tables of all kinds, and the containers of the standard library that they are compared
 // with after random changes. below(n) chooses a number from 0 to n - 1.
 
-#ifndef VX_TESTS_CONTAINER_MODEL_H
-#define VX_TESTS_CONTAINER_MODEL_H
+#ifndef VX_FUZZ_MODELS_CONTAINER_MODEL_H
+#define VX_FUZZ_MODELS_CONTAINER_MODEL_H
 
-#include "container_values.h"
+#include "fuzz/models/container_values.h"
 
 #include <vxtyped.h>
 

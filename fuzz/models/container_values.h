@@ -1,7 +1,7 @@
 // The same ints in every kind of container: as copies, and as pointers to cells of that number.
 
-#ifndef VX_TESTS_CONTAINER_VALUES_H
-#define VX_TESTS_CONTAINER_VALUES_H
+#ifndef VX_FUZZ_MODELS_CONTAINER_VALUES_H
+#define VX_FUZZ_MODELS_CONTAINER_VALUES_H
 
 #include <string>
 #include <type_traits>
