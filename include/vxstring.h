@@ -36,24 +36,26 @@
  * and behaviour outside them is undefined. Members that are not inline assert only if the library
  * itself is a debug build.
  *
- * Conversions. Indices and lengths are ints. An index of type std::ptrdiff_t (long on 64-bit Linux)
- * is ambiguous; the other integer types convert. VxString(char) takes the type char only: bool,
- * short, signed and unsigned char become decimal numbers. A const char * works next to a string, as
- * in s == "a", "a" < s, s + "b". Some other expressions are ambiguous or have no conversion:
+ * Conversions. Indices and lengths are ints. An index of type std::ptrdiff_t (long on 64-bit
+ * Linux) is ambiguous; other integer types convert to int. VxString(char) takes only the type char:
+ * bool, short, signed char and unsigned char become decimal numbers. A const char * works next to a
+ * string, as in s == "a", "a" < s, s + "b". Other expressions have no conversion, or are ambiguous
+ * (some only warn with gcc):
  *
- *     Does not compile                          Write
- *     if (s)  !s  s && t                        if (s.length() != 0)
- *     s == 'c'  s < 'c'  s + 'c'  s + 1         s == VxString('c')  s + VxString(1)
- *     s == 17  s == 0                           s.getInt(0) == 17
- *     s[i], i of type long or std::ptrdiff_t    s[static_cast<int>(i)]
- *     VxString(n)  s = n  s += n, n of type     s = VxString(static_cast<int>(n)), or for large n
- *         unsigned, long, long long, size_t         s = vxStringFrom(std::to_string(n))
- *     long l = s  bool b = s  float f = s       s.getInt(0), s.getDouble(0)
- *     std::string t = s  t = s  t += s          std::string t(vxStringView(s))  t +=
- * vxStringView(s) VxString(t)  s = t  s == t  s + t,        s = vxStringFrom(t)  vxStringView(s) ==
- * t t a std::string or std::string_view stream << s                               stream <<
- * vxStringView(s)
+ *     Does not compile                        Write instead
+ *     if (s)  !s  s && t                      if (s.length() != 0)
+ *     s == 'c'  s < 'c'  s + 'c'  s + 1       s == VxString('c')  s + VxString(1)
+ *     s == 17  s == 0                         s.getInt(0) == 17
+ *     s[i], i a long or std::ptrdiff_t        s[static_cast<int>(i)]
+ *     VxString(n)  s = n  s += n, n an        s = VxString(static_cast<int>(n)), or beyond an int
+ *         unsigned, long, long long, size_t       s = vxStringFrom(std::to_string(n))
+ *     long n = s  bool b = s  float f = s     s.getInt(0)  s.getDouble(0)
+ *     std::string t = s  t = s  t += s        std::string t(vxStringView(s))  t += vxStringView(s)
+ *     VxString(t)  s = t  s == t  s + t, t a  s = vxStringFrom(t)  vxStringView(s) == t
+ *         std::string or std::string_view
+ *     stream << s                             stream << vxStringView(s)
  *
+ * std::string t(s) compiles, but takes the text only up to its first NUL.
  * Variable arguments, such as those of printf, need static_cast<const char *>(s).
  *
  * Out of memory, or beyond 2^31 - 65 bytes, a new string is empty and a change does not happen: the
@@ -61,9 +63,12 @@
  *
  * Threads. The reference count is a plain integer. Strings that share a body belong to one thread
  * at a time, even if each thread only copies or destroys its own. Strings with bodies of their own
- * are independent. Any number of threads may search, compare and get from a string while no thread
- * changes, copies, assigns or destroys it or a string that shares its body. To pass text to another
- * thread, pass s.get(0), which has a body of its own.
+ * are independent. Any number of threads may search, compare, view and get from a string while no
+ * thread changes, copies, assigns or destroys it or a string that shares its body.
+ *
+ * For another thread make an unshared copy: VxString copy = s.get(0). Pass it by pointer or
+ * reference, and do not copy it in this thread. To pass it by value, as std::thread does, would
+ * share its body.
  */
 #ifndef VXSTRING_H
 #define VXSTRING_H
