@@ -89,42 +89,44 @@ std::pair<int, int> maximalSuffix(const char *pattern, int length, bool isRevers
 std::array<int, 256> shiftsByLastByte(const char *pattern, int length) {
     std::array<int, 256> shifts;
     shifts.fill(length);
-    for (int i = 0; i < length; ++i) {
+    for (int i = 0; i < length; ++i)
         shifts[toIndex(lowered(pattern[i]))] = length - 1 - i;
-        shifts[toIndex(uppered(pattern[i]))] = length - 1 - i;
-    }
+    for (char letter = 'A'; letter <= 'Z'; ++letter)
+        shifts[toIndex(letter)] = shifts[toIndex(lowered(letter))];
     return shifts;
 }
 
 // The same as findShort by the two-way algorithm of Crochemore and Perrin: in linear time for any
-// pattern, and in constant space. The pattern is split where its maximal suffix begins. The right
+// pattern, and in constant space. The pattern is split where its largest suffix begins. The right
 // part is compared first: if its byte k differs, none of the next k places can match. If only the
 // left part differs, the period of the pattern gives the next place.
 int findLong(const char *text, int n, int start, const char *pattern, int length) {
+    const std::array<int, 256> shifts = shiftsByLastByte(pattern, length);
+    const auto nextWithLastByte = [&](int at) {
+        while (n - at >= length && shifts[toIndex(text[at + length - 1])] > 0)
+            at += shifts[toIndex(text[at + length - 1])];
+        return at;
+    };
+    int at = nextWithLastByte(start);
+    if (n - at < length) return -1;  // spares the split
+
     const auto [split, period] =
         std::max(maximalSuffix(pattern, length, false), maximalSuffix(pattern, length, true));
     const bool isPeriodic = countEqualFolded(pattern, pattern + period, split) == split;
-    const int step = isPeriodic ? period : std::max(split, length - split) + 1;
-    const std::array<int, 256> shifts = shiftsByLastByte(pattern, length);
-
     int known = 0;  // so many bytes from `at` on are equal to the pattern's, by its period
-    for (int at = start; n - at >= length;) {
-        const char *const here = text + at;
-        const int shift = shifts[toIndex(here[length - 1])];
-        if (known == 0 && shift > 0) {
-            at += shift;
-            continue;
-        }
+    while (n - at >= length) {
         const int from = std::max(split, known);
-        const int end = from + countEqualFolded(here + from, pattern + from, length - from);
+        const int end = from + countEqualFolded(text + at + from, pattern + from, length - from);
         if (end < length) {
-            at += end - split + 1;
+            at = nextWithLastByte(at + end - split + 1);
             known = 0;
-        } else if (countEqualFolded(here, pattern, split) == split) {
+        } else if (countEqualFolded(text + at, pattern, split) == split) {
             return at;
+        } else if (isPeriodic) {
+            at += period;
+            known = length - period;
         } else {
-            at += step;
-            known = isPeriodic ? length - period : 0;
+            at = nextWithLastByte(at + std::max(split, length - split) + 1);
         }
     }
     return -1;
