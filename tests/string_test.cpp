@@ -22,7 +22,7 @@ namespace {
 
 using std::string_literals::operator""s;
 
-// The capacity of a body, which lies before its text: length, capacity.
+// The capacity of a body, which precedes its text: length, capacity.
 int capacity(const VxString &string) {
     struct Body {
         char *data;
