@@ -49,7 +49,7 @@ public:
         std::filesystem::remove(path_);
         VxImage *image =
             vxImageOpen(path_.c_str(), "w", type, 2U, unsigned{kSize}, unsigned{kSize});
-        if (published) vxImageUsePublishedOrder(image);
+        if (published) vxImageUseBigEndian(image);
         for (int y = 0; y < kSize; ++y) {
             vxImagePutRow(image, lineOf(picture, y, (type & 0xFF) == 1 ? 0xFF : 0xFFFF).data(), y,
                           0);
@@ -135,7 +135,7 @@ void rowsOut(benchmark::State &state, unsigned type, bool published) {
     const File file(kNoise, type, published);
     Row row = lineOf(kNoise, 1, (type & 0xFF) == 1 ? 0xFF : 0xFFFF);
     VxImage *image = vxImageOpen(file.path(), "w", type, 2U, unsigned{kSize}, unsigned{kSize});
-    if (published) vxImageUsePublishedOrder(image);
+    if (published) vxImageUseBigEndian(image);
     const auto putAll = [&] {
         for (int y = 0; y < kSize; ++y)
             vxImagePutRow(image, row.data(), y, 0);

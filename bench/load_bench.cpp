@@ -1,4 +1,5 @@
-// Loading and unloading the library, and keeping settings, beside the bare calls that they need.
+// Loading and unloading the library, and keeping settings, compared with the bare calls that they
+// need.
 
 #include "scratch_folder.h"
 
@@ -12,7 +13,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -105,51 +105,46 @@ bool readFile(const std::string &path) {
     return good;
 }
 
-bool readUnderLock(const std::string &path) {
-    const int lock = ::open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    const bool good = ::flock(lock, LOCK_EX) == 0 && readFile(path);
-    ::close(lock);
-    return good;
-}
-
-// A life of a library that does nothing but depends on the same others, with file calls: the two
-// files of settings are read a number of times at load, and as often under their locks at unload.
-void emptyLife(benchmark::State &state, int directories, int readings) {
+// A library that does nothing but depends on the same others. Both files of settings are read at
+// load and at unload, which no library with these settings can do without.
+void neededCalls(benchmark::State &state) {
     const Folder folder;
     writeSettings(folder);
     const std::string files[] = {folder.at("user.reg"), folder.at("machine.reg")};
-    const auto each = [&](bool (*read)(const std::string &)) {
-        for (int i = 0; i < readings; ++i) {
-            for (const std::string &file : files) {
-                if (!read(file)) std::abort();
-            }
-        }
-    };
     for (auto _ : state) {
         void *library = load(VX_EMPTY_LIBRARY);
-        for (int i = 0; i < directories; ++i)
-            std::free(::getcwd(nullptr, 257));
-        each(readFile);
-        each(readUnderLock);
+        for (int i = 0; i < 2; ++i) {
+            for (const std::string &file : files) {
+                if (!readFile(file)) std::abort();
+            }
+        }
         ::dlclose(library);
     }
 }
 
-// What no library with these settings can do without: each file once, and once under its lock.
-void neededCalls(benchmark::State &state) {
-    emptyLife(state, 0, 1);
-}
-
-// What this one does: the current directory for each of six lists, and a reading for each of the
-// two keys in a file.
-void madeCalls(benchmark::State &state) {
-    emptyLife(state, 6, 2);
+// Many values under one key. Only the first ones are read into the list, but unloading replaces all
+// of them. Each round starts from the same file.
+void manyValues(benchmark::State &state) {
+    const Folder folder;
+    ::setenv("VX_REGISTRY_DIR", folder.at("").c_str(), 1);
+    std::string text =
+        "REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\Meridane\\Vandermire\\Texture Paths]\n";
+    for (int i = 0; i < state.range(0); ++i) {
+        const std::string number = std::to_string(i);
+        text.append("\"").append(number).append("\"=\"/maps/").append(number).append("\"\n");
+    }
+    for (auto _ : state) {
+        state.PauseTiming();
+        std::ofstream(folder.at("user.reg")) << text;
+        state.ResumeTiming();
+        ::dlclose(load(VX_LIBRARY));
+    }
 }
 
 BENCHMARK(changed)->Name("settings/life_with_one_list_changed");
 BENCHMARK(bareSave)->Name("settings/write_sync_rename");
 BENCHMARK(life)->Name("load_unload/vxutil");
 BENCHMARK(neededCalls)->Name("load_unload/empty_library_and_needed_calls");
-BENCHMARK(madeCalls)->Name("load_unload/empty_library_and_made_calls");
+BENCHMARK(manyValues)->Name("load_unload/values")->Arg(800)->Arg(8000);
 
 }  // namespace

@@ -1,17 +1,17 @@
-// A disc in front of a floor of fine checks, drawn three times into a folder: without antialiasing
-// (centre.sgi), with the square pattern, which is a box filter, and with the disk pattern, which
-// is a soft round one.
+// Draws a disc in front of a floor of fine checks, three times: without antialiasing (centre.sgi),
+// with the square pattern, which is a box filter, and with the disk pattern, which is a soft round
+// one.
 //
 //     antialias FOLDER
 
-#include <vximage.h>
+#include <vxhandles.h>
 #include <vxsampling.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -33,8 +33,8 @@ constexpr Surface kSky{2, {0.35F, 0.55F, 0.85F}};
 constexpr Surface kWhiteCheck{3, {0.95F, 0.95F, 0.9F}};
 constexpr Surface kBlackCheck{3, {0.05F, 0.05F, 0.1F}};
 
-// In pixels from the lower left corner. The floor is seen in perspective, so its checks become
-// finer than any pixel towards the horizon.
+// x and y are in pixels from the lower left corner. The floor is in perspective: towards the
+// horizon its checks become finer than a pixel.
 const Surface &surfaceAt(float x, float y) {
     constexpr float kHorizon = 0.7F * kHeight;
     if (std::hypot(x - 0.5F * kWidth, y - 0.55F * kHeight) < 0.3F * kHeight) return kDisc;
@@ -51,10 +51,11 @@ struct Color {
     float channels[3];
 };
 
-// One pixel with the samples of one table; `more` tells whether they differed much.
-Color walk(const VxSampleTable &table, int px, int py, bool &more) {
+// The mean color of a pixel over the samples of a table. `more` is set if the samples differed
+// much.
+Color sample(const VxSampleTable *table, int px, int py, bool &more) {
     VxPixelSampler sampler;
-    vxPixelSamplerStart(&sampler, &table);
+    vxPixelSamplerStart(&sampler, table);
     while (vxPixelSamplerHasNext(&sampler) != 0) {
         float x;
         float y;
@@ -72,45 +73,37 @@ Color walk(const VxSampleTable &table, int px, int py, bool &more) {
 
 // ---- Pictures -----------------------------------------------------------------------------
 
-struct Table : VxSampleTable {
-    Table(int grid, float size, bool square) {
-        if (vxSampleTableInit(this, grid, size, 0, 1.0F, square ? 1 : 0) == 0) std::abort();
-    }
-    ~Table() { vxSampleTableRelease(this); }
-    Table(const Table &) = delete;
-    Table &operator=(const Table &) = delete;
-};
-
 std::uint16_t toByte(float value) {
     return static_cast<std::uint16_t>(std::lround(std::clamp(value, 0.0F, 1.0F) * 255));
 }
 
-// Each pixel gets the few samples of `coarse` and, where they differ, the many of `fine`.
-bool draw(const std::string &file, const Table &coarse, const Table &fine) {
-    VxImage *image = vxImageOpen(file.c_str(), "w", VX_IMAGE_RUN_LENGTH | 1, 3, kWidth, kHeight, 3);
-    if (image == nullptr) return false;
-    vxImageUsePublishedOrder(image);
-    bool good = true;
+// Each pixel gets the few samples of `coarse` and, if they differ, the many samples of `fine`. A
+// null `fine` leaves it at the first.
+bool draw(const std::string &path, const VxSampleTable *coarse, const VxSampleTable *fine) {
+    VxPicture picture{.width = kWidth,
+                      .height = kHeight,
+                      .planes = 3,
+                      .elementBytes = 1,
+                      .elements = std::vector<std::uint16_t>(std::size_t{3} * kWidth * kHeight)};
     int refined = 0;
-    std::vector<std::uint16_t> rows[3];
-    for (auto &row : rows)
-        row.resize(kWidth);
     for (int y = 0; y < kHeight; ++y) {
         for (int x = 0; x < kWidth; ++x) {
             bool more = false;
-            Color color = walk(coarse, x, y, more);
-            if (more && &fine != &coarse) {
-                color = walk(fine, x, y, more);
+            Color color = sample(coarse, x, y, more);
+            if (more && fine != nullptr) {
+                color = sample(fine, x, y, more);
                 ++refined;
             }
-            for (std::size_t c = 0; c < 3; ++c)
-                rows[c][static_cast<std::size_t>(x)] = toByte(color.channels[c]);
+            for (int plane = 0; plane < 3; ++plane)
+                picture.row(y, plane)[x] = toByte(color.channels[plane]);
         }
-        for (int c = 0; c < 3; ++c)
-            good = vxImagePutRow(image, rows[c].data(), y, c) == kWidth && good;
     }
-    std::printf("%s: %d of %d pixels refined\n", file.c_str(), refined, kWidth * kHeight);
-    return vxImageClose(image) == 0 && good;
+    std::printf("%s: %d of %d pixels refined\n", path.c_str(), refined, kWidth * kHeight);
+    return vxPictureWrite(path.c_str(), picture);
+}
+
+VxUniqueSampleTable makeTable(int grid, bool square) {
+    return vxSampleTableMake(grid, 0.5F, 0, 1.0F, square ? 1 : 0);
 }
 
 }  // namespace
@@ -121,13 +114,12 @@ int main(int argc, char **argv) {
         return 2;
     }
     const std::string folder = std::string(argv[1]) + "/";
-    const Table centre(1, 0.5F, true);
-    const Table square(4, 0.5F, true);
-    const Table fineSquare(8, 0.5F, true);
-    const Table disk(4, 0.5F, false);
-    const Table fineDisk(8, 0.5F, false);
-    const bool good = draw(folder + "centre.sgi", centre, centre) &&
-                      draw(folder + "square.sgi", square, fineSquare) &&
-                      draw(folder + "disk.sgi", disk, fineDisk);
-    return good ? 0 : 1;
+    const VxUniqueSampleTable centre = makeTable(1, true);
+    const VxUniqueSampleTable square = makeTable(4, true), fineSquare = makeTable(8, true);
+    const VxUniqueSampleTable disk = makeTable(4, false), fineDisk = makeTable(8, false);
+    if (!centre || !square || !fineSquare || !disk || !fineDisk) return 1;  // out of memory
+    const bool drawn = draw(folder + "centre.sgi", centre.get(), nullptr) &&
+                       draw(folder + "square.sgi", square.get(), fineSquare.get()) &&
+                       draw(folder + "disk.sgi", disk.get(), fineDisk.get());
+    return drawn ? 0 : 1;
 }

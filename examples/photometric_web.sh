@@ -1,11 +1,11 @@
 #!/bin/sh
-# Makes a small photometric web file in a scratch folder, and has photometric_web find it along the
-# search path, for a user whose locale has a decimal comma: photometric_web.sh PROGRAM SCRATCH
+# Writes a small photometric web file into a scratch folder, and runs photometric_web on it as a user
+# whose locale has a decimal comma: photometric_web.sh PROGRAM SCRATCH
 set -eu
 program=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
 scratch=$(cd "$2" && pwd)
 
-# A spot light, in three planes of a quarter of the circle: the others are like them.
+# A spot light, in three planes over a quarter of the circle. The other quarters mirror it.
 mkdir -p "$scratch/webs" "$scratch/registry"
 sed 's/$/\r/' >"$scratch/webs/spot.ies" <<'END'
 IESNA:LM-63-2002

@@ -1,4 +1,4 @@
-// File names taken apart, lines and white space, against a plain model. Input: texts: a name, an
+// Parts of file names, lines and white space, against a plain model. Input: texts: a name, an
 // extension, and lines.
 
 #include "fuzz/fuzz.h"
@@ -27,7 +27,7 @@ std::string singles(std::string text) {
     return text;
 }
 
-// The whole characters among the first `limit` bytes.
+// The complete characters among the first `limit` bytes.
 std::string cut(const std::string &text, std::size_t limit = 255) {
     std::size_t length = 0;
     while (length < text.size()) {
@@ -54,8 +54,8 @@ std::size_t dotOfLastComponent(const std::string &plain) {
     const std::size_t from = backslash == kNowhere ? 0 : backslash;
     const std::size_t slash = plain.rfind('/');
     const std::size_t dot = plain.rfind('.');
-    const std::size_t least = slash != kNowhere && slash > from ? slash : from;
-    return dot != kNowhere && dot >= least ? dot : kNowhere;
+    const std::size_t min = slash != kNowhere && slash > from ? slash : from;
+    return dot != kNowhere && dot >= min ? dot : kNowhere;
 }
 
 std::string directory(const std::string &name, const std::string &plain) {

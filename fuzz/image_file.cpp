@@ -1,5 +1,5 @@
-// Image files of any bytes: each row is given whole as a plain reader gives it, or told to have
-// failed, whatever was read before and whatever stood in memory. The input is the file.
+// Image files of any bytes: each row reads as a simple reader reads it, or fails with a report,
+// whatever was read before and whatever the memory held. The input is the file.
 
 #include "fuzz/fuzz.h"
 #include "tests/row_model.h"
@@ -17,10 +17,10 @@ using Row = std::vector<std::uint16_t>;
 
 int reports = 0;
 
-// The file as it is defined, taken apart by hand.
+// A simple reader of the format.
 class PlainImage {
 public:
-    enum class Fate { kGood, kTold, kUnwritten };
+    enum class Fate { kGood, kReported, kUnwritten };
 
     PlainImage(const std::uint8_t *data, std::size_t size) : data_(data), size_(size) {
         swapped_ = size >= 2 && data[0] == 0x01 && data[1] == 0xDA;
@@ -39,14 +39,14 @@ public:
         const unsigned bytes = head(1) & 0xFF;
         if (y >= head(4) || z >= head(5) || storage() > 1 || head(2) < 1 || head(2) > 3 ||
             bytes < 1 || bytes > 2) {
-            return Fate::kTold;
+            return Fate::kReported;
         }
         const std::uint64_t index = head(2) == 3 ? std::uint64_t{z} * head(4) + y : y;
         if (storage() == 0) {
             const std::uint64_t place = 512 + index * width() * bytes;
-            if (place >= 0xFFFFFFFF) return Fate::kTold;
-            if (width() > (bytes == 1 ? 32768U : 16383U)) return Fate::kTold;
-            return elements(place, width(), bytes, row) ? Fate::kGood : Fate::kTold;
+            if (place >= 0xFFFFFFFF) return Fate::kReported;
+            if (width() > (bytes == 1 ? 32768U : 16383U)) return Fate::kReported;
+            return elements(place, width(), bytes, row) ? Fate::kGood : Fate::kReported;
         }
         const std::uint64_t place = number(512 + 4 * index, 4);
         const std::uint32_t length = number(512 + 4 * (rows() + index), 4);
@@ -55,11 +55,11 @@ public:
         if (length > 32767 || length > (2 * width() + 1) * bytes ||
             place + length > std::max<std::uint64_t>(size_, length == 0 ? place : 0) ||
             !elements(place, length / bytes, bytes, stored)) {
-            return Fate::kTold;
+            return Fate::kReported;
         }
         const auto decoded = decodedPlainly(stored, width());
         if (decoded) row = *decoded;
-        return decoded ? Fate::kGood : Fate::kTold;
+        return decoded ? Fate::kGood : Fate::kReported;
     }
 
 private:
@@ -88,7 +88,7 @@ bool equal(const std::uint16_t *row, const Elements &expected) {
     return std::equal(expected.begin(), expected.end(), row);
 }
 
-// Into a row of this stale memory.
+// Reads into a row of stale memory.
 void readRow(VxImage *image, const PlainImage &plain, unsigned y, unsigned z, std::uint16_t stale) {
     Elements expected;
     const Fate fate = plain.row(y, z, expected);
@@ -96,11 +96,11 @@ void readRow(VxImage *image, const PlainImage &plain, unsigned y, unsigned z, st
     reports = 0;
     const int got = vxImageGetRow(image, row.data(), static_cast<int>(y), static_cast<int>(z));
     CHECK(got == (fate == Fate::kGood ? static_cast<int>(plain.width()) : -1));
-    CHECK((reports != 0) == (fate == Fate::kTold));
+    CHECK((reports != 0) == (fate == Fate::kReported));
     CHECK(fate != Fate::kGood || equal(row.data(), expected));
 }
 
-// Some rows from the start, those around the end, and one behind it.
+// Some rows from the start, those around the end, and one after it.
 std::vector<unsigned> someOf(unsigned count) {
     std::vector<unsigned> some;
     for (unsigned i = 0; i < std::min(count + 1, 6U); ++i)

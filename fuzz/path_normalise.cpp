@@ -2,7 +2,7 @@
 // the first.
 
 #include "fuzz/fuzz.h"
-#include "tests/path_model.h"
+#include "fuzz/models/path_model.h"
 
 #include <vxsearchpath.h>
 

@@ -13,15 +13,17 @@
 #include <fstream>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <iterator>
+#include <set>
+#include <span>
 #include <unistd.h>
 
 namespace {
 
 namespace fs = std::filesystem;
-using vx::HKEY;
 using vx::RegistryValue;
 
-constexpr auto kRoot = vx::HKEY_CURRENT_USER;
+constexpr auto kRoot = vx::RegistryRoot::kUser;
+constexpr const char *kPath = "HKEY_CURRENT_USER\\K";
 constexpr const char *kKey = "K";
 constexpr const char *kOther = "Other";
 
@@ -41,110 +43,74 @@ std::string bytesOf(const char *name) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-bool sameName(const std::string &one, const std::string &other) {
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](char a, char b) {
-        const auto lowered = [](char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; };
-        return lowered(a) == lowered(b);
-    });
-}
-
-// The values of a key beside those of the registry, where a removed one keeps its place.
-class Values {
+// The values of a key by a plain list.
+class Model {
 public:
-    void read(const char *path) {
-        HKEY key = nullptr;
-        if (vx::RegOpenKeyExA(kRoot, path, vx::KEY_READ, &key) != 0) return;
-        static std::vector<char> name(1 << 16), data(1 << 16);
-        for (unsigned index = 0;; ++index) {
-            auto nameSize = static_cast<unsigned>(name.size());
-            auto dataSize = static_cast<unsigned>(data.size());
-            RegistryValue value;
-            const int result =
-                vx::RegEnumValueA(key, index, name.data(), &nameSize, &value.type,
-                                  reinterpret_cast<unsigned char *>(data.data()), &dataSize);
-            if (result != 0) {
-                CHECK(result == vx::ERROR_NO_MORE_ITEMS);
-                break;
-            }
-            value.name.assign(name.data(), nameSize);
-            value.data.assign(data.data(), dataSize);
-            values_.push_back({value, false});
+    explicit Model(std::span<const RegistryValue> values) : values_(values.begin(), values.end()) {}
+    void set(const RegistryValue &value) {
+        const auto isSame = [&](const RegistryValue &other) {
+            return vx::foldedName(other.name) == vx::foldedName(value.name);
+        };
+        const auto first = std::ranges::find_if(values_, isSame);
+        if (first == values_.end()) {
+            values_.push_back(value);
+            return;
         }
-        CHECK(vx::RegCloseKey(key) == 0);
+        *first = value;
+        values_.erase(std::remove_if(first + 1, values_.end(), isSame), values_.end());
     }
-    void set(HKEY key, const RegistryValue &value) {
-        const auto *bytes = reinterpret_cast<const unsigned char *>(value.data.data());
-        const bool writable = std::none_of(value.name.begin(), value.name.end(), [](char c) {
-            return static_cast<unsigned char>(c) < 0x20;
-        });
-        CHECK(vx::RegSetValueExA(key, value.name.c_str(), value.type, bytes,
-                                 static_cast<unsigned>(value.data.size())) ==
-              (writable ? 0 : vx::ERROR_INVALID_PARAMETER));
-        if (!writable) return;
-        bool placed = false;
-        for (Entry &entry : values_) {
-            if (!sameName(entry.value.name, value.name)) continue;
-            const bool same = entry.value.type == value.type && entry.value.data == value.data;
-            if (!placed && !same) entry.value = value;
-            entry.removed = placed;
-            placed = true;
-        }
-        if (!placed) values_.push_back({value, false});
+    void removeFirst(std::size_t count) {
+        values_.erase(values_.begin(), values_.begin() + static_cast<std::ptrdiff_t>(count));
     }
-    void remove(HKEY key, const std::string &name) {
-        bool found = false;
-        for (Entry &entry : values_) {
-            if (entry.removed || !sameName(entry.value.name, name)) continue;
-            entry.removed = found = true;
-        }
-        CHECK(vx::RegDeleteValueA(key, name.c_str()) == (found ? 0 : vx::ERROR_FILE_NOT_FOUND));
-    }
-    // Is there nothing too long for the walk along a list.
+    std::size_t size() const { return values_.size(); }
+    // Is there nothing too long for the walk along a list?
     bool areShort() const {
-        return std::all_of(values_.begin(), values_.end(), [](const Entry &entry) {
-            return entry.removed || (entry.value.name.size() < 16 && entry.value.data.size() < 261);
+        return std::ranges::all_of(values_, [](const RegistryValue &value) {
+            return value.name.size() < 16 && value.data.size() < 261;
         });
     }
-    std::vector<std::string> told() const {
-        std::vector<std::string> all;
-        for (const Entry &entry : values_) {
-            if (entry.removed) continue;
-            all.push_back(entry.value.name + '=' + std::to_string(entry.value.type) + ':' +
-                          entry.value.data);
-        }
+    // A value that was removed and set again keeps its place in the file, so the order is open.
+    std::multiset<std::string> shown() const {
+        std::multiset<std::string> all;
+        for (const RegistryValue &value : values_)
+            all.insert(vx::foldedName(value.name) + '=' + std::to_string(value.type) + ':' +
+                       value.data);
         return all;
     }
 
 private:
-    struct Entry {
-        RegistryValue value;
-        bool removed;
-    };
-    std::vector<Entry> values_;
+    std::vector<RegistryValue> values_;
 };
 
-std::vector<std::string> valuesOf(const char *path) {
-    Values values;
-    values.read(path);
-    return values.told();
+Model valuesOf(const char *path) {
+    vx::Registry registry(kRoot);
+    return Model(vx::RegistryKey(registry, path).values());
 }
 
-void change(HKEY key, Values &values, FuzzedDataProvider &changes) {
+void change(vx::RegistryKey &key, Model &model, FuzzedDataProvider &changes) {
     static const char *const kNames[] = {"a", "A", "", "b\"\\", "0", "hex"};
     static constexpr unsigned kTypes[] = {1, 1, 2, 3, 4, 7, 0, 0xFFFFFFFF};
     while (changes.remaining_bytes() > 0) {
-        std::string name = changes.PickValueInArray(kNames);
-        if (changes.ConsumeBool()) name += changes.ConsumeRandomLengthString(8);
-        name.erase(std::min(name.find('\0'), name.size()));
         if (changes.ConsumeIntegralInRange(0, 3) == 0) {
-            values.remove(key, name);
+            const auto count = changes.ConsumeIntegralInRange<std::size_t>(0, model.size());
+            key.removeFirst(count);
+            model.removeFirst(count);
             continue;
         }
+        std::string name = changes.PickValueInArray(kNames);
+        if (changes.ConsumeBool()) name += changes.ConsumeRandomLengthString(8);
+        std::erase_if(name, [](char byte) { return static_cast<unsigned char>(byte) < 0x20; });
         RegistryValue value{name, changes.PickValueInArray(kTypes),
                             changes.ConsumeRandomLengthString(60)};
-        if (value.type == vx::REG_SZ && changes.ConsumeBool()) value.data += '\0';
-        values.set(key, value);
+        if (value.type == vx::kRegistryText && changes.ConsumeBool()) value.data += '\0';
+        key.set(value);
+        model.set(value);
     }
+}
+
+std::string readList() {
+    vx::Registry registry(kRoot);
+    return vx::readRegistryList(registry, kKey);
 }
 
 // The texts of a list are written and come back, repeated ones once, where all of them can be read:
@@ -163,12 +129,12 @@ void writeAndReadList(const char *text) {
     std::string joined;
     for (const std::string &entry : expected)
         joined += entry + ";";
-    vxRegistryWriteList(kRoot, kKey, list);
-    bool failed = false;
-    char *read = vxRegistryReadList(kRoot, kKey, ';', &failed);
-    CHECK(!failed);
-    CHECK(!fits || (read == nullptr ? expected.empty() : read + std::string(";") == joined));
-    std::free(read);
+    {
+        vx::Registry registry(kRoot);
+        vx::writeRegistryList(registry, kKey, list);
+    }
+    const std::string read = readList();
+    CHECK(!fits || (read == joined.substr(0, joined.size() - (joined.empty() ? 0 : 1))));
     vxSearchPathFree(list);
 }
 
@@ -185,27 +151,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     std::ofstream(folder() / "user.reg", std::ios::binary) << file;
 
     vx::RegistryFile parsed;
-    const bool sound = parsed.parse(file);
-    CHECK(!sound || parsed.text() == file);
-    Values values;
-    values.read(kKey);
-    const auto before = values.told();
-    const auto other = valuesOf(kOther);
-    CHECK(sound || (before.empty() && other.empty()));
-
-    HKEY key = nullptr;
-    CHECK(vx::RegCreateKeyExA(kRoot, kKey, vx::KEY_WRITE, &key) == 0);
-    change(key, values, changes);
-    CHECK(vx::RegCloseKey(key) == 0);
-    CHECK(valuesOf(kKey) == values.told());
-    CHECK(valuesOf(kOther) == other);
-    CHECK(fs::exists(folder() / "user.reg.damaged") == !sound);
-    CHECK(sound || bytesOf("user.reg.damaged") == file);
+    const bool isGood = parsed.parse(file);
+    Model model = valuesOf(kKey);
+    const auto other = valuesOf(kOther).shown();
+    CHECK(isGood || (model.size() == 0 && other.empty()));
+    CHECK(!isGood || !parsed.hasKey(kPath) || parsed.textWith(kPath, parsed.values(kPath)) == file);
+    {
+        vx::Registry registry(kRoot);
+        vx::RegistryKey key(registry, kKey);
+        change(key, model, changes);
+        CHECK(key.save() == vx::SaveResult::kSaved);
+    }
+    CHECK(valuesOf(kKey).shown() == model.shown());
+    CHECK(valuesOf(kOther).shown() == other);
+    CHECK(fs::exists(folder() / "user.reg.damaged") == !isGood);
+    CHECK(isGood || bytesOf("user.reg.damaged") == file);
     CHECK(!fs::exists(folder() / "user.reg.new"));
 
-    bool failed = false;
-    char *text = vxRegistryReadList(kRoot, kKey, ';', &failed);
-    if (text != nullptr && values.areShort()) writeAndReadList(text);
-    std::free(text);
+    const std::string text = readList();
+    if (!text.empty() && model.areShort()) writeAndReadList(text.c_str());
     return 0;
 }

@@ -1,5 +1,5 @@
-// The row codec, against its definition. The first byte of the input tells the widths; the rest is
-// taken for a stored row of any length, and for a row to be encoded and decoded.
+// The row codec, against its model. The first byte of the input selects the widths, the next two
+// the length of the row. The rest is decoded as a stored row, and is encoded and decoded as a row.
 
 #include "fuzz/fuzz.h"
 #include "image/image_internal.h"
@@ -11,7 +11,7 @@
 
 namespace {
 
-// Of just their size, for AddressSanitizer to guard.
+// Of the exact size, so that AddressSanitizer guards the end.
 template <typename T>
 std::unique_ptr<T[]> arrayOf(const Elements &elements) {
     auto array = std::make_unique<T[]>(elements.size());
@@ -25,7 +25,7 @@ void decodeStored(const Elements &stored, std::size_t count) {
     const auto input = arrayOf<T>(stored);
     const auto row = arrayOf<std::uint16_t>(Elements(count, 0xABCD));
     const auto expected = decodedPlainly(stored, count);
-    CHECK(decodeRow(input.get(), stored.size(), row.get(), count) == expected.has_value());
+    CHECK(vx::decodeRow(input.get(), stored.size(), row.get(), count) == expected.has_value());
     CHECK(!expected || std::equal(expected->begin(), expected->end(), row.get()));
 }
 

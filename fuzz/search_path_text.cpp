@@ -2,7 +2,7 @@
 // first one of the list, each further one a change: what, where, and the path.
 
 #include "fuzz/fuzz.h"
-#include "tests/search_path_run.h"
+#include "fuzz/models/search_path_model.h"
 
 #include <filesystem>
 

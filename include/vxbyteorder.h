@@ -1,13 +1,13 @@
 /*
  * vxbyteorder.h: reversing the bytes of values and of fixed records in place.
  *
- * A record that came from a machine of the other byte order is brought to the host's, or the other
- * way round, by the same call: twice gives back what was. Records are known by their layouts
- * alone, as the modules that hold them know what the fields mean.
+ * The same call converts a record of the other byte order to the host's, and back: two calls change
+ * nothing. Only the layouts of records are defined here. What the fields mean is known to the
+ * modules that own the records.
  *
  * Every function takes one pointer, to any address, and cannot fail. Values need no alignment.
- * Nothing but the fields is touched: bytes in a gap and behind the last field stay. There
- * is no state, so calls on different memory may run at the same time.
+ * Only the fields change: the bytes in a gap and after the last field do not. There is no state,
+ * so calls on different memory may run at the same time.
  */
 #ifndef VXBYTEORDER_H
 #define VXBYTEORDER_H
@@ -16,22 +16,22 @@
 
 VX_BEGIN_C
 
-/* One value of 2, 4 or 8 bytes, an integer or a floating-point number alike. */
+/* Reverse one integer or floating-point number of 2, 4 or 8 bytes. */
 VX_API void vxSwap2(void *value);
 VX_API void vxSwap4(void *value);
 VX_API void vxSwap8(void *value);
 
-/* Three values of 4 bytes, one behind the other. Both do the same. */
+/* Reverse each of three adjacent values of 4 bytes. Both functions do the same. */
 VX_API void vxSwapVector3(void *vector);
 VX_API void vxSwapVector3Alt(void *vector);
 
 /*
- * One record. The layout lists the fields from byte 0 on: 2, 4 or 8 is a field of that many
- * bytes, NxW are N fields of W bytes, and skip N are N bytes that stay. The number behind it is
- * the span, the bytes up to the end of the last field.
+ * Reverses the fields of one record. The layout lists the fields from byte 0: 2, 4 or 8 is a field
+ * of that many bytes, NxW are N fields of W bytes, and skip N are N bytes that do not change. The
+ * number after the layout is the span, the bytes up to the end of the last field.
  *
- * 230 and 234 are one function, and so are 231 and 235, and 232 and 236. Each of the others has
- * an address of its own, also where layouts are alike.
+ * 230 and 234 are one function, and so are 231 and 235, and 232 and 236. All others have addresses
+ * of their own, even if their layouts are equal.
  */
 VX_API void vxSwapRecord223(void *record); /* 2x2, 20x4, skip 12, 3x4         108 */
 VX_API void vxSwapRecord224(void *record); /* 2, skip 2, 12x4                  52 */

@@ -1,20 +1,20 @@
 /*
- * vxexports.h: the surface of libvxutil as a whole.
+ * vxexports.h: what all headers of libvxutil share.
  *
- * Conventions that hold for every header of the library:
+ * Conventions of every header of the library:
  *
- *  1. Plain functions have C linkage and are named after their family first
+ *  1. Plain functions have C linkage. Their names begin with their family
  *     (vxSearchPathInsert). Their headers compile as C11 and as C++.
- *  2. Nothing is thrown across the interface. A function says that it failed by its
- *     result: 0, null or -1, as its comment tells.
- *  3. Yes and no are 1 and 0 as results of plain functions; as arguments anything but 0
- *     counts as set. Members of classes use a short for both.
+ *  2. No exception crosses the interface. The result reports a failure: 0, null or -1, as
+ *     documented for each function.
+ *  3. Plain functions return 1 for yes and 0 for no. As an argument, anything except 0 means
+ *     yes. Members of classes use a short for both.
  *  4. Text is a zero-terminated byte string in the multibyte code page of the process (the
- *     character set of its LC_CTYPE locale). Lengths are in bytes and do not count the
- *     terminator unless a comment says so.
- *  5. New text from a function comes from malloc, and the caller releases it with free.
- *  6. Pointers must not be null where a comment does not allow it.
- *  7. Nothing is locked. One object serves one thread at a time, and callers arrange that.
+ *     character set of its LC_CTYPE locale). Lengths are in bytes, without the terminator
+ *     unless a comment includes it.
+ *  5. If a function returns new text, the caller owns it and calls free: it is from malloc.
+ *  6. Pointers must not be null unless a comment allows it.
+ *  7. There are no locks. Callers must not use one object on two threads at the same time.
  */
 #ifndef VXEXPORTS_H
 #define VXEXPORTS_H
@@ -34,9 +34,9 @@
 #endif
 
 /*
- * Members that callers run in loops are defined in the headers and are exports all the same:
- * one source of each family, which defines VX_EMIT_INLINE, asks the compiler to write them out.
- * Of a constructor or destructor clang writes both symbols only if it is weak as well.
+ * Members that callers run in loops are defined in the headers, and yet they are exports: one
+ * source of each family defines VX_EMIT_INLINE, which makes the compiler emit them. For a
+ * constructor or destructor, clang emits both symbols only if it is weak too.
  */
 #if !defined(VX_EMIT_INLINE)
 #define VX_INLINE VX_API inline
@@ -49,9 +49,9 @@
 VX_BEGIN_C
 
 /*
- * The address of the export with this ordinal, for callers that bind by number: a function,
- * a class member or a virtual table. Ordinals run from 100 to 495. Null for any other
- * number. The address belongs to the library and is good while it stays loaded.
+ * Returns the address of the export with this ordinal, for callers that bind by number: a
+ * function, a class member or a virtual table. Ordinals are 100 to 495; any other number
+ * gives null. The address belongs to the library and is valid while the library is loaded.
  */
 VX_API const void *vxExportAddress(int ordinal);
 

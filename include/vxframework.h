@@ -1,13 +1,12 @@
 /*
  * vxframework.h: the message services of the sibling library libvxframework.
  *
- * A message is a number in a named catalogue; libvxutil uses the catalogue "vxmsg". The
- * library that comes with libvxutil holds that catalogue in plain English and writes
- * reports to standard error. A product that has a message system of its own replaces the
- * library, or puts functions of the same names in front of it: libvxutil reaches all three
- * through the dynamic linker.
+ * A message is a number in a named catalogue. libvxutil reports the messages of vxmessages.h; their
+ * catalogue is "vxmsg". The libvxframework that comes with it holds this catalogue in English and
+ * writes reports to standard error. A product with a message system of its own replaces that
+ * library, or defines functions of the same names that the dynamic linker finds first.
  *
- * Texts that come back are never null and never freed by the caller. All functions may be
+ * The services never return a null text, and callers do not free the texts. All functions may be
  * called from several threads at once.
  */
 #ifndef VXFRAMEWORK_H
@@ -20,15 +19,15 @@
 VX_BEGIN_C
 
 /*
- * The text of a message as it stands in the catalogue, without arguments. An unknown
- * catalogue or id gives a text that names both. Good until the next call on the same thread.
+ * Returns the text of a message as the catalogue has it, without arguments. An unknown catalogue or
+ * id gives a text that names both. Valid until the next call on the same thread.
  */
 VX_API const char *vxMessageText(const char *catalogue, int messageId);
 
 /*
- * The text of a message with its arguments filled in, in the way of vprintf; the header of
- * each family tells what arguments a message has. A null text argument prints as "(null)".
- * A text of more than 8191 bytes is cut. Good until the next call on the same thread.
+ * Returns the text of a message with its arguments filled in, as vprintf does. A null text argument
+ * prints as "(null)". A text of more than 8191 bytes is cut. Valid until the next call on the same
+ * thread.
  */
 VX_API const char *vxMessageFormat(va_list arguments, const char *catalogue, int messageId);
 
@@ -38,8 +37,8 @@ VX_API const char *vxMessageFormat(va_list arguments, const char *catalogue, int
  *     vxMessageReport(text, severity, 0)                     a finished text
  *     vxMessageReport(catalogue, severity, messageId, ...)   a message and its arguments
  *
- * Severity 5 marks what ends the process, 6 what an operation failed on. The result is 0
- * when the line was written, else -1.
+ * Severity 5 (VX_SEVERITY_FATAL): the process ends; 6 (VX_SEVERITY_ERROR): an operation failed. The
+ * result is 0 if the line was written, else -1.
  */
 VX_API int vxMessageReport(const char *textOrCatalogue, int severity, int messageId, ...);
 

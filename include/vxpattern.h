@@ -1,35 +1,37 @@
 /*
  * vxpattern.h: matching text against wildcards.
  *
- * A wildcard is compiled once, into a plain byte string in the caller's buffer, and any number of
- * subjects is then matched against that:
+ * A wildcard is compiled once, into a plain byte string in the caller's buffer. Any number of
+ * subjects can then be matched against it:
  *
  *     char pattern[VX_PATTERN_SIZE];
  *     if (vxCompileWildcard("*.[is]gi", pattern) && vxMatchPattern("wood.sgi", pattern)) ...
  *
- *   *         any bytes, also none, up to the end of the line
- *   ?         any one byte but a line feed
+ *   *         any bytes, or none, up to the end of the line
+ *   ?         any one byte except a line feed
  *   [abc]     one character of the list; ^ has no meaning in it
- *   [~abc]    one character that is not in the list, and no line feed
- *   [a-c]     a range, where both ends are letters or digits and the first is the lesser one;
- *             anywhere else a - stands for itself. Behind an escaped character or the end
- *             of a range it goes on from the last plain character that had a - behind it
- *   \c        the character c, whatever it means elsewhere; \n and \t are line feed and tab
+ *   [~abc]    one character that is neither in the list nor a line feed
+ *   [a-c]     a range, if both ends are letters or digits and the first end is the lesser one;
+ *             any other - is a member. After an escape or a range, a further - reuses the last
+ *             plain character that was followed by -
+ *   \c        the character c without any other meaning; \n and \t are line feed and tab
  *   other     that character; case counts
  *
- * Three things surprise. A * is short for ?*, the byte any number of times, so that \* stands for
- * any number of question marks and [*] for a question mark or a star. A ] right behind [ closes
- * the list. And a \ at the end of the wildcard takes the place of its end, so that anything may
- * follow in the subject behind a "$".
+ * Three rules surprise. A * is short for ?*, the byte any number of times, so \* matches any number
+ * of question marks and [*] matches a question mark or a star. A ] right after [ closes the list.
+ * A trailing \ escapes the implicit end anchor: foo\ matches "foo$" followed by anything.
  *
- * The subject is taken as one line: the match begins at its start and ends at a line feed or at
- * its end. A subject with more lines matches when its first line does.
+ * The subject counts as one line: the match begins at its start and ends at a line feed or at its
+ * end. A subject of several lines matches if its first line does.
  *
- * In a double-byte code page a character of two bytes is one character to a list or as itself, and
- * two bytes to * and ?. Of a range with such an end only the first bytes count, as signed values:
- * those above the first end's, up to the second's, become bytes of the list, where one may join
- * the byte behind it; the last character is no member. A lead byte is taken together with the byte
- * behind it, whatever that is, so a wildcard that ends in a lone lead byte matches nothing.
+ * In a double-byte code page a character of two bytes is one character in a list or as itself, and
+ * two bytes to * and ?. If an end of a range is such a character, only the first bytes of the two
+ * ends count, as signed values. The values above the first end's, up to the second's, become bytes
+ * of the list, where one may combine with the byte after it. The second end is not a member.
+ *
+ * A lead byte takes the byte after it, whatever that is. Outside a list, a lead byte before a byte
+ * that is not a trail byte makes a wildcard that matches nothing, and so does a lead byte at the
+ * end. The exceptions are ! * and ? after a lead byte: what such a wildcard matches is unspecified.
  */
 #ifndef VXPATTERN_H
 #define VXPATTERN_H
@@ -42,21 +44,20 @@ VX_BEGIN_C
 enum { VX_PATTERN_SIZE = 514 };
 
 /*
- * Compiles a wildcard into `compiled`, a buffer of VX_PATTERN_SIZE bytes that gets written as a
- * whole: the pattern, and zeros behind it. It holds no pointers, may be copied, and is good for
- * as long as the code page stays the same. Any number of threads may match against it at once.
+ * Compiles a wildcard into `compiled`, a buffer of VX_PATTERN_SIZE bytes. All of them are written:
+ * the pattern, then zeros. It contains no pointers and may be copied. It is valid until the code
+ * page changes. Any number of threads may match against it at once.
  *
- * Returns 1, or 0 when the wildcard is refused and the buffer is not to be used: a list without
- * its ], a list of more than 255 bytes, a wildcard whose bytes plus stars are more than 509, and
- * one whose pattern has more than 512 bytes. Its two ends take two bytes; a list as many as its
- * members, ranges written out, and two more; * two bytes, ? one, any other character one more than
- * it has.
+ * Returns 1, or 0 if the wildcard is rejected and the buffer must not be used. Rejected are a list
+ * without its ], a list of more than 255 bytes, a wildcard whose bytes plus stars are more than
+ * 509, and one whose pattern has more than 512 bytes. Cost in bytes: the two anchors 2; a list its
+ * members, ranges written out, plus 2; * 2; ? 1; any other character its length plus 1.
  */
 VX_API int vxCompileWildcard(const char *wildcard, char *compiled);
 
 /*
- * Does a text match a compiled pattern: 1 or 0. A text of more than 510 bytes matches nothing.
- * Nothing is allocated, and the time is bounded: no pattern makes a short text take long.
+ * Returns 1 if a text matches a compiled pattern, else 0. A text of more than 510 bytes matches
+ * nothing. Nothing is allocated. The time is bounded: no pattern makes a short text slow.
  */
 VX_API int vxMatchPattern(const char *subject, const char *compiled);
 

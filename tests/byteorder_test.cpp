@@ -25,7 +25,7 @@ std::vector<DataRow> layouts() {
     return dataRows("byteorder.txt", "layouts");
 }
 
-// Reverses a record in the plainest way. The fields stand behind the ordinal.
+// Reverses a record in the plainest way. The fields follow the ordinal.
 void reversePlainly(const DataRow &layout, Bytes::iterator at) {
     for (std::size_t i = 1; i < layout.size(); ++i) {
         int count = 1;

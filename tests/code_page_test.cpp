@@ -1,4 +1,4 @@
-// The multibyte services, in a single-byte page and in page 932, where a trail byte may be a
+// The functions of code pages, in single-byte pages and in page 932, where a trail byte may be a
 // backslash.
 
 #include "platform/code_page.h"
@@ -41,7 +41,7 @@ TEST(CodePage, DoubleByteCharactersHaveTheirBytes) {
     const struct {
         const char *locale;
         int number;
-        const char *leads, *trails;  // pairs of least and greatest
+        const char *leads, *trails;  // pairs of first and last
     } pages[] = {{"ja_JP.SJIS", 932, "\x81\x9F\xE0\xFC", "\x40\x7E\x80\xFC"},
                  {"zh_CN.GBK", 936, "\x81\xFE", "\x40\x7E\x80\xFE"},
                  {"ko_KR.EUC-KR", 949, "\x81\xFE", "\x41\x5A\x61\x7A\x81\xFE"},
@@ -56,26 +56,16 @@ TEST(CodePage, DoubleByteCharactersHaveTheirBytes) {
     for (const auto &page : pages) {
         const InLocale locale(page.locale);
         EXPECT_EQ(currentCodePage().number(), page.number);
+        EXPECT_EQ(vx::characterLength("", kMaxCharacterBytes), 0);
         for (int code = 0x100; code <= 0xFFFF; ++code) {
             const int lead = code >> 8, trail = code & 0xFF;
             const char bytes[] = {static_cast<char>(lead), static_cast<char>(trail)};
             const int length = !holds(page.leads, lead) ? 1 : holds(page.trails, trail) ? 2 : -1;
             ASSERT_EQ(vx::characterLength(bytes, kMaxCharacterBytes), length)
                 << page.locale << ' ' << code;
+            ASSERT_EQ(vx::characterLength(bytes, 1), length == 1 ? 1 : -1) << code;
         }
     }
-}
-
-TEST_F(InPage932, CharactersHaveOneOrTwoBytes) {
-    EXPECT_EQ(currentCodePage().number(), 932);
-    EXPECT_EQ(vx::characterLength("a", kMaxCharacterBytes), 1);
-    EXPECT_EQ(vx::characterLength("", kMaxCharacterBytes), 0);
-    EXPECT_EQ(vx::characterLength(SO, kMaxCharacterBytes), 2);
-    EXPECT_EQ(vx::characterLength(SO, 1), -1);
-    EXPECT_EQ(vx::characterLength("\x83", kMaxCharacterBytes),
-              -1);  // the terminator is no trail byte
-    EXPECT_EQ(vx::characterLength("\x83/", kMaxCharacterBytes), -1);  // nor is a slash
-    EXPECT_EQ(vx::characterLength("\xB1", kMaxCharacterBytes), 1);    // a single-byte letter
 }
 
 TEST_F(InPage932, SearchesNeverMatchHalfACharacter) {

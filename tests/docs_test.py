@@ -1,36 +1,60 @@
 #!/usr/bin/env python3
 """Compiles and runs every whole program in the pages: docs_test.py COMPILER SOURCE_DIR LIBRARY...
 
-A whole program is a block of C++ with a main function. It has to end with 0.
+A whole program is a C++ block with a main function. It has to end with 0. The program of the README
+is run by the commands after it, and has to print what is written there.
 """
 import os
 import pathlib
 import re
-import shutil
 import subprocess
 import sys
 import tempfile
 
 compiler, source = sys.argv[1], pathlib.Path(sys.argv[2])
 libraries = sys.argv[3:]
-flags = os.environ.get('VX_TEST_FLAGS', '').split()
-programs = 0
+flags = ' '.join([f'-I{source}/include', *libraries,
+                  *(f'-Wl,-rpath,{os.path.dirname(library)}' for library in libraries)])
+compile_command = f"{compiler} -Wall -Wextra -Werror {os.environ.get('VX_TEST_FLAGS', '')}"
+
+
+def programs(page):
+    return [block for block in re.findall(r'```cpp\n(.*?)```', page.read_text(), re.S)
+            if 'int main' in block]
+
+
+def run(folder, command, **more):
+    # As for an installed library, but with the one that was just built.
+    command = command.replace('$(pkg-config --cflags --libs vxutil)', flags)
+    command = re.sub(r'^g\+\+', lambda _: compile_command, command)
+    return subprocess.run(command, shell=True, cwd=folder, text=True, **more)
+
+
+def run_session(folder, session):
+    """Runs the commands of a console block and compares what each prints."""
+    steps = re.findall(r'^\$ (.*)\n((?:(?!\$ ).*\n)*)', session, re.M)
+    if './first' not in [command for command, _ in steps]:
+        sys.exit('README.md: its first program is not run')
+    for command, expected in steps:
+        printed = run(folder, command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT).stdout
+        if printed != expected:
+            sys.exit(f'README.md: {command}\nprints:\n{printed}and not:\n{expected}')
+
+
 with tempfile.TemporaryDirectory() as scratch:
-    # What the first program of the README looks for.
-    os.makedirs(f'{scratch}/textures/stone')
-    shutil.copy(source / 'tests/data/samples/netpbm_text_61x44x1_2B_rle.sgi',
-                f'{scratch}/textures/stone/slate.sgi')
-    os.environ['ZOR_TEXTURE_PATH'] = f'{scratch}/textures'
-    for page in [source / 'README.md', *sorted((source / 'docs').glob('*.md'))]:
-        for block in re.findall(r'```cpp\n(.*?)```', page.read_text(), re.S):
-            if 'int main' not in block:
-                continue
-            programs += 1
+    readme = source / 'README.md'
+    [first] = programs(readme)
+    [session] = re.findall(r'```console\n(.*?)```', readme.read_text(), re.S)
+    pathlib.Path(scratch, 'first.cpp').write_text(first)
+    pathlib.Path(scratch, 'tests').symlink_to(source / 'tests')
+    run_session(scratch, session)
+
+    count = 0
+    for page in sorted((source / 'docs').glob('*.md')):
+        for program in programs(page):
+            count += 1
             print(page.name, flush=True)
-            pathlib.Path(scratch, 'program.cpp').write_text(block)
-            subprocess.run([compiler, '-std=c++20', '-Wall', '-Wextra', '-Werror', *flags,
-                            f'-I{source}/include', 'program.cpp', '-o', 'program', *libraries,
-                            *(f'-Wl,-rpath,{os.path.dirname(library)}' for library in libraries)],
-                           cwd=scratch, check=True)
-            subprocess.run(['./program'], cwd=scratch, check=True)
-sys.exit(0 if programs >= 9 else f'only {programs} programs found')
+            pathlib.Path(scratch, 'program.cpp').write_text(program)
+            run(scratch, 'g++ -std=c++20 program.cpp -o program '
+                         '$(pkg-config --cflags --libs vxutil) && ./program', check=True)
+sys.exit(0 if count >= 8 else f'only {count} programs found')

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -14,6 +15,8 @@
 #include <unistd.h>
 
 namespace faults {
+
+void (*observer)(const char *name);
 
 namespace {
 
@@ -32,6 +35,7 @@ int blocks;
 char names[4096];  // of fixed size, since this must not allocate
 
 bool strikes(Kind kind, const char *name = "") {
+    if (observer != nullptr) observer(name);
     if (*name != '\0' && std::strlen(names) + std::strlen(name) + 2 < sizeof names) {
         std::strcat(std::strcat(names, name), " ");
     }
@@ -106,19 +110,8 @@ int blocksOut() {
 
 namespace {
 
-// Memory, or null when it is struck.
-template <typename Take>
-void *taken(Take take) {
-    void *block = strikes(kMemory) ? nullptr : take();
-    blocks += block != nullptr ? 1 : 0;
-    return block;
-}
-
-// What a struck transfer still does: nothing, or half.
-template <typename Transfer>
-ssize_t transferred(Kind kind, const char *name, size_t size, Transfer transfer) {
-    if (!strikes(kind, name)) return transfer(size);
-    return plan.effect == Effect::kShort ? transfer(size / 2) : -1;
+void countBlock(const void *block, int change) {
+    blocks += block != nullptr ? change : 0;
 }
 
 }  // namespace
@@ -128,38 +121,67 @@ ssize_t transferred(Kind kind, const char *name, size_t size, Transfer transfer)
 using faults::strikes;
 
 // The linker sends the library's calls of NAME to __wrap_NAME, and __real_NAME is the C library's.
+// A call that fails gives `failed`.
+#define VX_WRAP(type, name, kind, failed, parameters, arguments) \
+    type __real_##name parameters;                               \
+    type __wrap_##name parameters {                              \
+        if (strikes(faults::kind, #name)) return failed;         \
+        return __real_##name arguments;                          \
+    }
+
+// A transfer that fails may still do half of its work.
+#define VX_WRAP_TRANSFER(name, kind, pointer)                                  \
+    ssize_t __real_##name(int file, pointer buffer, size_t size);              \
+    ssize_t __wrap_##name(int file, pointer buffer, size_t size) {             \
+        const bool fails = strikes(faults::kind, #name);                       \
+        if (fails && faults::plan.effect != faults::Effect::kShort) return -1; \
+        return __real_##name(file, buffer, fails ? size / 2 : size);           \
+    }
+
+// What is closed is gone, even if closing fails.
+#define VX_WRAP_CLOSE(name, type)                          \
+    int __real_##name(type file);                          \
+    int __wrap_##name(type file) {                         \
+        const bool fails = strikes(faults::kOther, #name); \
+        const int result = __real_##name(file);            \
+        return fails ? -1 : result;                        \
+    }
+
+#define VX_WRAP_MEMORY(name, parameters, arguments)                                 \
+    void *__real_##name parameters;                                                 \
+    void *__wrap_##name parameters {                                                \
+        void *block = strikes(faults::kMemory) ? nullptr : __real_##name arguments; \
+        faults::countBlock(block, 1);                                               \
+        return block;                                                               \
+    }
+
 extern "C" {
 
-void *__real_malloc(size_t size);
-void *__real_calloc(size_t count, size_t size);
-void *__real_realloc(void *block, size_t size);
-void __real_free(void *block);
+VX_WRAP_MEMORY(malloc, (size_t size), (size))
+VX_WRAP_MEMORY(calloc, (size_t count, size_t size), (count, size))
+VX_WRAP_TRANSFER(read, kRead, void *)
+VX_WRAP_TRANSFER(write, kWrite, const void *)
+VX_WRAP_CLOSE(close, int)
+VX_WRAP_CLOSE(fclose, FILE *)
+VX_WRAP(off_t, lseek, kSeek, -1, (int file, off_t offset, int origin), (file, offset, origin))
+VX_WRAP(int, flock, kLock, -1, (int file, int operation), (file, operation))
+VX_WRAP(FILE *, fopen, kOpen, nullptr, (const char *path, const char *mode), (path, mode))
+VX_WRAP(char *, realpath, kOther, nullptr, (const char *path, char *out), (path, out))
+VX_WRAP(char *, getcwd, kOther, nullptr, (char *out, size_t size), (out, size))
+VX_WRAP(ssize_t, readlink, kOther, -1, (const char *path, char *out, size_t size),
+        (path, out, size))
+VX_WRAP(int, stat, kOther, -1, (const char *path, struct stat *status), (path, status))
+VX_WRAP(int, fstat, kOther, -1, (int file, struct stat *status), (file, status))
+VX_WRAP(int, fsync, kOther, -1, (int file), (file))
+VX_WRAP(int, rename, kOther, -1, (const char *from, const char *to), (from, to))
+VX_WRAP(int, link, kOther, -1, (const char *from, const char *to), (from, to))
+VX_WRAP(int, unlink, kOther, -1, (const char *path), (path))
+VX_WRAP(int, mkdir, kOther, -1, (const char *path, mode_t mode), (path, mode))
+VX_WRAP(int, access, kOther, -1, (const char *path, int mode), (path, mode))
+VX_WRAP(int, fchown, kOther, -1, (int file, uid_t owner, gid_t group), (file, owner, group))
+VX_WRAP(int, fchmod, kOther, -1, (int file, mode_t mode), (file, mode))
+
 int __real_open(const char *path, int flags, ...);
-ssize_t __real_read(int file, void *buffer, size_t size);
-ssize_t __real_write(int file, const void *buffer, size_t size);
-off_t __real_lseek(int file, off_t offset, int origin);
-int __real_close(int file);
-
-void *__wrap_malloc(size_t size) {
-    return faults::taken([=] { return __real_malloc(size); });
-}
-
-void *__wrap_calloc(size_t count, size_t size) {
-    return faults::taken([=] { return __real_calloc(count, size); });
-}
-
-void *__wrap_realloc(void *block, size_t size) {
-    if (strikes(faults::kMemory)) return nullptr;
-    void *grown = __real_realloc(block, size);
-    faults::blocks += block == nullptr && grown != nullptr ? 1 : 0;
-    return grown;
-}
-
-void __wrap_free(void *block) {
-    faults::blocks -= block != nullptr ? 1 : 0;
-    __real_free(block);
-}
-
 int __wrap_open(const char *path, int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);
@@ -168,98 +190,40 @@ int __wrap_open(const char *path, int flags, ...) {
     return strikes(faults::kOpen, "open") ? -1 : __real_open(path, flags, mode);
 }
 
-ssize_t __wrap_read(int file, void *buffer, size_t size) {
-    return faults::transferred(faults::kRead, "read", size,
-                               [&](size_t some) { return __real_read(file, buffer, some); });
+void *__real_realloc(void *block, size_t size);
+void *__wrap_realloc(void *block, size_t size) {
+    if (strikes(faults::kMemory)) return nullptr;
+    void *grown = __real_realloc(block, size);
+    faults::countBlock(grown, block == nullptr ? 1 : 0);
+    return grown;
 }
 
-ssize_t __wrap_write(int file, const void *buffer, size_t size) {
-    return faults::transferred(faults::kWrite, "write", size,
-                               [&](size_t some) { return __real_write(file, buffer, some); });
+void __real_free(void *block);
+void __wrap_free(void *block) {
+    faults::countBlock(block, -1);
+    __real_free(block);
 }
 
-off_t __wrap_lseek(int file, off_t offset, int origin) {
-    return strikes(faults::kSeek, "lseek") ? -1 : __real_lseek(file, offset, origin);
+// Waiting takes no time here.
+int __wrap_nanosleep(const timespec *, timespec *) {
+    return 0;
 }
-
-// A close that fails has closed all the same.
-int __wrap_close(int file) {
-    const bool struck = strikes(faults::kOther, "close");
-    const int result = __real_close(file);
-    return struck ? -1 : result;
-}
-
-int __real_flock(int file, int operation);
-int __wrap_flock(int file, int operation) {
-    return strikes(faults::kLock, "flock") ? -1 : __real_flock(file, operation);
-}
-
-// As with close, the stream is gone whatever the result.
-int __real_fclose(FILE *stream);
-int __wrap_fclose(FILE *stream) {
-    const bool struck = strikes(faults::kOther, "fclose");
-    const int result = __real_fclose(stream);
-    return struck ? EOF : result;
-}
-
-#define VX_WRAP_POINTER(type, kind, name, parameters, arguments)                 \
-    type __real_##name parameters;                                               \
-    type __wrap_##name parameters {                                              \
-        return strikes(faults::kind, #name) ? nullptr : __real_##name arguments; \
-    }
-
-VX_WRAP_POINTER(FILE *, kOpen, fopen, (const char *path, const char *mode), (path, mode))
-VX_WRAP_POINTER(char *, kOther, realpath, (const char *path, char *out), (path, out))
-VX_WRAP_POINTER(char *, kOther, getcwd, (char *out, size_t size), (out, size))
-
-ssize_t __real_readlink(const char *path, char *out, size_t size);
-ssize_t __wrap_readlink(const char *path, char *out, size_t size) {
-    return strikes(faults::kOther, "readlink") ? -1 : __real_readlink(path, out, size);
-}
-
-#define VX_WRAP(name, parameters, arguments)                                  \
-    int __real_##name parameters;                                             \
-    int __wrap_##name parameters {                                            \
-        return strikes(faults::kOther, #name) ? -1 : __real_##name arguments; \
-    }
-
-VX_WRAP(stat, (const char *path, struct stat *status), (path, status))
-VX_WRAP(fstat, (int file, struct stat *status), (file, status))
-VX_WRAP(fsync, (int file), (file))
-VX_WRAP(rename, (const char *from, const char *to), (from, to))
-VX_WRAP(link, (const char *from, const char *to), (from, to))
-VX_WRAP(unlink, (const char *path), (path))
-VX_WRAP(mkdir, (const char *path, mode_t mode), (path, mode))
-VX_WRAP(access, (const char *path, int mode), (path, mode))
-VX_WRAP(fchown, (int file, uid_t owner, gid_t group), (file, owner, group))
-VX_WRAP(fchmod, (int file, mode_t mode), (file, mode))
 
 }  // extern "C"
 
 // The standard library allocates inside its own shared object, which only a replacement reaches.
+// The array forms call these.
+void *operator new(size_t size, const std::nothrow_t &) noexcept {
+    return strikes(faults::kMemory) ? nullptr : __real_malloc(size != 0 ? size : 1);
+}
 void *operator new(size_t size) {
     void *block = strikes(faults::kNew) ? nullptr : __real_malloc(size != 0 ? size : 1);
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }
-void *operator new(size_t size, const std::nothrow_t &) noexcept {
-    return strikes(faults::kMemory) ? nullptr : __real_malloc(size != 0 ? size : 1);
-}
-void *operator new[](size_t size) {
-    return operator new(size);
-}
-void *operator new[](size_t size, const std::nothrow_t &none) noexcept {
-    return operator new(size, none);
-}
 void operator delete(void *block) noexcept {
     __real_free(block);
 }
 void operator delete(void *block, size_t) noexcept {
-    __real_free(block);
-}
-void operator delete[](void *block) noexcept {
-    __real_free(block);
-}
-void operator delete[](void *block, size_t) noexcept {
     __real_free(block);
 }

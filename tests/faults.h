@@ -52,6 +52,9 @@ private:
     bool armed_;
 };
 
+// Is told of each call before it is made, if it is set; allocations have no name.
+extern void (*observer)(const char *name);
+
 // Blocks of memory handed out by the wrapped calls, less those taken back.
 int blocksOut();
 

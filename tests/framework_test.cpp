@@ -1,10 +1,12 @@
-// The messages of the sibling library.
+// The catalogue of libvxframework and its reports.
 
 #include <vxframework.h>
+#include <vxmessages.h>
 
 #include <algorithm>
 #include <cstdarg>
 #include <gtest/gtest.h>
+#include <map>
 #include <set>
 #include <string>
 
@@ -19,11 +21,17 @@ std::string formatted(const char *catalogue, int id, ...) {
 }
 
 TEST(Messages, HaveATextWithTheirArguments) {
+    std::map<int, std::string> messages;
+#define VX_ADD(number, name, text) messages[name] = text;
+    VX_MESSAGES(VX_ADD)
+    EXPECT_EQ(messages.size(), 32U);
+    EXPECT_EQ(messages.lower_bound(20352)->first, 20352);
+    EXPECT_EQ(messages.rbegin()->first, 20382);
     std::set<std::string> texts;
-    for (int id = 20352; id <= 20382; ++id)
-        texts.insert(vxMessageText("vxmsg", id));
-    texts.insert(vxMessageText("vxmsg", 4912));
-    EXPECT_EQ(texts.size(), 32U);  // all there, all different
+    for (const auto &[number, text] : messages) {
+        EXPECT_EQ(vxMessageText("vxmsg", number), text);
+        EXPECT_TRUE(texts.insert(text).second) << text;
+    }
     EXPECT_NE(formatted("vxmsg", 20363, "a.sgi").find("\"a.sgi\""), std::string::npos);
     EXPECT_NE(formatted("vxmsg", 20363, nullptr).find("(null)"), std::string::npos);
     EXPECT_NE(formatted("vxmsg", 20376, 3, 1).find("3 and 1"), std::string::npos);

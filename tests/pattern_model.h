@@ -1,4 +1,4 @@
-// The matcher of patterns by its definition.
+// The pattern matcher by its definition.
 
 #ifndef VX_TESTS_PATTERN_MODEL_H
 #define VX_TESTS_PATTERN_MODEL_H
@@ -10,25 +10,25 @@
 #include <string>
 #include <vector>
 
-// One way after the other, the longest run of each repeat first. The lists of the form lie within
-// its buffer.
+// Tries one path after the other, the longest run of each repeat first. REQUIRES: the lists of the
+// program end within its buffer.
 class PatternDefinition {
 public:
-    PatternDefinition(const std::string &subject, const char *form)
+    PatternDefinition(const std::string &subject, const char *program)
         : page_(vx::currentCodePage()),
           subject_(subject + "\n"),
-          form_(form),
-          failed_((subject_.size() + 1) * kFormRoom) {}
+          program_(program),
+          failed_((subject_.size() + 1) * kProgramBytes) {}
 
     bool matches() const {
         for (std::size_t start = 0; start < subject_.size(); ++start) {
-            if (matchAt(start, form_) >= 0) return true;
+            if (matchAt(start, program_) >= 0) return true;
         }
         return false;
     }
 
-    // The element behind another one; the same for what is no element.
-    static const char *behind(const char *element) {
+    // The element after another one; the same address if it is not an element.
+    static const char *next(const char *element) {
         switch (*element) {
             case '[':
             case '!':
@@ -41,8 +41,8 @@ public:
     }
 
 private:
-    // A form, and the longest list that begins at its end.
-    static constexpr std::size_t kFormRoom = 1024;
+    // A program, and the longest list that begins at its end.
+    static constexpr std::size_t kProgramBytes = 1024;
 
     static unsigned byteAt(const char *at) { return static_cast<unsigned char>(*at); }
     unsigned code(const char *at) const {
@@ -85,7 +85,7 @@ private:
         }
     }
     int matchAt(std::size_t position, const char *element) const {
-        for (; *element != '\0'; element = behind(element)) {
+        for (; *element != '\0'; element = next(element)) {
             if (*element == '*') return matchRepeat(position, element + 1);
             if (!matchElement(position, element)) return -1;
         }
@@ -93,22 +93,23 @@ private:
     }
     int matchRepeat(std::size_t position, const char *element) const {
         std::size_t end = position;
-        for (std::size_t next = end; matchElement(next, element) && next != end;)
-            end = next;
+        for (std::size_t runEnd = end; matchElement(runEnd, element) && runEnd != end;)
+            end = runEnd;
         for (std::size_t e = end + 1; e-- > position;) {
-            const std::size_t way = e * kFormRoom + static_cast<std::size_t>(element - form_);
-            if (failed_[way]) continue;
-            const int result = matchAt(e, behind(element));
+            const std::size_t path =
+                e * kProgramBytes + static_cast<std::size_t>(element - program_);
+            if (failed_[path]) continue;
+            const int result = matchAt(e, next(element));
             if (result >= 0) return result;
-            failed_[way] = true;
+            failed_[path] = true;
         }
         return -1;
     }
 
     const vx::CodePage &page_;
     std::string subject_;
-    const char *form_;
-    mutable std::vector<bool> failed_;  // from here on, a second time: no need to try again
+    const char *program_;
+    mutable std::vector<bool> failed_;  // paths known to fail: each element at each position
 };
 
 #endif

@@ -1,4 +1,4 @@
-// Files of the library in published byte order, through the readers of other programs.
+// Big-endian files of the library, read by other programs.
 
 #include <vximage.h>
 
@@ -16,18 +16,18 @@ namespace {
 
 constexpr int kWidth = 131, kRows = 17;
 
-// From 0 to the most that there is: some readers stretch what lies between the extremes.
-std::uint16_t elementAt(int x, int y, int z, unsigned most) {
-    if (x == 0 || x == kWidth - 1) return static_cast<std::uint16_t>(x == 0 ? 0 : most);
+// From 0 to the largest value: some readers stretch the range between the extremes.
+std::uint16_t elementAt(int x, int y, int z, unsigned max) {
+    if (x == 0 || x == kWidth - 1) return static_cast<std::uint16_t>(x == 0 ? 0 : max);
     const unsigned value =
         y % 3 == 0 ? 5U + static_cast<unsigned>(y) : static_cast<unsigned>(x * 91 + y * 7 + z * 13);
-    return static_cast<std::uint16_t>(value * (most == 0xFF ? 1 : 113) & most);
+    return static_cast<std::uint16_t>(value * (max == 0xFF ? 1 : 113) & max);
 }
 
 void write(const std::string &path, unsigned type, int planes) {
     VxImage *image = vxImageOpen(path.c_str(), "w", type, 3U, unsigned{kWidth}, unsigned{kRows},
                                  static_cast<unsigned>(planes));
-    vxImageUsePublishedOrder(image);
+    vxImageUseBigEndian(image);
     std::vector<std::uint16_t> row(kWidth);
     for (int z = 0; z < planes; ++z) {
         for (int y = 0; y < kRows; ++y) {
@@ -41,7 +41,7 @@ void write(const std::string &path, unsigned type, int planes) {
     ASSERT_EQ(vxImageClose(image), 0);
 }
 
-// The bytes of a picture as other programs lay them out: from the top row down, planes interleaved,
+// The bytes of a picture as other programs write them: from the top row down, planes interleaved,
 // the high byte first.
 std::string expectedBytes(unsigned type, int planes) {
     std::string bytes;
@@ -66,7 +66,7 @@ std::string outputOf(const std::string &command) {
     return output;
 }
 
-// The bytes of a listing of lines like "  Pixel (0, 16): 12 34 56 (0.1 0.2 0.3)".
+// The bytes listed in lines like "  Pixel (0, 16): 12 34 56 (0.1 0.2 0.3)".
 std::string dumpedBytes(const std::string &listing, int planes, bool wide) {
     std::string bytes;
     std::istringstream lines(listing);
@@ -83,8 +83,8 @@ std::string dumpedBytes(const std::string &listing, int planes, bool wide) {
     return bytes;
 }
 
-// Without the program the test is skipped, but not where it has to be there.
-bool isThere(const std::string &program) {
+// Without the program the test is skipped, except where all programs are required.
+bool isInstalled(const std::string &program) {
     if (std::system(("command -v " + program + " >/dev/null").c_str()) == 0) return true;
     EXPECT_EQ(std::getenv("VX_REQUIRE_READERS"), nullptr) << program << " is missing";
     return false;
@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(Programs, Readers, testing::Values("sgitopnm", "ffmpeg"
 
 TEST_P(Readers, SeeTheSameElements) {
     const std::string program = GetParam();
-    if (!isThere(program)) GTEST_SKIP() << program << " is not installed";
+    if (!isInstalled(program)) GTEST_SKIP() << program << " is not installed";
     const std::string path = std::filesystem::temp_directory_path() /
                              ("vxreaders" + std::to_string(::getpid()) + ".sgi");
     for (const unsigned type : {0x001U, 0x002U, 0x101U, 0x102U}) {
@@ -117,7 +117,7 @@ TEST_P(Readers, SeeTheSameElements) {
                 output = dumpedBytes(outputOf("oiiotool --dumpdata " + path), planes,
                                      (type & 0xFF) == 2);
             }
-            // The raw bytes are all of it, or what stands behind a header.
+            // Some programs write a header before the bytes.
             const std::string expected = expectedBytes(type, planes);
             EXPECT_GE(output.size(), expected.size());
             EXPECT_TRUE(output.ends_with(expected));

@@ -2,12 +2,14 @@
 
 #include "platform/registry.h"
 
+#include "platform/posix/registry_file.h"
+#include "scratch_folder.h"
+
+#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -16,47 +18,31 @@
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace vx;
 
 constexpr char kPath[] = "Software\\A Key";
 
-// A folder for the files of the registry.
-class Folder {
-public:
-    Folder() {
-        fs::create_directories(path);
-        ::setenv("VX_REGISTRY_DIR", path.c_str(), 1);
-    }
-    ~Folder() { fs::remove_all(path); }
-    Folder(const Folder &) = delete;
-    Folder &operator=(const Folder &) = delete;
-
-    const fs::path path = fs::temp_directory_path() / ("vxreg" + std::to_string(::getpid()));
+// Where the registry is while the object exists.
+struct Folder : ScratchFolder {
+    Folder() { ::setenv("VX_REGISTRY_DIR", path.c_str(), 1); }
 };
 
 // A life of the user's key.
 template <typename Work>
 void withKey(Work work) {
-    HKEY key = nullptr;
-    EXPECT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, kPath, KEY_WRITE, &key), ERROR_SUCCESS);
+    Registry registry(RegistryRoot::kUser);
+    RegistryKey key(registry, kPath);
     work(key);
-    EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
+    EXPECT_EQ(key.save(), SaveResult::kSaved);
 }
 
 // A user's file of this text, as the works on it leave it.
 template <typename Work>
 std::string worked(const std::string &text, Work work) {
     const Folder folder;
-    std::ofstream(folder.path / "user.reg", std::ios::binary) << text;
+    folder.write("user.reg", text);
     withKey(work);
-    std::ifstream in(folder.path / "user.reg", std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-int set(HKEY key, const char *name, unsigned type, const std::string &data) {
-    return RegSetValueExA(key, name, type, reinterpret_cast<const unsigned char *>(data.data()),
-                          static_cast<unsigned>(data.size()));
+    return folder.read("user.reg");
 }
 
 // Whoever owns the folder can still save when root has been there first.
@@ -64,34 +50,47 @@ TEST(Registry, WhatRootMakesIsTheFoldersOwners) {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can give files away";
     const Folder folder;
     ASSERT_EQ(::chown(folder.path.c_str(), 65534, 65534), 0);
-    withKey([](HKEY) {});
+    withKey([](RegistryKey &) {});
     for (const char *name : {"user.reg", "user.reg.lock"}) {
         struct stat status;
-        ASSERT_EQ(::stat((folder.path / name).c_str(), &status), 0);
+        ASSERT_EQ(::stat(folder.at(name).c_str(), &status), 0);
         EXPECT_EQ(status.st_uid, 65534U) << name;
     }
 }
 
 TEST(Registry, AChildDoesNotKeepTheLock) {
     const Folder folder;
-    int held[2];
-    ASSERT_EQ(::pipe(held), 0);
     pid_t child = -1;
-    withKey([&](HKEY) {
+    {
+        Registry registry(RegistryRoot::kUser);
+        RegistryKey key(registry, kPath);
+        EXPECT_EQ(key.save(), SaveResult::kSaved);
         child = ::fork();
-        if (child != 0) return;
-        char end;
-        ::close(held[1]);
-        ::_exit(static_cast<int>(::read(held[0], &end, 1)));  // there until the end of the test
-    });
-    const int lock = ::open((folder.path / "user.reg.lock").c_str(), O_RDWR);
+        if (child == 0) ::pause();  // with the lock file open, until the end of the test
+    }
+    const int lock = ::open(folder.at("user.reg.lock").c_str(), O_WRONLY);
     EXPECT_EQ(::flock(lock, LOCK_EX | LOCK_NB), 0);
     ::close(lock);
-    ::close(held[0]);
-    ::close(held[1]);
-    int status = -1;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    ::kill(child, SIGKILL);
+    EXPECT_EQ(::waitpid(child, nullptr, 0), child);
+}
+
+TEST(Registry, ItsFilesAreWhereTheEnvironmentSays) {
+    const struct {
+        const char *folder, *config, *home, *user, *machine;
+    } cases[] = {
+        {"/f", "/c", "/h", "/f/user.reg", "/f/machine.reg"},
+        {"", "/c", "/h", "/c/vxutil/user.reg", "/etc/vxutil/machine.reg"},
+        {"", "", "/h", "/h/.config/vxutil/user.reg", "/etc/vxutil/machine.reg"},
+        {"", "", "", "", "/etc/vxutil/machine.reg"},
+    };
+    for (const auto &test : cases) {
+        ::setenv("VX_REGISTRY_DIR", test.folder, 1);
+        ::setenv("XDG_CONFIG_HOME", test.config, 1);
+        ::setenv("HOME", test.home, 1);
+        EXPECT_EQ(registryFilePath(RegistryRoot::kUser), test.user);
+        EXPECT_EQ(registryFilePath(RegistryRoot::kMachine), test.machine);
+    }
 }
 
 constexpr char kHead[] = "REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\A Key]\n";
@@ -104,42 +103,75 @@ TEST(Registry, WritesEachTypeInItsForm) {
         std::string data;
         const char *line;
     } cases[] = {
-        {"a", REG_SZ, "C:\\maps\0"s, "\"a\"=\"C:\\\\maps\"\n"},
-        {"", REG_SZ, "x\0"s, "@=\"x\"\n"},
-        {"q\"", REG_SZ, "two\nlines\0"s, "\"q\\\"\"=hex(1):74,77,6f,0a,6c,69,6e,65,73,00\n"},
-        {"e", REG_EXPAND_SZ, "%A%\0"s, "\"e\"=hex(2):25,41,25,00\n"},
-        {"b", REG_BINARY, "\x01\xFF"s, "\"b\"=hex:01,ff\n"},
-        {"n", REG_DWORD, "\x2A\0\0\x80"s, "\"n\"=dword:8000002a\n"},
-        {"short", REG_DWORD, "\x2A"s, "\"short\"=hex(4):2a\n"},
+        {"a", kRegistryText, "C:\\maps\0"s, "\"a\"=\"C:\\\\maps\"\n"},
+        {"", kRegistryText, "x\0"s, "@=\"x\"\n"},
+        {"q\"", kRegistryText, "two\nlines\0"s, "\"q\\\"\"=hex(1):74,77,6f,0a,6c,69,6e,65,73,00\n"},
+        {"e", 2, "%A%\0"s, "\"e\"=hex(2):25,41,25,00\n"},
+        {"b", kRegistryBinary, "\x01\xFF"s, "\"b\"=hex:01,ff\n"},
+        {"n", kRegistryNumber, "\x2A\0\0\x80"s, "\"n\"=dword:8000002a\n"},
+        {"short", kRegistryNumber, "\x2A"s, "\"short\"=hex(4):2a\n"},
     };
     for (const auto &test : cases) {
-        const auto setOne = [&](HKEY key) {
-            EXPECT_EQ(set(key, test.name, test.type, test.data), ERROR_SUCCESS);
-        };
+        const auto setOne = [&](RegistryKey &key) { key.set({test.name, test.type, test.data}); };
         const std::string file = worked(kHead, setOne);
         EXPECT_EQ(file, std::string(kHead) + test.line);
         EXPECT_EQ(worked(file, setOne), file);
-        worked(file, [&](HKEY key) {
-            char name[20];
-            unsigned char data[40];
-            unsigned nameSize = sizeof name, dataSize = sizeof data, type = 0;
-            EXPECT_EQ(RegEnumValueA(key, 0, name, &nameSize, &type, data, &dataSize),
-                      ERROR_SUCCESS);
-            EXPECT_EQ(std::string(name, nameSize), test.name);
-            EXPECT_EQ(type, test.type);
-            EXPECT_EQ(std::string(reinterpret_cast<char *>(data), dataSize), test.data);
+        worked(file, [&](RegistryKey &key) {
+            ASSERT_EQ(key.values().size(), 1U);
+            EXPECT_EQ(key.values()[0].name, test.name);
+            EXPECT_EQ(key.values()[0].type, test.type);
+            EXPECT_EQ(key.values()[0].data, test.data);
         });
     }
 }
 
-TEST(Registry, AValueThatIsThereTwiceIsOneAfterwards) {
-    const std::string twice =
-        std::string(kHead) + "\"a\" = \"1\"\n; note\n\"A\"=\"2\"\n\"c\"=\"3\"\n";
-    const std::string text("4\0", 2);
-    EXPECT_EQ(worked(twice, [&](HKEY key) { set(key, "a", REG_SZ, text); }),
-              std::string(kHead) + "\"a\"=\"4\"\n; note\n\"c\"=\"3\"\n");
-    EXPECT_EQ(worked(twice, [](HKEY key) { EXPECT_EQ(RegDeleteValueA(key, "a"), 0); }),
-              std::string(kHead) + "; note\n\"c\"=\"3\"\n");
+TEST(Registry, ChangesNoMoreLinesThanItMust) {
+    const std::string text("4\0", 2), same("3\0", 2);
+    const std::string file = "\"a\" = \"1\"\n; note\n\"A\"=\"2\"\n\"c\" = \"3\"\n\n[Other]\n";
+    const struct {
+        std::function<void(RegistryKey &)> change;
+        const char *values;
+    } cases[] = {
+        // A name that is there twice is one afterwards.
+        {[&](RegistryKey &key) {
+             key.set({"a", kRegistryText, text});
+         },
+         "\"a\"=\"4\"\n; note\n\"c\" = \"3\"\n\n[Other]\n"},
+        {[&](RegistryKey &key) {
+             key.set({"C", kRegistryText, same});
+         },
+         "\"a\" = \"1\"\n; note\n\"A\"=\"2\"\n\"c\" = \"3\"\n\n[Other]\n"},
+        {[](RegistryKey &key) { key.removeFirst(2); }, "; note\n\"c\" = \"3\"\n\n[Other]\n"},
+        {[&](RegistryKey &key) {
+             key.removeFirst(3);
+             key.set({"new", kRegistryText, text});
+             key.set({"c", kRegistryText, same});
+         },
+         "; note\n\"c\" = \"3\"\n\"new\"=\"4\"\n\n[Other]\n"},
+    };
+    for (const auto &test : cases)
+        EXPECT_EQ(worked(kHead + file, test.change), std::string(kHead) + test.values);
+}
+
+// Two keys of one root, and another process that saves in between.
+TEST(Registry, ASaveIsAppliedToWhatIsThereByThen) {
+    const Folder folder;
+    withKey([](RegistryKey &key) { key.set({"a", kRegistryText, "1"}); });
+    Registry registry(RegistryRoot::kUser);
+    RegistryKey key(registry, kPath), other(registry, "Other");
+    withKey([](RegistryKey &theirs) { theirs.set({"theirs", kRegistryText, "2"}); });
+    key.set({"mine", kRegistryText, "3"});
+    EXPECT_EQ(key.save(), SaveResult::kOutdated);
+    RegistryKey again(registry, kPath);
+    again.set({"mine", kRegistryText, "3"});
+    EXPECT_EQ(again.save(), SaveResult::kSaved);
+    EXPECT_EQ(other.save(), SaveResult::kSaved);
+    Registry now(RegistryRoot::kUser);
+    const RegistryKey result(now, kPath);
+    std::string names;
+    for (const RegistryValue &value : result.values())
+        names += value.name + " ";
+    EXPECT_EQ(names, "a theirs mine ");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Run-length rows by their definition, one step after the other.
+// Run-length rows by their definition, one step at a time.
 
 #ifndef VX_TESTS_ROW_MODEL_H
 #define VX_TESTS_ROW_MODEL_H
@@ -38,7 +38,7 @@ inline Elements encodedPlainly(const Elements &row, unsigned mask) {
     return out;
 }
 
-// The `count` elements of a stored row; nothing when a packet breaks a bound.
+// The `count` elements of a stored row, or nullopt if a packet breaks a bound.
 inline std::optional<Elements> decodedPlainly(const Elements &stored, std::size_t count) {
     Elements row;
     for (std::size_t at = 0; at < stored.size();) {

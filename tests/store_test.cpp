@@ -1,17 +1,21 @@
 // The store of search paths over a whole life of the library: loaded and unloaded for real, with
 // registry files and an environment of its own each time.
 
+#include "scratch_folder.h"
+
 #include <vxsearchpath.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -58,42 +62,35 @@ private:
 constexpr char kTextures[] = "Software\\Meridane\\Vandermire\\Texture Paths";
 constexpr char kWebs[] = "Software\\Meridane\\Vandermire\\Photometric Web Paths";
 
-class Store : public testing::Test {
+std::string heading(const char *root, const char *key) {
+    return std::string("[") + root + "\\" + key + "]\n";
+}
+
+// Values with these numbers and a directory each.
+std::string numbered(int from, int to) {
+    std::string values;
+    for (int i = from; i < to; ++i) {
+        const std::string number = std::to_string(i);
+        values.append("\"" + number).append("\"=\"C:/" + number).append("\"\n");
+    }
+    return values;
+}
+
+class Store : public testing::Test, protected ScratchFolder {
 protected:
-    void SetUp() override {
-        folder_ = fs::temp_directory_path() / ("vxstore" + std::to_string(::getpid()));
-        clear();
-        ::setenv("VX_REGISTRY_DIR", folder_.c_str(), 1);
+    Store() {
+        ::setenv("VX_REGISTRY_DIR", path.c_str(), 1);
         ::setenv("ROOT", "C:\\data", 1);
         ::unsetenv("ZOR_TEXTURE_PATH");
         ::unsetenv("ZOR_IES_PATH");
     }
-    void TearDown() override { fs::remove_all(folder_); }
-
-    void clear() const {
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
-    }
-    void write(const char *file, const std::string &text) const {
-        std::ofstream(folder_ / file, std::ios::binary) << text;
-    }
-    std::string read(const std::string &file) const {
-        std::ifstream in(folder_ / file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-    static std::string heading(const char *root, const char *key) {
-        return std::string("[") + root + "\\" + key + "]\n";
-    }
     void writeUser(const std::string &values) const {
         write("user.reg", "REGEDIT4\n\n" + heading("HKEY_CURRENT_USER", kTextures) + values);
     }
-
-    fs::path folder_;
 };
 
 TEST_F(Store, FirstLoadMakesEmptyKeys) {
-    fs::remove_all(folder_);
-    ::setenv("VX_REGISTRY_DIR", (folder_ / "a/b").c_str(), 1);
+    ::setenv("VX_REGISTRY_DIR", at("a/b").c_str(), 1);
     {
         const Library library;
         for (const int category : {1, 2}) {
@@ -108,12 +105,14 @@ TEST_F(Store, FirstLoadMakesEmptyKeys) {
                                            "\n" + heading("HKEY_LOCAL_MACHINE", kWebs));
 }
 
-std::string numbered(int from, int to) {
-    std::string values;
-    for (int i = from; i < to; ++i) {
-        values += "\"" + std::to_string(i) + "\"=\"C:/" + std::to_string(i) + "\"\n";
+TEST_F(Store, AListIsWrittenCompletelyThoughOnlyItsStartIsReadAgain) {
+    {
+        const Library library;
+        for (unsigned i = 0; i < 130; ++i)
+            library.insert(library.get(2, 1), i, ("C:/" + std::to_string(i)).c_str());
     }
-    return values;
+    EXPECT_TRUE(read("user.reg").ends_with(numbered(0, 130)));
+    EXPECT_TRUE(Library().text(2, 1).ends_with(";C:/127"));
 }
 
 TEST_F(Store, ReadsValuesByTheirRules) {
@@ -177,9 +176,9 @@ TEST_F(Store, UnloadReplacesTheValuesAndNothingElse) {
     text.resize(text.size() - 2);  // nor for want of its last line end
     write("user.reg", text);
     const fs::file_time_type longAgo = fs::file_time_type::clock::now() - std::chrono::hours(1);
-    fs::last_write_time(folder_ / "user.reg", longAgo);
+    fs::last_write_time(path / "user.reg", longAgo);
     { const Library library; }
-    EXPECT_EQ(fs::last_write_time(folder_ / "user.reg"), longAgo);
+    EXPECT_EQ(fs::last_write_time(path / "user.reg"), longAgo);
 }
 
 TEST_F(Store, MergedListHasTheEnvironmentFirst) {
@@ -226,54 +225,21 @@ TEST_F(Store, OtherCategoriesAndLevels) {
     EXPECT_EQ(library.text(1, 1), "C:/a");
 }
 
-TEST_F(Store, ALongListIsWrittenWhole) {
-    {
-        const Library library;
-        for (unsigned i = 0; i < 130; ++i) {
-            library.insert(library.get(1, 1), i, ("C:/" + std::to_string(i)).c_str());
-        }
-    }
-    EXPECT_NE(read("user.reg").find("\"129\"=\"C:/129\"\n"), std::string::npos);
-}
-
 TEST_F(Store, SettingsFollowALinkAndKeepTheirMode) {
-    fs::create_directory(folder_ / "dotfiles");
+    fs::create_directory(path / "dotfiles");
     write("dotfiles/mine.reg", "REGEDIT4\n");
-    fs::permissions(folder_ / "dotfiles/mine.reg", fs::perms::owner_read | fs::perms::owner_write);
-    fs::create_symlink("dotfiles/mine.reg", folder_ / "user.reg");
+    fs::permissions(path / "dotfiles/mine.reg", fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("dotfiles/mine.reg", path / "user.reg");
     { const Library library; }
-    EXPECT_TRUE(fs::is_symlink(folder_ / "user.reg"));
+    EXPECT_TRUE(fs::is_symlink(path / "user.reg"));
     EXPECT_NE(read("dotfiles/mine.reg").find(kTextures), std::string::npos);
-    EXPECT_EQ(fs::status(folder_ / "dotfiles/mine.reg").permissions(),
+    EXPECT_EQ(fs::status(path / "dotfiles/mine.reg").permissions(),
               fs::perms::owner_read | fs::perms::owner_write);
-    fs::remove(folder_ / "dotfiles/mine.reg");
-    ASSERT_EQ(::mkfifo((folder_ / "dotfiles/mine.reg.new").c_str(), 0600), 0);
+    fs::remove(path / "dotfiles/mine.reg");
+    ASSERT_EQ(::mkfifo((path / "dotfiles/mine.reg.new").c_str(), 0600), 0);
     { const Library library; }
-    EXPECT_TRUE(fs::is_symlink(folder_ / "user.reg"));
+    EXPECT_TRUE(fs::is_symlink(path / "user.reg"));
     EXPECT_NE(read("dotfiles/mine.reg").find(kTextures), std::string::npos);
-}
-
-TEST_F(Store, HomeHasTheUsersFile) {
-    ::unsetenv("VX_REGISTRY_DIR");
-    const char *home = std::getenv("HOME");
-    const std::string before = home != nullptr ? home : "";
-    ::setenv("XDG_CONFIG_HOME", (folder_ / "xdg").c_str(), 1);
-    ::setenv("HOME", folder_.c_str(), 1);
-    // Only the user's file is looked at: the machine's would be the real one.
-    write("user.reg", "");
-    fs::create_directories(folder_ / "xdg/vxutil");
-    write("xdg/vxutil/user.reg",
-          "REGEDIT4\n" + heading("HKEY_CURRENT_USER", kTextures) + "\"0\"=\"C:/xdg\"\n");
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const Library library;
-        ::_exit(library.text(1, 1) == "C:/xdg" ? 0 : 1);  // not unloaded: nothing is written
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-    ::unsetenv("XDG_CONFIG_HOME");
-    ::setenv("HOME", before.c_str(), 1);
 }
 
 // ---- Damage
@@ -317,25 +283,63 @@ TEST_F(Store, DamagedFilesAreSetAsideByteForByte) {
     }
     // Cut anywhere, a file is either good or set aside.
     for (std::size_t length = 0; length <= good.size(); ++length) {
+        const std::string cut = good.substr(0, length);
         clear();
-        write("user.reg", good.substr(0, length));
+        write("user.reg", cut);
         { const Library library; }
-        const bool aside = fs::exists(folder_ / "user.reg.damaged");
-        EXPECT_TRUE(!aside || read("user.reg.damaged") == good.substr(0, length)) << length;
-        EXPECT_TRUE(aside || good.substr(0, length).find("REGEDIT4") == 0) << length;
-        EXPECT_TRUE(read("user.reg").find(kTextures) != std::string::npos) << length;
+        EXPECT_EQ(has("user.reg.damaged") ? read("user.reg.damaged") : cut, cut);
+        EXPECT_TRUE(has("user.reg.damaged") || cut.starts_with("REGEDIT4")) << length;
+        EXPECT_NE(read("user.reg").find(kTextures), std::string::npos) << length;
     }
 }
 
 TEST_F(Store, WhatIsNoFileIsLeftAlone) {
-    fs::create_directory(folder_ / "user.reg");
-    ASSERT_EQ(::mkfifo((folder_ / "machine.reg").c_str(), 0600), 0);
-    {
-        const Library library;
-        EXPECT_EQ(library.text(1, 0), "");
+    fs::create_directory(path / "user.reg");
+    ASSERT_EQ(::mkfifo(at("machine.reg").c_str(), 0600), 0);
+    EXPECT_EQ(Library().text(1, 0), "");
+    EXPECT_TRUE(fs::is_directory(path / "user.reg"));
+    EXPECT_TRUE(fs::is_fifo(path / "machine.reg"));
+}
+
+// Takes all locks that another user can get, and stops with them.
+[[noreturn]] void holdLocks(const fs::path &folder) {
+    if (::setegid(65534) != 0 || ::seteuid(65534) != 0) ::_exit(1);
+    std::vector<fs::path> paths = {folder};
+    for (const auto &entry : fs::directory_iterator(folder))
+        paths.push_back(entry.path());
+    for (const fs::path &path : paths) {
+        for (const int mode : {O_RDWR, O_WRONLY, O_RDONLY}) {
+            const int file = ::open(path.c_str(), mode);
+            struct flock record = {};
+            record.l_type = mode == O_RDONLY ? F_RDLCK : F_WRLCK;
+            ::flock(file, LOCK_EX | LOCK_NB);
+            ::fcntl(file, F_SETLK, &record);
+        }
     }
-    EXPECT_TRUE(fs::is_directory(folder_ / "user.reg"));
-    EXPECT_TRUE(fs::is_fifo(folder_ / "machine.reg"));
+    ::raise(SIGSTOP);
+    ::_exit(0);
+}
+
+TEST_F(Store, NobodyElseCanHoldTheLock) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+    const auto save = [this](const char *entry) {
+        const Library library;
+        for (const int level : {VX_LEVEL_USER, VX_LEVEL_MACHINE})
+            library.insert(library.get(1, level), 0, entry);
+    };
+    fs::permissions(path, fs::perms{0755});
+    write("user.reg.lock", "");  // as readable as the umask allows
+    save("/a");
+    const pid_t child = ::fork();
+    if (child == 0) holdLocks(path);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, WUNTRACED), child);
+    EXPECT_TRUE(WIFSTOPPED(status));
+    save("/b");
+    for (const char *file : {"user.reg", "machine.reg"})
+        EXPECT_NE(read(file).find("\"/b\""), std::string::npos) << file;
+    ::kill(child, SIGKILL);
+    ::waitpid(child, &status, 0);
 }
 
 TEST_F(Store, ProcessesTakeTurns) {
@@ -356,8 +360,7 @@ TEST_F(Store, ProcessesTakeTurns) {
         EXPECT_GT(::wait(&status), 0);
         EXPECT_EQ(status, 0);
     }
-    EXPECT_FALSE(fs::exists(folder_ / "user.reg.damaged"));
-    EXPECT_FALSE(fs::exists(folder_ / "user.reg.new"));
+    EXPECT_FALSE(has("user.reg.damaged") || has("user.reg.new"));
     const Library library;
     // Who unloads last decides, and that is somebody's last round.
     const std::string list = library.text(1, 1);

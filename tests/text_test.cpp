@@ -1,4 +1,4 @@
-// File names, lines and characters, in single-byte and double-byte pages.
+// File names, lines and characters in single-byte and double-byte pages.
 
 #include "data_rows.h"
 #include "in_locale.h"
@@ -45,7 +45,7 @@ TEST(FileNames, NullLeavesTheBufferAlone) {
     EXPECT_EQ(vxFileAddExtension(nullptr, "x"), nullptr);
     EXPECT_EQ(vxFileReplaceExtension(nullptr, "x"), nullptr);
     EXPECT_STREQ(kept, "kept");
-    // One buffer for all, and a result is good as the next name.
+    // All share one buffer, and a result may be the next name.
     EXPECT_EQ(vxFileStripExtension(vxFileBaseName("dir/file.txt")), kept);
     EXPECT_STREQ(kept, "file");
     EXPECT_STREQ(vxFileDirectory(vxFileAddExtension("a/b", "c")), "a");

@@ -126,8 +126,9 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(self.run_tool('paths', '--category', 'web', ZOR_IES_PATH=str(self.folder)),
                          f'web, merged\n   0  {self.folder}  (environment)\n'
                          '   1  /lamps/%"\xe4"  (user)  no such directory\n')
-        raw = os.fsencode(self.paths('--level', 'environment', ZOR_TEXTURE_PATH='/\udcff\n')[0][0])
-        self.assertEqual(raw, b'/\xff\n')
+        lists = json.loads(self.run_tool('paths', '--json', '--level', 'environment', ZOR_TEXTURE_PATH='/\udcff\n'))
+        self.assertEqual(lists[0]['directories'],
+                         [{'path': '/\ufffd\n', 'path_hex': '2fff0a', 'level': 'environment', 'exists': False}])
 
     def test_paths_that_cannot_be_kept(self):
         self.run_tool('paths', 'add', '/a')
@@ -246,14 +247,14 @@ class ToolTest(unittest.TestCase):
             (self.folder / name).write_bytes(data)
         done = subprocess.run([PROGRAM, 'image', 'check', 'bad', 'good'], cwd=self.folder, env=self.environment,
                               capture_output=True, text=True, check=False)
-        what = 'reading an image: a row is damaged or not in the file'
+        what = 'reading an image: a row is damaged or incomplete'
         self.assertEqual(done.stderr.splitlines(), [
             f'vxutil: bad: plane 0, row 2: {what}', f'vxutil: bad: plane 1, rows 5 to 6: {what}',
             'vxutil: bad: plane 2, row 22: was never written'])
         self.assertEqual((done.returncode, done.stdout), (1, 'good: good, 87 rows read\n'))
 
         for error, data in (
-                ('short for a header', b''), ('no image', b'x' * 600), ('row starts', good[:700]),
+                ('header is incomplete', b''), ('not an SGI image', b'x' * 600), ('row starts', good[:700]),
                 ('elements of 3 bytes', image_head(1, 1, 1, kind=3)), ('neither', image_head(1, 1, 1, kind=0x201)),
                 ('dimension 4', image_head(1, 1, 1, dimension=4)), ('no elements', image_head(1, 1, 0)),
                 ('cannot be reached', image_head(2, 2, 2, dimension=2) + b'12345678'),
@@ -263,7 +264,7 @@ class ToolTest(unittest.TestCase):
             (self.folder / 'file').write_bytes(data)
             self.run_tool('image', 'check', 'file', code=1, error=error)
         os.mkfifo(self.folder / 'pipe')
-        for name, error in (('none', 'none: No such file'), ('.', 'a directory'), ('pipe', 'pipe: is no regular')):
+        for name, error in (('none', 'none: No such file'), ('.', 'a directory'), ('pipe', 'pipe: is not a regular')):
             for command in (['info', name], ['check', name], ['convert', name, 'out']):
                 self.run_tool('image', *command, code=1, error=error)
 

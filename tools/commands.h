@@ -1,31 +1,42 @@
 // The subcommands: what each is asked for, and the function that does it. A function answers with
-// the exit code of the program, and throws Trouble where nothing is left to do.
+// the exit code of the program, and throws Error where nothing is left to do.
 #ifndef TOOLS_COMMANDS_H
 #define TOOLS_COMMANDS_H
 
+#include <array>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace tool {
 
-// Categories and levels are those of vxsearchpath.h.
+// Categories and levels are those of vxsearchpath.h, with their words on the command line.
+inline constexpr std::array kCategoryNames = {"", "texture", "web"};
+inline constexpr std::array kLevelNames = {"merged", "user", "machine", "environment"};
+
+inline const char *categoryName(int category) {
+    return kCategoryNames[static_cast<std::size_t>(category)];
+}
+inline const char *levelName(int level) {
+    return kLevelNames[static_cast<std::size_t>(level)];
+}
 
 int listPaths(const std::vector<int> &categories, int level, bool json);
 
-struct LevelList {
+struct ListId {
     int category;
     int level;
 };
 
 // These go on after beginEdit. Positions count from 0. An entry is named by its directory or by its
 // position.
-int addPath(LevelList where, const std::string &directory, std::optional<unsigned> position);
-int removePath(LevelList where, const std::string &entry);
-int movePath(LevelList where, const std::string &entry, unsigned position);
+int addPath(ListId where, const std::string &directory, std::optional<unsigned> position);
+int removePath(ListId where, const std::string &entry);
+int movePath(ListId where, const std::string &entry, unsigned position);
 
 // What these end in, with the program started anew: is the list kept as it was wanted?
-int confirmPaths(LevelList where, const std::vector<std::string> &wanted);
+int confirmPaths(ListId where, const std::vector<std::string> &wanted);
 
 struct FindOptions {
     std::vector<std::string> names;

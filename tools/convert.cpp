@@ -22,17 +22,13 @@ namespace tool {
 namespace {
 
 constexpr unsigned kMaxPlanes = 4;
-constexpr unsigned kMaxSide = 65535;  // of an image file
-constexpr std::uint64_t kMaxPosition = 0xFFFFFFFE;
-constexpr std::int32_t kLongestStoredRow = 32767;
-constexpr std::size_t kLongestName = 79;
 
 // Rows of a file lie from the bottom of the picture up.
 class ImageSource : public PictureSource {
 public:
     explicit ImageSource(const std::string &path) : path_(path), image_(openImage(path)) {
-        if (const std::string trouble = headerTrouble(image_.get()); !trouble.empty()) {
-            throw Trouble(path, trouble);
+        if (const std::string error = headerFault(image_.get()); !error.empty()) {
+            throw Error(path, error);
         }
         y_ = image_->ySize;
     }
@@ -46,8 +42,8 @@ public:
         --y_;
         for (int z = 0; z < image_->zSize; ++z, line += image_->xSize) {
             if (vxImageGetRow(image_.get(), line, y_, z) >= 0) continue;
-            throw Trouble(path_, "plane " + std::to_string(z) + ", row " + std::to_string(y_) +
-                                     ": " + imageMessage("cannot be read"));
+            throw Error(path_, "plane " + std::to_string(z) + ", row " + std::to_string(y_) + ": " +
+                                   imageMessage("cannot be read"));
         }
     }
 
@@ -71,20 +67,19 @@ std::string writeMessage(int file, const char *otherwise) {
 
 class ImageSink : public PictureSink {
 public:
-    // Takes over the descriptor; `path` is for messages.
-    ImageSink(const std::string &path, int descriptor, const PictureForm &form,
+    // `path` is for messages.
+    ImageSink(const std::string &path, vx::File file, const PictureForm &form,
               const ImageSettings &settings)
         : path_(path), form_(form), y_(static_cast<int>(form.height)) {
         const unsigned storage = settings.verbatim ? VX_IMAGE_VERBATIM : VX_IMAGE_RUN_LENGTH;
         errno = 0;
-        image_.reset(vxImageOpenFd(descriptor, "w", storage | form.elementBytes, 3U, form.width,
+        image_.reset(vxImageOpenFd(file.get(), "w", storage | form.elementBytes, 3U, form.width,
                                    form.height, form.planes));
         if (image_ == nullptr) {
-            const std::string what = writeMessage(descriptor, "cannot be written");
-            close(descriptor);
-            throw Trouble(path, what);
+            throw Error(path, writeMessage(file.get(), "cannot be written"));
         }
-        if (!settings.hostOrder) vxImageUsePublishedOrder(image_.get());
+        file.release();
+        if (!settings.hostOrder) vxImageUseBigEndian(image_.get());
         if (settings.name) vxImageSetName(image_.get(), settings.name->c_str());
     }
 
@@ -99,11 +94,11 @@ public:
         for (int z = 0; z < static_cast<int>(form_.planes); ++z, line += form_.width) {
             errno = 0;
             if (vxImagePutRow(image_.get(), line, y_, z) < 0) {
-                throw Trouble(path_, writeMessage(image_->file, "a row could not be written"));
+                throw Error(path_, writeMessage(image_->file, "a row could not be written"));
             }
-            if (vxImageRowSize(image_.get()) > kLongestStoredRow) {
-                throw Trouble(path_,
-                              "a run-length row is longer than can be read back; try --verbatim");
+            if (vxImageRowSize(image_.get()) > VX_IMAGE_MAX_STORED_ROW) {
+                throw Error(path_,
+                            "a run-length row is longer than can be read back; try --verbatim");
             }
         }
     }
@@ -113,7 +108,7 @@ public:
         const int file = image->file;
         errno = 0;
         if (closeImage(image) != 0) {
-            throw Trouble(path_, writeMessage(file, "could not be closed"));
+            throw Error(path_, writeMessage(file, "could not be closed"));
         }
     }
 
@@ -130,24 +125,24 @@ bool isPngName(const std::string &path) {
 
 void checkForm(const std::string &input, const PictureForm &form) {
     if (form.planes > kMaxPlanes) {
-        throw Trouble(input, "has " + std::to_string(form.planes) +
-                                 " planes, of which 1 to 4 can be converted");
+        throw Error(input, "has " + std::to_string(form.planes) +
+                               " planes, of which 1 to 4 can be converted");
     }
 }
 
 // Can an image file take the picture so that it can be read again?
 void checkFits(const std::string &input, const PictureForm &form, bool verbatim) {
-    if (form.width > kMaxSide || form.height > kMaxSide) {
-        throw Trouble(input, "is more than 65535 elements wide or high");
+    if (form.width > VX_IMAGE_MAX_SIDE || form.height > VX_IMAGE_MAX_SIDE) {
+        throw Error(input, "is more than 65535 elements wide or high");
     }
     if (!verbatim) return;
     if (static_cast<int>(form.width) > widestVerbatimRow(static_cast<int>(form.elementBytes))) {
-        throw Trouble(input, "has rows too long to be read back when stored verbatim; try --rle");
+        throw Error(input, "has rows too long to be read back when stored verbatim; try --rle");
     }
     const std::uint64_t rowBytes = std::uint64_t{form.width} * form.elementBytes;
     if (VX_IMAGE_FILE_HEAD + rowBytes * (std::uint64_t{form.height} * form.planes - 1) >
-        kMaxPosition) {
-        throw Trouble(input, "takes more than the 4 GiB of an image file; try --rle");
+        VX_IMAGE_MAX_POSITION) {
+        throw Error(input, "takes more than the 4 GiB of an image file; try --rle");
     }
 }
 
@@ -170,12 +165,12 @@ int convertPicture(const std::string &input, const std::string &output,
                    const ImageSettings &settings) {
     const bool fromPng = isPngFile(input), toPng = isPngName(output);
     if (toPng && (fromPng || settings.given)) {
-        complain(output, fromPng ? "both files are PNG"
-                                 : "a PNG file has no storage, byte order or name to set");
+        printError(output, fromPng ? "both files are PNG"
+                                   : "a PNG file has no storage, byte order or name to set");
         return kUsage;
     }
-    if (settings.name.value_or("").size() > kLongestName) {
-        complain(*settings.name, "is longer than the 79 bytes of a name");
+    if (settings.name.value_or("").size() > VX_IMAGE_MAX_NAME) {
+        printError(*settings.name, "is longer than the 79 bytes of a name");
         return kUsage;
     }
     std::unique_ptr<PictureSource> source;
@@ -190,8 +185,8 @@ int convertPicture(const std::string &input, const std::string &output,
     const PictureForm form = source->form();
     checkForm(input, form);
     if (toPng && original != nullptr && original->colormap != 0) {
-        throw Trouble(input, "has the colormap " + std::to_string(original->colormap) +
-                                 ": its elements are no plain colours, as a PNG file holds them");
+        throw Error(input, "has the colormap " + std::to_string(original->colormap) +
+                               ": its elements are no plain colours, as a PNG file holds them");
     }
     if (!toPng) checkFits(input, form, settings.verbatim);
 

@@ -98,15 +98,15 @@ bool findFile(const FindOptions &options, const char *name) {
     const char *winner = vxSearchPathFind(list, name, 0);
     if (options.all || options.explain) reportCandidates(options, name, winner);
     if (winner == nullptr) {
-        complain(name, list->count == 0 && vxPathIsAbsolute(name) == 0
-                           ? "not found, as the search path is empty"
-                           : "not found");
+        printError(name, list->count == 0 && vxPathIsAbsolute(name) == 0
+                             ? "not found, as the search path is empty"
+                             : "not found");
         return false;
     }
     const std::string path = winner == name ? name : candidate(winner, name);
     if (!options.all && !options.explain) std::puts(path.c_str());  // as it is, for scripts
     if (access(path.c_str(), R_OK) == 0) return true;
-    complain(path, std::string("found, but not readable: ") + std::strerror(errno));
+    printError(path, std::string("found, but not readable: ") + std::strerror(errno));
     return false;
 }
 
@@ -116,7 +116,7 @@ int findFiles(const FindOptions &options) {
     bool all = true;
     for (const std::string &name : options.names)
         all = findFile(options, name.c_str()) && all;
-    if (!all) areListsWhole(VX_LEVEL_MERGED);  // for it may have been there
+    if (!all) reportUnreadableLists(VX_LEVEL_MERGED);  // for it may have been there
     return all ? kDone : kFailed;
 }
 

@@ -21,8 +21,8 @@ int forEachImage(const std::vector<std::string> &paths, Work work) {
         try {
             const ImageHandle image = openImage(path);
             good = work(path, image.get()) && good;
-        } catch (const Trouble &trouble) {
-            complain(trouble.subject(), trouble.what());
+        } catch (const Error &error) {
+            printError(error.subject(), error.what());
             good = false;
         }
     }
@@ -92,7 +92,7 @@ public:
 
     void say(const std::string &what) {
         bar_.clear();
-        complain(path_, what);
+        printError(path_, what);
         good_ = false;
     }
 
@@ -131,8 +131,8 @@ void readRows(VxImage *image, std::uint64_t count, ProgressBar &bar, DamageRepor
 }
 
 bool check(const std::string &path, VxImage *image) {
-    if (const std::string trouble = headerTrouble(image); !trouble.empty()) {
-        throw Trouble(path, trouble);
+    if (const std::string error = headerFault(image); !error.empty()) {
+        throw Error(path, error);
     }
     const std::uint64_t rows = image->ySize;
     const std::uint64_t promised = rows * image->zSize;

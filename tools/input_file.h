@@ -2,12 +2,14 @@
 #ifndef TOOLS_INPUT_FILE_H
 #define TOOLS_INPUT_FILE_H
 
+#include "platform/files.h"
+
 #include <string>
 
 namespace tool {
 
-// A descriptor, which is the caller's. Throws Trouble, also for what is no regular file.
-int openRegularFile(const std::string &path);
+// Throws Error, also for what is not a regular file.
+vx::File openRegularFile(const std::string &path);
 
 }  // namespace tool
 

@@ -60,12 +60,10 @@ CLI::Option *addChoice(CLI::App *app, const char *name, std::string &value,
         ->type_name(type);
 }
 
-int indexOf(const std::vector<std::string> &names, const std::string &name) {
+template <typename Names>
+int indexOf(const Names &names, const std::string &name) {
     return static_cast<int>(std::find(names.begin(), names.end(), name) - names.begin());
 }
-
-const std::vector<std::string> kCategories = {"", "texture", "web"};
-const std::vector<std::string> kLevels = {"merged", "user", "machine", "environment"};
 
 // What the command line asks for, with the words as they stand there.
 struct Request {
@@ -81,18 +79,18 @@ struct Request {
     bool runLength = false, verbatim = false, hostOrder = false;
 
     int categoryOr(int otherwise) const {
-        return category.empty() ? otherwise : indexOf(kCategories, category);
+        return category.empty() ? otherwise : indexOf(kCategoryNames, category);
     }
 
     int list() const {
-        const int level_ = level.empty() ? VX_LEVEL_MERGED : indexOf(kLevels, level);
+        const int level_ = level.empty() ? VX_LEVEL_MERGED : indexOf(kLevelNames, level);
         if (!category.empty()) return listPaths({categoryOr(0)}, level_, json);
         return listPaths({VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS}, level_, json);
     }
 
     // The list to edit, after a wait for those who edit now.
-    LevelList edited() const {
-        const int level_ = level.empty() ? VX_LEVEL_USER : indexOf(kLevels, level);
+    ListId edited() const {
+        const int level_ = level.empty() ? VX_LEVEL_USER : indexOf(kLevelNames, level);
         if (json) throw CLI::ValidationError("--json", "is for listing only");
         if (level_ != VX_LEVEL_USER && level_ != VX_LEVEL_MACHINE) {
             throw CLI::ValidationError("--level",
@@ -118,8 +116,8 @@ void addPaths(CLI::App &app, Request &request) {
     CLI::App *paths = app.add_subcommand("paths", "List or edit the search paths");
     paths->require_subcommand(0, 1);
     addCategory(paths, request, "Both are listed without it; textures are edited");
-    addChoice(paths, "--level", request.level, kLevels, "merged|user|machine|environment",
-              "Default: merged to list, user to edit");
+    addChoice(paths, "--level", request.level, {kLevelNames.begin(), kLevelNames.end()},
+              "merged|user|machine|environment", "Default: merged to list, user to edit");
     paths->add_flag("--json", request.json, "List as JSON");
     choose(paths, request, [&] { return request.list(); });
 
@@ -151,7 +149,7 @@ void addPaths(CLI::App &app, Request &request) {
     choose(move, request,
            [&] { return movePath(request.edited(), request.directory, request.position); });
 
-    if (isPartOfEdit()) {  // which starts this one, and nobody else does
+    if (holdsEditLock()) {  // which starts this one, and nobody else does
         CLI::App *confirm = paths->add_subcommand("confirm")->fallthrough()->group("");
         addText(confirm, "directory", request.names, "The list as it is wanted");
         choose(confirm, request, [&] { return confirmPaths(request.edited(), request.names); });
@@ -265,7 +263,7 @@ int refuse(const CLI::App &app, const CLI::Error &error) {
     const std::vector<std::string> left = app.remaining(true);
     if (what == "A subcommand is required" && !left.empty())
         what += ", which " + left.front() + " is not";
-    complain("command line", what + " (see --help)");
+    printError("command line", what + " (see --help)");
     return kUsage;
 }
 
@@ -301,15 +299,15 @@ int runAndReport(int count, char **arguments) {
     int code = kFailed;
     try {
         code = run(count, arguments);
-    } catch (const Trouble &trouble) {
-        complain(trouble.subject(), trouble.what());
+    } catch (const Error &error) {
+        printError(error.subject(), error.what());
     } catch (const std::bad_alloc &) {
-        complain("memory", "there is not enough of it");
+        printError("memory", "there is not enough of it");
     } catch (const std::exception &error) {
-        complain("trouble", error.what());
+        printError("error", error.what());
     }
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
-    complain("standard output", "could not be written");
+    printError("standard output", "could not be written");
     return kFailed;
 }
 
@@ -323,6 +321,6 @@ int main(int count, char **arguments) {
     std::signal(SIGXFSZ, SIG_IGN);
     tool::collectImageMessages();
     const int code = tool::runAndReport(count, arguments);
-    tool::leaveFilesAlone();  // an edit has written them by now
+    tool::disableRegistryWrites();  // an edit has written them by now
     return code;
 }

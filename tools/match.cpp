@@ -40,7 +40,7 @@ bool printMatchingLines(const char *pattern) {
         any = printIfMatching(name, pattern) || any;
     }
     // A stream of the language's library does not tell a failure from the end.
-    if (std::feof(stdin) == 0) throw systemTrouble("standard input");
+    if (std::feof(stdin) == 0) throw systemError("standard input");
     return any;
 }
 
@@ -49,7 +49,7 @@ bool printMatchingLines(const char *pattern) {
 int matchNames(const std::string &wildcard, const std::vector<std::string> &names) {
     char pattern[VX_PATTERN_SIZE];
     if (vxCompileWildcard(wildcard.c_str(), pattern) == 0) {
-        complain(wildcard, "no wildcard: a list without its ] or too much of it");
+        printError(wildcard, "no wildcard: a list without its ] or too much of it");
         return kUsage;
     }
     bool any = false;

@@ -3,7 +3,6 @@
 #include "input_file.h"
 #include "report.h"
 
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -38,12 +37,10 @@ std::string imageMessage(const char *otherwise) {
 }
 
 ImageHandle openImage(const std::string &path) {
-    const int file = openRegularFile(path);
-    ImageHandle image(vxImageOpenFd(file, "r"));
-    if (image == nullptr) {
-        close(file);
-        throw Trouble(path, imageMessage("no image"));
-    }
+    vx::File file = openRegularFile(path);
+    ImageHandle image(vxImageOpenFd(file.get(), "r"));
+    if (image == nullptr) throw Error(path, imageMessage("not an image"));
+    file.release();
     return image;
 }
 
@@ -56,10 +53,10 @@ bool isVerbatim(const VxImage *image) {
 }
 
 int widestVerbatimRow(int elementBytes) {
-    return elementBytes == 1 ? 32768 : 16383;
+    return elementBytes == 1 ? VX_IMAGE_MAX_ONE_BYTE_ROW : VX_IMAGE_MAX_TWO_BYTE_ROW;
 }
 
-std::string headerTrouble(const VxImage *image) {
+std::string headerFault(const VxImage *image) {
     const int bytes = elementBytesOf(image);
     if (bytes != 1 && bytes != 2) {
         return "has elements of " + std::to_string(bytes) + " bytes, where only 1 and 2 will do";

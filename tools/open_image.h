@@ -19,7 +19,7 @@ struct ImageCloser {
 };
 using ImageHandle = std::unique_ptr<VxImage, ImageCloser>;
 
-// Throws Trouble when there is no image to read.
+// Throws Error when there is no image to read.
 ImageHandle openImage(const std::string &path);
 
 // What the library said since this was last asked, or a text for when it kept silent.
@@ -35,7 +35,7 @@ bool isVerbatim(const VxImage *image);
 int widestVerbatimRow(int elementBytes);
 
 // What makes a header one by which not all rows can be read, or an empty text.
-std::string headerTrouble(const VxImage *image);
+std::string headerFault(const VxImage *image);
 
 }  // namespace tool
 

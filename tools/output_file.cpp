@@ -32,16 +32,16 @@ void removeUnfinished(int signal) {
 }
 
 // Keeps the signals out while the file and the note of it are made to agree.
-class SignalsHeld {
+class SignalBlocker {
 public:
-    SignalsHeld() {
+    SignalBlocker() {
         sigset_t held;
         sigfillset(&held);
         sigprocmask(SIG_BLOCK, &held, &before_);
     }
-    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-    SignalsHeld(const SignalsHeld &) = delete;
-    SignalsHeld &operator=(const SignalsHeld &) = delete;
+    ~SignalBlocker() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    SignalBlocker(const SignalBlocker &) = delete;
+    SignalBlocker &operator=(const SignalBlocker &) = delete;
 
 private:
     sigset_t before_;
@@ -64,7 +64,7 @@ std::string folderOf(const std::string &path) {
 }
 
 // Where links lead to, be there a file or not.
-std::string behindLinks(const std::string &from) {
+std::string resolveSymlinks(const std::string &from) {
     std::string path = from;
     for (int i = 0; i < kMaxLinks; ++i) {
         char next[PATH_MAX];
@@ -74,11 +74,11 @@ std::string behindLinks(const std::string &from) {
         path = target.starts_with('/') ? target : folderOf(path).append(target);
     }
     errno = ELOOP;
-    throw systemTrouble(from);
+    throw systemError(from);
 }
 
 // Hands down what the replaced file has, or else gives what a new file gets.
-void giveRights(int file, const std::string &target) {
+void copyPermissions(int file, const std::string &target) {
     struct stat status;
     mode_t mode = 0;
     if (stat(target.c_str(), &status) == 0) {
@@ -96,52 +96,49 @@ void giveRights(int file, const std::string &target) {
 }
 
 void syncFolder(const std::string &folder) {
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return;
-    fsync(descriptor);  // some file systems cannot; the file itself is safe
-    close(descriptor);
+    const vx::File opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (opened.isOpen()) fsync(opened.get());  // some file systems cannot; the file itself is safe
 }
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string &path) : path_(path), target_(behindLinks(path)) {
+OutputFile::OutputFile(const std::string &path) : path_(path), target_(resolveSymlinks(path)) {
     struct stat status;
     if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        throw Trouble(path, "is no regular file and cannot be replaced");
+        throw Error(path, "is no regular file and cannot be replaced");
     }
     watchSignals();
     const std::string folder = folderOf(target_);
     temporary_ = folder + ".vxutil-XXXXXX";
     if (temporary_.size() >= sizeof unfinished) {
         errno = ENAMETOOLONG;
-        throw systemTrouble(path);
+        throw systemError(path);
     }
-    const SignalsHeld held;
-    file_ = mkostemp(temporary_.data(), O_CLOEXEC);
-    if (file_ < 0) throw systemTrouble(path);
+    const SignalBlocker held;
+    file_ = vx::File(mkostemp(temporary_.data(), O_CLOEXEC));
+    if (!file_.isOpen()) throw systemError(path);
     std::strcpy(unfinished, temporary_.c_str());
-    giveRights(file_, target_);
+    copyPermissions(file_.get(), target_);
 }
 
 OutputFile::~OutputFile() {
-    if (file_ >= 0) close(file_);
     if (temporary_.empty()) return;
-    const SignalsHeld held;
+    const SignalBlocker held;
     unlink(temporary_.c_str());
     unfinished[0] = '\0';
 }
 
-int OutputFile::duplicate() const {
-    const int copy = fcntl(file_, F_DUPFD_CLOEXEC, 0);
-    if (copy < 0) throw systemTrouble(path_);
+vx::File OutputFile::duplicate() const {
+    vx::File copy(fcntl(file_.get(), F_DUPFD_CLOEXEC, 0));
+    if (!copy.isOpen()) throw systemError(path_);
     return copy;
 }
 
 void OutputFile::commit() {
-    if (fsync(file_) != 0) throw systemTrouble(path_);
+    if (fsync(file_.get()) != 0) throw systemError(path_);
     {
-        const SignalsHeld held;
-        if (rename(temporary_.c_str(), target_.c_str()) != 0) throw systemTrouble(path_);
+        const SignalBlocker held;
+        if (rename(temporary_.c_str(), target_.c_str()) != 0) throw systemError(path_);
         unfinished[0] = '\0';
         temporary_.clear();
     }

@@ -2,6 +2,8 @@
 #ifndef TOOLS_OUTPUT_FILE_H
 #define TOOLS_OUTPUT_FILE_H
 
+#include "platform/files.h"
+
 #include <string>
 
 namespace tool {
@@ -16,22 +18,22 @@ namespace tool {
 // One at a time.
 class OutputFile {
 public:
-    // Throws Trouble. A link is followed, also where it leads to no file yet; what is no regular
+    // Throws Error. A link is followed, also where it leads to no file yet; what is no regular
     // file is no target.
     explicit OutputFile(const std::string &path);
     ~OutputFile();
     OutputFile(const OutputFile &) = delete;
     OutputFile &operator=(const OutputFile &) = delete;
 
-    // A further descriptor of the file, which is the caller's.
-    int duplicate() const;
+    // A further handle of the file.
+    vx::File duplicate() const;
 
-    // Throws Trouble, with the target as it was.
+    // Throws Error, with the target as it was.
     void commit();
 
 private:
     std::string path_, target_, temporary_;
-    int file_ = -1;
+    vx::File file_;
 };
 
 }  // namespace tool

@@ -1,6 +1,7 @@
 // The lists of the store: shown, and edited where the store keeps them.
 
 #include "commands.h"
+#include "json.h"
 #include "registry_files.h"
 #include "report.h"
 
@@ -16,19 +17,6 @@
 namespace tool {
 
 namespace {
-
-// What the library reads back of a stored list: what lies beyond would be lost.
-constexpr std::uint32_t kMaxEntries = 128;
-constexpr std::size_t kLongestEntry = 259;
-
-const char *categoryName(int category) {
-    return category == VX_CATEGORY_TEXTURES ? "texture" : "web";
-}
-
-const char *levelName(int level) {
-    static const char *const names[] = {"merged", "user", "machine", "environment"};
-    return names[level];
-}
 
 // The root is an empty text in a list.
 const char *shown(const char *entry) {
@@ -51,7 +39,7 @@ int originOf(int category, const char *entry) {
     return VX_LEVEL_MERGED;
 }
 
-VxSearchPath *listOf(LevelList where) {
+VxSearchPath *listOf(ListId where) {
     VxSearchPath *list = vxPathStoreGet(where.category, where.level);
     if (list == nullptr) throw std::bad_alloc();
     return list;
@@ -59,7 +47,7 @@ VxSearchPath *listOf(LevelList where) {
 
 // ---- Showing
 
-void printList(LevelList where) {
+void printList(ListId where) {
     const VxSearchPath *list = listOf(where);
     std::printf("%s, %s%s\n", categoryName(where.category), levelName(where.level),
                 list->count == 0 ? ": no directories" : "");
@@ -73,55 +61,21 @@ void printList(LevelList where) {
     }
 }
 
-// The length of the UTF-8 character at the start of a text, or 0 if there is none.
-std::size_t characterLength(const char *text) {
-    const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char first = byte(0);
-    if (first < 0x80) return 1;
-    const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    if (first < 0xC2 || first > 0xF4) return 0;
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80) return 0;
-    }
-    const bool overlong = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xF0 && byte(1) < 0x90);
-    const bool beyond = (first == 0xED && byte(1) > 0x9F) || (first == 0xF4 && byte(1) > 0x8F);
-    return overlong || beyond ? 0 : length;
-}
-
-// A JSON string. A byte that is no UTF-8 becomes \udcXX, from which Python's os.fsencode makes the
-// byte again.
-std::string jsonString(const char *text) {
-    std::string json = "\"";
-    char escaped[8];
-    while (*text != '\0') {
-        const std::size_t length = characterLength(text);
-        const auto byte = static_cast<unsigned char>(*text);
-        if (length == 0 || byte < ' ') {
-            std::snprintf(escaped, sizeof escaped, "\\u%04x", length == 0 ? 0xDC00U | byte : byte);
-            json += escaped;
-        } else {
-            if (byte == '"' || byte == '\\') json += '\\';
-            json.append(text, length);
-        }
-        text += length == 0 ? 1 : length;
-    }
-    return json + '"';
-}
-
-void printJsonList(LevelList where) {
+Json jsonList(ListId where) {
     const VxSearchPath *list = listOf(where);
-    std::printf("  {\"category\": \"%s\", \"level\": \"%s\", \"directories\": [",
-                categoryName(where.category), levelName(where.level));
+    Json directories = Json::array();
     for (std::uint32_t i = 0; i < list->count; ++i) {
-        const char *directory = shown(list->entries[i]);
-        const int level = where.level == VX_LEVEL_MERGED
-                              ? originOf(where.category, list->entries[i])
-                              : where.level;
-        std::printf("%s\n    {\"path\": %s, \"level\": \"%s\", \"exists\": %s}", i == 0 ? "" : ",",
-                    jsonString(directory).c_str(), levelName(level),
-                    isDirectory(directory) ? "true" : "false");
+        const bool isMerged = where.level == VX_LEVEL_MERGED;
+        Json directory;
+        setText(directory, "path", shown(list->entries[i]));
+        directory["level"] =
+            levelName(isMerged ? originOf(where.category, list->entries[i]) : where.level);
+        directory["exists"] = isDirectory(shown(list->entries[i]));
+        directories.push_back(directory);
     }
-    std::printf("%s]}", list->count == 0 ? "" : "\n  ");
+    return {{"category", categoryName(where.category)},
+            {"level", levelName(where.level)},
+            {"directories", directories}};
 }
 
 // ---- Editing
@@ -148,7 +102,7 @@ std::uint32_t positionOf(const VxSearchPath *list, const std::string &entry) {
     for (std::uint32_t i = 0; !number && i < list->count; ++i) {
         if (directory == list->entries[i]) return i;
     }
-    throw Trouble(entry, "is not in the list");
+    throw Error(entry, "is not in the list");
 }
 
 // Text that begins and ends with a percent sign becomes the value of a variable, or will when
@@ -164,26 +118,27 @@ bool namesVariable(const std::string &path) {
 
 void checkEntry(const std::string &directory, const std::string &path) {
     if (namesVariable(path)) {
-        throw Trouble(directory, "a directory with %NAME% in it cannot be kept in a list");
+        throw Error(directory, "a directory with %NAME% in it cannot be kept in a list");
     }
     if (directory.find(';') != std::string::npos) {
-        throw Trouble(directory, "a directory with a semicolon cannot be kept in a list");
+        throw Error(directory, "a directory with a semicolon cannot be kept in a list");
     }
-    if (path.empty()) throw Trouble(directory, "the root cannot be kept in a list");
-    if (path.size() > kLongestEntry) {
-        throw Trouble(directory, "is longer than the 259 bytes that a list keeps");
+    if (path.empty()) throw Error(directory, "the root cannot be kept in a list");
+    if (path.size() > VX_STORED_ENTRY_LENGTH) {
+        throw Error(directory, "is longer than the " + std::to_string(int{VX_STORED_ENTRY_LENGTH}) +
+                                   " bytes that a list keeps");
     }
 }
 
 void checkPosition(unsigned position, std::uint32_t end, const VxSearchPath *list) {
     if (position < end) return;
-    throw Trouble(std::to_string(position),
-                  "no such position in a list of " + std::to_string(list->count));
+    throw Error(std::to_string(position),
+                "no such position in a list of " + std::to_string(list->count));
 }
 
 // The library writes its lists when a process ends, and says nothing when it cannot. So one process
 // edits and ends, and this one starts anew to see what has become of the list.
-[[noreturn]] void save(LevelList where, VxSearchPath *list) {
+[[noreturn]] void save(ListId where, VxSearchPath *list) {
     writeLists([&] { vxPathStoreSet(where.category, where.level, list); });
     std::vector<const char *> arguments = {"vxutil",
                                            "paths",
@@ -195,49 +150,48 @@ void checkPosition(unsigned position, std::uint32_t end, const VxSearchPath *lis
                                            "--"};
     arguments.insert(arguments.end(), list->entries, list->entries + list->count);
     arguments.push_back(nullptr);
-    becomeProgram(arguments.data());
+    execSelf(arguments.data());
 }
 
 }  // namespace
 
 int listPaths(const std::vector<int> &categories, int level, bool json) {
-    const char *separator = "[\n";
+    Json lists = Json::array();
     for (const int category : categories) {
         if (json) {
-            std::fputs(separator, stdout);
-            printJsonList({category, level});
-            separator = ",\n";
+            lists.push_back(jsonList({category, level}));
         } else {
             printList({category, level});
         }
     }
-    if (json) std::puts("\n]");
-    return areListsWhole(level) ? kDone : kFailed;
+    if (json) printJson(lists);
+    return reportUnreadableLists(level) ? kDone : kFailed;
 }
 
-int addPath(LevelList where, const std::string &directory, std::optional<unsigned> position) {
+int addPath(ListId where, const std::string &directory, std::optional<unsigned> position) {
     VxSearchPath *list = listOf(where);
     const std::string path = canonical(directory);
     checkEntry(directory, path);
     const unsigned place = position.value_or(list->count);
     checkPosition(place, list->count + 1, list);
-    if (list->count >= kMaxEntries) {
-        throw Trouble(directory, "the list is full: it keeps 128 directories");
+    if (list->count >= VX_STORED_LIST_ENTRIES) {
+        throw Error(directory, "the list is full: it keeps " +
+                                   std::to_string(int{VX_STORED_LIST_ENTRIES}) + " directories");
     }
     if (vxSearchPathIndexOf(list, path.c_str()) >= 0) {
-        throw Trouble(directory, "is in the list already");
+        throw Error(directory, "is in the list already");
     }
     if (vxSearchPathInsert(list, place, path.c_str()) == 0) throw std::bad_alloc();
     save(where, list);
 }
 
-int removePath(LevelList where, const std::string &entry) {
+int removePath(ListId where, const std::string &entry) {
     VxSearchPath *list = listOf(where);
     vxSearchPathRemove(list, positionOf(list, entry));
     save(where, list);
 }
 
-int movePath(LevelList where, const std::string &entry, unsigned position) {
+int movePath(ListId where, const std::string &entry, unsigned position) {
     VxSearchPath *list = listOf(where);
     checkPosition(position, list->count, list);
     std::uint32_t at = positionOf(list, entry);
@@ -248,14 +202,14 @@ int movePath(LevelList where, const std::string &entry, unsigned position) {
     save(where, list);
 }
 
-int confirmPaths(LevelList where, const std::vector<std::string> &wanted) {
+int confirmPaths(ListId where, const std::vector<std::string> &wanted) {
     const VxSearchPath *list = listOf(where);
     if (std::equal(wanted.begin(), wanted.end(), list->entries, list->entries + list->count)) {
         return kDone;
     }
-    throw Trouble(registryFile(where.level),
-                  "does not hold the edited list: another program has changed it meanwhile, or it "
-                  "cannot be written, with a full disk or its .lock closed to you");
+    throw Error(registryFile(where.level),
+                "does not hold the edited list: another program has changed it meanwhile, or it "
+                "cannot be written, with a full disk or its .lock closed to you");
 }
 
 }  // namespace tool

@@ -16,7 +16,7 @@ struct PictureForm {
 };
 
 // Lines come from the top of the picture down. A line holds the elements of the first plane, then
-// those of the second and so on. All functions throw Trouble.
+// those of the second and so on. All functions throw Error.
 class PictureSource {
 public:
     PictureSource() = default;

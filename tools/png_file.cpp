@@ -6,26 +6,22 @@
 #include <cerrno>
 #include <cstring>
 #include <new>
-#include <unistd.h>
+#include <utility>
 
 namespace tool {
 
 bool isPngFile(const std::string &path) {
-    const int file = openRegularFile(path);
+    const vx::File file = openRegularFile(path);
     png_byte signature[8];
-    const ssize_t got = read(file, signature, sizeof signature);
-    const int failure = errno;
-    close(file);
-    if (got >= 0) return got == 8 && png_sig_cmp(signature, 0, sizeof signature) == 0;
-    errno = failure;
-    throw systemTrouble(path);
+    const int got = vx::readFile(file.get(), signature, sizeof signature);
+    if (got < 0) throw systemError(path);
+    return got == 8 && png_sig_cmp(signature, 0, sizeof signature) == 0;
 }
 
-PngFile::PngFile(const std::string &path, int descriptor, const char *mode)
-    : path_(path), file_(fdopen(descriptor, mode)) {
-    if (file_ != nullptr) return;
-    close(descriptor);
-    throw std::bad_alloc();
+PngFile::PngFile(const std::string &path, vx::File file, const char *mode)
+    : path_(path), file_(fdopen(file.get(), mode)) {
+    if (file_ == nullptr) throw std::bad_alloc();
+    file.release();
 }
 
 void PngFile::readBytes(png_structp png, png_bytep bytes, std::size_t count) {
@@ -55,7 +51,7 @@ template <typename Calls>
 void PngFile::guarded(Calls calls) {
     if (png_ == nullptr || info_ == nullptr) throw std::bad_alloc();
     // The work runs in a frame of its own, so that nothing here changes before the jump.
-    if (setjmp(png_jmpbuf(png_)) != 0) throw Trouble(path_, message_);
+    if (setjmp(png_jmpbuf(png_)) != 0) throw Error(path_, message_);
     calls();
 }
 
@@ -83,7 +79,7 @@ void PngSource::readHead() {
         png_read_update_info(png_, info_);
     });
     if (png_get_interlace_type(png_, info_) != PNG_INTERLACE_NONE) {
-        throw Trouble(path_, "is interlaced, and only pictures that are not can be converted");
+        throw Error(path_, "is interlaced, and only pictures that are not can be converted");
     }
     form_ = {png_get_image_width(png_, info_), png_get_image_height(png_, info_),
              png_get_channels(png_, info_), png_get_bit_depth(png_, info_) / 8U};
@@ -106,8 +102,8 @@ void PngSource::finish() {
     guarded([this] { png_read_end(png_, nullptr); });
 }
 
-PngSink::PngSink(const std::string &path, int descriptor, const PictureForm &form)
-    : PngFile(path, descriptor, "wb") {
+PngSink::PngSink(const std::string &path, vx::File file, const PictureForm &form)
+    : PngFile(path, std::move(file), "wb") {
     static constexpr int kColorTypes[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA,
                                           PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGB_ALPHA};
     form_ = form;
@@ -147,7 +143,7 @@ void PngSink::writeLine(std::uint16_t *line) {
 
 void PngSink::finish() {
     guarded([this] { png_write_end(png_, info_); });
-    if (std::fclose(file_.release()) != 0) throw systemTrouble(path_);
+    if (std::fclose(file_.release()) != 0) throw systemError(path_);
 }
 
 }  // namespace tool

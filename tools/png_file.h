@@ -3,6 +3,7 @@
 #define TOOLS_PNG_FILE_H
 
 #include "picture.h"
+#include "platform/files.h"
 
 #include <cstdio>
 #include <memory>
@@ -12,7 +13,7 @@
 
 namespace tool {
 
-// Throws Trouble when there is no file to read.
+// Throws Error when there is no file to read.
 bool isPngFile(const std::string &path);
 
 struct FileCloser {
@@ -23,11 +24,10 @@ using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
 // What both directions share: the file, the messages, and a line as the file has it.
 class PngFile {
 public:
-    // Takes over the descriptor.
-    PngFile(const std::string &path, int descriptor, const char *mode);
+    PngFile(const std::string &path, vx::File file, const char *mode);
 
 protected:
-    // Runs calls of libpng, which leaves them by a jump when there is trouble: nothing in them may
+    // Runs calls of libpng, which leaves them by a jump when there is error: nothing in them may
     // need a destructor.
     template <typename Calls>
     void guarded(Calls calls);
@@ -68,8 +68,8 @@ private:
 
 class PngSink : public PictureSink, private PngFile {
 public:
-    // Takes over the descriptor; `path` is for messages.
-    PngSink(const std::string &path, int descriptor, const PictureForm &form);
+    // `path` is for messages.
+    PngSink(const std::string &path, vx::File file, const PictureForm &form);
     ~PngSink() override;
 
     void writeLine(std::uint16_t *line) override;

@@ -1,5 +1,7 @@
 #include "registry_files.h"
 
+#include "platform/files.h"
+#include "platform/posix/registry_file.h"
 #include "report.h"
 
 #include <vxsearchpath.h>
@@ -10,6 +12,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -24,33 +28,22 @@ constexpr int kLevels[] = {VX_LEVEL_USER, VX_LEVEL_MACHINE};
 // Locks stand at this descriptor and the next one, where a program that starts anew finds them.
 constexpr int kFirstLock = 3;
 
-std::string variable(const char *name) {
-    const char *value = std::getenv(name);
-    return value == nullptr ? "" : value;
+vx::RegistryRoot rootOf(int level) {
+    return level == VX_LEVEL_USER ? vx::RegistryRoot::kUser : vx::RegistryRoot::kMachine;
 }
 
 std::string registryFolder(int level) {
-    if (std::string folder = variable("VX_REGISTRY_DIR"); !folder.empty()) return folder;
-    if (level == VX_LEVEL_MACHINE) return "/etc/vxutil";
-    if (std::string folder = variable("XDG_CONFIG_HOME"); !folder.empty()) {
-        return folder + "/vxutil";
-    }
-    const std::string home = variable("HOME");
-    return home.empty() ? "" : home + "/.config/vxutil";
+    return std::filesystem::path(registryFile(level)).parent_path();
 }
 
-const char *fileName(int level) {
-    return level == VX_LEVEL_USER ? "/user.reg" : "/machine.reg";
-}
-
-std::string asideOf(const std::string &file) {
+std::string damagedPath(const std::string &file) {
     return file + ".damaged";
 }
 
 // Which file stands in the place for one that was set aside: an earlier one makes room for it.
 ino_t asideNow(int level) {
     struct stat status;
-    return stat(asideOf(registryFile(level)).c_str(), &status) == 0 ? status.st_ino : 0;
+    return stat(damagedPath(registryFile(level)).c_str(), &status) == 0 ? status.st_ino : 0;
 }
 
 // Why a file cannot be read, or an empty text. None at all is like an empty one.
@@ -64,18 +57,18 @@ std::string whyUnreadable(const std::string &file) {
 // Whoever may not write there is told why.
 void checkRights(int level) {
     std::filesystem::path place = registryFolder(level);
-    if (place.empty()) throw Trouble("HOME", "is not set, so there is no place for the lists");
+    if (place.empty()) throw Error("HOME", "is not set, so there is no place for the lists");
     std::error_code ignored;
     while (!std::filesystem::exists(place, ignored) && place.has_relative_path())
         place = place.parent_path();
     if (place.empty()) place = ".";
-    if (!std::filesystem::is_directory(place, ignored)) throw Trouble(place, "is no directory");
+    if (!std::filesystem::is_directory(place, ignored)) throw Error(place, "is no directory");
     const std::string file = registryFile(level);
-    if (access(place.c_str(), W_OK | X_OK) != 0) throw systemTrouble(file);
+    if (access(place.c_str(), W_OK | X_OK) != 0) throw systemError(file);
     if (const std::string reason = whyUnreadable(file); !reason.empty()) {
-        throw Trouble(file, reason);
+        throw Error(file, reason);
     }
-    if (access(file.c_str(), W_OK) != 0 && errno != ENOENT) throw systemTrouble(file);
+    if (access(file.c_str(), W_OK) != 0 && errno != ENOENT) throw systemError(file);
 }
 
 // Each edit writes the files of both levels, as it has read them. So it locks the folders of both,
@@ -90,19 +83,21 @@ void lockFolders() {
             std::filesystem::equivalent(folder, registryFolder(VX_LEVEL_USER), ignored)) {
             continue;
         }
-        const int file = open(folder.c_str(), O_RDONLY | O_DIRECTORY);
-        if (file < 0 || dup2(file, place++) < 0) throw systemTrouble(folder);
-        while (flock(file, LOCK_EX) != 0) {
-            if (errno != EINTR) throw systemTrouble(folder);
+        vx::File file(open(folder.c_str(), O_RDONLY | O_DIRECTORY));
+        if (!file.isOpen() || dup2(file.get(), place) < 0) throw systemError(folder);
+        if (file.get() == place) file.release();
+        while (flock(place, LOCK_EX) != 0) {
+            if (errno != EINTR) throw systemError(folder);
         }
+        ++place;
     }
 }
 
 // Lets a process of its own end after some work: the library writes then.
-void endProcessAfter(const std::function<void()> &work) {
+void runInChild(const std::function<void()> &work) {
     std::fflush(nullptr);
     const pid_t child = fork();
-    if (child < 0) throw systemTrouble("a further process");
+    if (child < 0) throw systemError("a further process");
     if (child == 0) {
         work();
         std::exit(kDone);
@@ -111,67 +106,51 @@ void endProcessAfter(const std::function<void()> &work) {
     }
 }
 
-// The library says that a file is damaged by setting it aside only. So it is given a copy.
-bool isDamaged(int level) {
-    for (const int category : {VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS}) {
-        const VxSearchPath *list = vxPathStoreGet(category, level);
-        if (list != nullptr && list->count != 0) return false;
-    }
-    std::error_code failure;
-    if (!std::filesystem::exists(registryFile(level), failure)) return false;
-    std::string folder = std::filesystem::temp_directory_path() / "vxutil-XXXXXX";
-    if (mkdtemp(folder.data()) == nullptr) throw systemTrouble(folder);
-    const std::string copy = folder + fileName(level);
-    bool damaged = false;
-    if (std::filesystem::copy_file(registryFile(level), copy, failure)) {
-        chmod(copy.c_str(), 0600);
-        endProcessAfter([&] { setenv("VX_REGISTRY_DIR", folder.c_str(), 1); });
-        damaged = std::filesystem::exists(asideOf(copy), failure);
-    }
-    std::filesystem::remove_all(folder, failure);
-    return damaged;
+bool isDamaged(const std::string &file) {
+    std::ifstream in(file, std::ios::binary);
+    const std::string text(std::istreambuf_iterator<char>(in), {});
+    return in.is_open() && !vx::RegistryFile().parse(text);
 }
 
 std::string whyMissing(int level) {
     const std::string file = registryFile(level);
     if (std::string reason = whyUnreadable(file); !reason.empty()) return reason;
-    if (isDamaged(level)) return "is damaged, and no directory is read from it";
+    if (isDamaged(file)) return "is damaged, and no directory is read from it";
     if (asideNow(level) == 0) return "";
-    return "was damaged and is kept as " + asideOf(file) +
+    return "was damaged and is kept as " + damagedPath(file) +
            "; remove that when it is of no more use";
 }
 
 }  // namespace
 
 std::string registryFile(int level) {
-    const std::string folder = registryFolder(level);
-    return folder.empty() ? "" : folder + fileName(level);
+    return vx::registryFilePath(rootOf(level));
 }
 
-bool areListsWhole(int level) {
+bool reportUnreadableLists(int level) {
     bool whole = true;
     for (const int kept : kLevels) {
         if (level != VX_LEVEL_MERGED && level != kept) continue;
         const std::string file = registryFile(kept);
         const std::string reason = file.empty() ? "" : whyMissing(kept);
         if (reason.empty()) continue;
-        complain(file, reason);
+        printError(file, reason);
         whole = false;
     }
     return whole;
 }
 
 void beginEdit(int level, char *const *arguments) {
-    if (isPartOfEdit()) return;
+    if (holdsEditLock()) return;
     checkRights(level);
     std::error_code failure;
     std::filesystem::create_directories(registryFolder(level), failure);
-    if (failure) throw Trouble(registryFolder(level), failure.message());
+    if (failure) throw Error(registryFolder(level), failure.message());
     lockFolders();
-    becomeProgram(arguments);
+    execSelf(arguments);
 }
 
-bool isPartOfEdit() {
+bool holdsEditLock() {
     struct stat held, folder;
     if (fstat(kFirstLock, &held) != 0) return false;
     for (const int level : kLevels) {
@@ -183,23 +162,23 @@ bool isPartOfEdit() {
     return false;
 }
 
-void becomeProgram(const char *const *arguments) {
+void execSelf(const char *const *arguments) {
     std::fflush(nullptr);
     execv("/proc/self/exe", const_cast<char *const *>(arguments));
-    throw Trouble("/proc/self/exe", std::string("cannot be started anew: ") + std::strerror(errno));
+    throw Error("/proc/self/exe", std::string("cannot be started anew: ") + std::strerror(errno));
 }
 
 void writeLists(const std::function<void()> &change) {
     const ino_t before[] = {asideNow(VX_LEVEL_USER), asideNow(VX_LEVEL_MACHINE)};
-    endProcessAfter(change);
+    runInChild(change);
     for (const int level : kLevels) {
         const std::string file = registryFile(level);
         if (asideNow(level) == before[level - VX_LEVEL_USER]) continue;
-        complain(file, "was damaged and is kept as " + asideOf(file));
+        printError(file, "was damaged and is kept as " + damagedPath(file));
     }
 }
 
-void leaveFilesAlone() {
+void disableRegistryWrites() {
     // Nothing can be made below what is no folder.
     setenv("VX_REGISTRY_DIR", "/dev/null", 1);
 }

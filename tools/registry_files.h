@@ -13,7 +13,7 @@ std::string registryFile(int level);
 
 // Names files whose directories are missing from the lists; are there none? For the merged list
 // both files count.
-bool areListsWhole(int level);
+bool reportUnreadableLists(int level);
 
 // Begins an edit: checks whether the user may write, and waits for other edits to end. The program
 // then starts anew with these arguments, so that it holds what they have left, and comes back from
@@ -21,17 +21,17 @@ bool areListsWhole(int level);
 void beginEdit(int level, char *const *arguments);
 
 // Was this process started by an edit, which others wait for?
-bool isPartOfEdit();
+bool holdsEditLock();
 
 // Starts this program anew, in the same process. The library does not write.
-[[noreturn]] void becomeProgram(const char *const *arguments);
+[[noreturn]] void execSelf(const char *const *arguments);
 
 // Lets the library write its lists after `change`, in a process of its own, and names files that it
 // has set aside.
 void writeLists(const std::function<void()> &change);
 
 // Keeps the library from writing its lists at the end of this process.
-void leaveFilesAlone();
+void disableRegistryWrites();
 
 }  // namespace tool
 

@@ -9,7 +9,7 @@
 
 namespace tool {
 
-Trouble systemTrouble(const std::string &path) {
+Error systemError(const std::string &path) {
     return {path, std::strerror(errno)};
 }
 
@@ -31,7 +31,7 @@ std::string printable(const std::string &text) {
     return result;
 }
 
-void complain(const std::string &subject, const std::string &what) {
+void printError(const std::string &subject, const std::string &what) {
     std::fprintf(stderr, "vxutil: %s: %s\n", printable(subject).c_str(), printable(what).c_str());
 }
 

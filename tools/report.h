@@ -10,9 +10,9 @@ namespace tool {
 enum ExitCode { kDone = 0, kFailed = 1, kUsage = 2 };
 
 // Something that stops the work on one file, directory or name.
-class Trouble : public std::runtime_error {
+class Error : public std::runtime_error {
 public:
-    Trouble(const std::string &subject, const std::string &what)
+    Error(const std::string &subject, const std::string &what)
         : std::runtime_error(what), subject_(subject) {}
     const std::string &subject() const { return subject_; }
 
@@ -20,15 +20,15 @@ private:
     std::string subject_;
 };
 
-// Trouble with a file, in the system's words for errno.
-Trouble systemTrouble(const std::string &path);
+// Error with a file, in the system's words for errno.
+Error systemError(const std::string &path);
 
 // Text that does nothing to a terminal and stays on its line: what is no character to show in the
 // locale becomes a question mark.
 std::string printable(const std::string &text);
 
 // One line on standard error.
-void complain(const std::string &subject, const std::string &what);
+void printError(const std::string &subject, const std::string &what);
 
 }  // namespace tool
 

@@ -64,11 +64,13 @@ void draw(std::FILE *file, const VxSampleTable &table, int gridSize, bool square
 int drawSamples(bool square, int gridSize, const std::string &output) {
     const Table table(square, gridSize);
     OutputFile target(output);
-    std::FILE *file = fdopen(target.duplicate(), "w");
-    if (file == nullptr) throw systemTrouble(output);
+    vx::File handle = target.duplicate();
+    std::FILE *file = fdopen(handle.get(), "w");
+    if (file == nullptr) throw systemError(output);
+    handle.release();
     draw(file, table, gridSize, square);
     const bool failed = std::ferror(file) != 0;
-    if (std::fclose(file) != 0 || failed) throw systemTrouble(output);
+    if (std::fclose(file) != 0 || failed) throw systemError(output);
     target.commit();
     return kDone;
 }

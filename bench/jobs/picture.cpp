@@ -28,7 +28,7 @@ std::uint16_t typicalAt(unsigned x, unsigned y, unsigned z) {
 bool make(bool noise, unsigned side, const char *path) {
     VxImage *image = vxImageOpen(path, "w", 0x101U, 3U, side, side, kPlanes);
     if (image == nullptr) return false;
-    vxImageUsePublishedOrder(image);
+    vxImageUseBigEndian(image);
     std::mt19937 random(1);
     std::vector<std::uint16_t> row(side);
     for (unsigned z = 0; z < kPlanes; ++z) {

@@ -1,42 +1,42 @@
-// A colour image on its way to a file, for other programs to read.
+// A color image that is written row by row, for other programs to read.
 #ifndef RENDER_IMAGE_FILE_H
 #define RENDER_IMAGE_FILE_H
 
 #include "vec.h"
 
-#include <vximage.h>
+#include <vxhandles.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
-// The image is written beside the file of its name and takes its place when it is closed with all
-// its rows. So whatever goes wrong leaves an older picture as it was, and a success nothing of it.
+// The image is written under a temporary name, and replaces the file of its own name when it is
+// closed with all its rows. After a failure an older picture is unchanged.
 class ImageFile {
 public:
     ImageFile(const char *path, int width, int height, const char *title);
-    ~ImageFile();  // of what was not closed, nothing stays
+    ~ImageFile();  // removes the temporary file if the image was not closed
     ImageFile(const ImageFile &) = delete;
     ImageFile &operator=(const ImageFile &) = delete;
 
-    // Takes a row of `width` colours, each channel 0 to 1 as a screen shows it. Rows count from the
-    // bottom, as in the file.
+    // Writes a row of `width` colors, each channel a screen value from 0 to 1. Row 0 is the lowest.
     void putRow(int y, const Vec *colors);
 
-    // Could all be written so far?
+    // False once something could not be written.
     bool good() const { return good_; }
 
-    // Completes the file. False after a message if a row is missing or anything was not written.
+    // Completes the file. False after a message if a row is missing or something was not written.
     bool close();
 
 private:
-    void note(bool done);
+    void check(bool done);
     void discard();
 
     std::string path_, partPath_;
-    VxImage *image_;
-    std::vector<uint16_t> rows_[3];  // one row crosses the interface plane by plane
+    VxUniqueImage image_;
+    std::vector<std::uint16_t> rows_[3];  // one row of each plane
     bool good_ = true;
-    int reason_ = 0;  // the first errno of a failure
+    int reason_ = 0;  // the errno of the first failure
 };
 
 #endif

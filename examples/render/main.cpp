@@ -1,19 +1,20 @@
-// A small scene, drawn with this library alone.
+// Renders a small scene with the library.
 //
 //     render [--plain] [--view FILE] WIDTH HEIGHT FOLDER
 //
-// leaves antialiased.sgi and plain.sgi in the folder, with --plain the latter alone, and room.view,
-// which --view takes to look from there again. Textures are found along the search paths of
-// textures, the light distributions of the lamps along those of photometric webs.
+// Writes plain.sgi, antialiased.sgi and room.view into the folder; with --plain no antialiased.sgi.
+// --view takes a saved room.view and renders from there. Textures are found along the search paths
+// of textures, the light distributions of the lamps along those of photometric webs.
 //
-// Where to look for what:
+// What each file shows:
 //
-//     texture            search paths, image files, a table of owned objects, strings
-//     photometric_web    search paths, wildcards, streams with a pinned locale, lines
+//     texture            search paths, whole pictures, a table of owned objects, strings
+//     photometric_web    search paths, wildcards
+//     ../ies_file        streams with a pinned locale, lines of text
 //     scene              lists of owned objects
 //     tracer             a pool of records; soft shadows with the disk pattern
 //     samples, picture   sample tables and the pixel sampler
-//     image_file         image files
+//     image_file         image files, row by row
 //     view               byte order
 //     report             the message services
 
@@ -28,7 +29,7 @@
 #include <exception>
 #include <string>
 
-constexpr int kMaxPixels = 16384;  // along a side
+constexpr int kMaxSide = 16384;  // pixels
 
 static bool draw(const Scene &scene, const View &view, const std::string &path, int width,
                  int height, bool antialias) {
@@ -48,14 +49,15 @@ static bool drawAll(const View &view, const std::string &folder, int width, int 
            (onlyPlain || draw(scene, view, folder + "antialiased.sgi", width, height, true));
 }
 
-// The picture that is being drawn is put away before the end; a second signal ends at once.
+// The first signal ends the program after it has removed the unfinished picture, a second one at
+// once.
 static void stop(int signal) {
     stopSignal = signal;
     std::signal(signal, SIG_DFL);
 }
 
 static void handleSignals() {
-    std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is a failure with a message
+    std::signal(SIGXFSZ, SIG_IGN);  // report a file size limit as a failure
     for (const int each : {SIGHUP, SIGINT, SIGTERM}) {
         if (std::signal(each, stop) == SIG_IGN) std::signal(each, SIG_IGN);
     }
@@ -71,20 +73,21 @@ int main(int count, char **arguments) {
         } else if (std::strcmp(arguments[first], "--view") == 0 && first + 1 < count) {
             viewFile = arguments[++first];
         } else {
-            break;  // which leaves too many arguments
+            break;  // leaves too many arguments
         }
     }
     const int width = count == first + 3 ? std::atoi(arguments[first]) : 0;
     const int height = count == first + 3 ? std::atoi(arguments[first + 1]) : 0;
-    if (width < 1 || height < 1 || width > kMaxPixels || height > kMaxPixels) {
+    if (width < 1 || height < 1 || width > kMaxSide || height > kMaxSide) {
         std::fprintf(stderr, "usage: render [--plain] [--view FILE] WIDTH HEIGHT FOLDER\n");
         return 2;
     }
     handleSignals();
-    std::setlocale(LC_NUMERIC, "");  // the report has the user's decimal mark; webs keep the point
+    std::setlocale(LC_NUMERIC,
+                   "");  // for the output; webs are read with a decimal point all the same
     View view;
     if (viewFile != nullptr && !readView(view, viewFile)) {
-        reportFailure(std::string("no view in ") + viewFile);
+        reportFailure(std::string("cannot read a view from ") + viewFile);
         return 1;
     }
     const std::string folder = std::string(arguments[first + 2]) + "/";

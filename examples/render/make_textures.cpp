@@ -1,8 +1,8 @@
-// Makes the textures of the scene: planks, bricks, a ball and a poster.
+// Draws the textures of the scene: planks, bricks, a ball and a poster.
 //
 //     make_textures FOLDER
 //
-// The folder has the subfolders floor and wall. Rows of an image count from the bottom, so v is 0
+// The folder has to have the subfolders floor and wall. Row 0 of an image is the lowest, so v is 0
 // at the lower edge.
 
 #include "image_file.h"
@@ -19,7 +19,7 @@ namespace {
 
 // ---- Noise --------------------------------------------------------------------------------
 
-// A number from 0 to 1 for a place of the grid, always the same.
+// A hash of a grid point, as a number from 0 to 1.
 float chance(int x, int y) {
     std::uint32_t h =
         static_cast<std::uint32_t>(x) * 0x9E3779B1U + static_cast<std::uint32_t>(y) * 0x85EBCA77U;
@@ -32,7 +32,7 @@ int wrap(int i, int period) {
     return (i % period + period) % period;
 }
 
-// Smooth between the places of a grid that repeats, so that tiles fit each other.
+// Interpolates between the points of a grid that repeats, so that tiles join without a seam.
 float noise(float x, float y, int periodX, int periodY) {
     const int left = static_cast<int>(std::floor(x));
     const int low = static_cast<int>(std::floor(y));
@@ -52,7 +52,7 @@ float smooth(float from, float to, float value) {
 
 // ---- Textures -----------------------------------------------------------------------------
 
-// Six planks across, which run upwards and end at different places.
+// Six planks across. They run upwards and end at different heights.
 Vec planks(float u, float v) {
     constexpr int kPlanks = 6;
     const float across = u * kPlanks;
@@ -70,7 +70,7 @@ Vec planks(float u, float v) {
     return wood * (tone * (0.3F + 0.7F * gap));
 }
 
-// Four bricks across and ten courses, every other one by half a brick to the side.
+// Four bricks across and ten courses, every other one shifted by half a brick.
 Vec bricks(float u, float v) {
     constexpr int kAcross = 4, kCourses = 10;
     const float y = v * kCourses;
@@ -89,14 +89,14 @@ Vec bricks(float u, float v) {
     return mix(mortar, stone, smooth(0.06F, 0.11F, edge));
 }
 
-// Checks that the poles gather, between two rings.
+// Checks between two plain caps.
 Vec ball(float u, float v) {
     if (std::abs(v - 0.5F) > 0.36F) return {0.93F, 0.76F, 0.2F};
     const int check = static_cast<int>(u * 24) + static_cast<int>(v * 12.5F);
     return check % 2 != 0 ? Vec{0.94F, 0.94F, 0.9F} : Vec{0.1F, 0.27F, 0.52F};
 }
 
-// Distance of a place from a straight stroke.
+// Distance of a point from a straight stroke.
 float stroke(float x, float y, float x0, float y0, float x1, float y1) {
     const float along = ((x - x0) * (x1 - x0) + (y - y0) * (y1 - y0)) /
                         ((x1 - x0) * (x1 - x0) + (y1 - y0) * (y1 - y0));
@@ -104,9 +104,9 @@ float stroke(float x, float y, float x0, float y0, float x1, float y1) {
     return std::hypot(x - x0 - t * (x1 - x0), y - y0 - t * (y1 - y0));
 }
 
-// A sun over hills, two letters, and an arrow that points up: it shows which way a texture lies.
+// A sun over hills, two letters, and an arrow that points up: it shows the orientation.
 Vec poster(float u, float v) {
-    const float y = v * 1.25F;  // it is higher than wide
+    const float y = v * 1.25F;  // the poster is higher than wide
     constexpr float kSoft = 0.004F;
     const auto paint = [&](Vec &color, Vec with, float outside) {
         color = mix(color, with, 1 - smooth(-kSoft, kSoft, outside));
@@ -149,7 +149,7 @@ int main(int count, char **arguments) {
         std::fprintf(stderr, "usage: make_textures FOLDER\n");
         return 2;
     }
-    std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is a failure with a message
+    std::signal(SIGXFSZ, SIG_IGN);  // report a file size limit as a failure
     const std::string folder = std::string(arguments[1]) + "/";
     const bool good = make(folder + "floor/planks.sgi", 768, 768, planks) &&
                       make(folder + "wall/bricks.sgi", 512, 512, bricks) &&

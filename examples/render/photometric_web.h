@@ -2,30 +2,26 @@
 #ifndef RENDER_PHOTOMETRIC_WEB_H
 #define RENDER_PHOTOMETRIC_WEB_H
 
+#include "../ies_file.h"
+
 #include <vxstring.h>
 
-#include <cstdio>
-#include <vector>
-
-// The name of the first file along the search paths of photometric webs that a wildcard fits: of
-// the files in one directory the first by name. Empty if there is none.
-VxString photometricWebNamed(const char *wildcard);
+// The name of a file along the search paths of photometric webs that matches a wildcard: the first
+// by name in the first directory that has one. Empty if there is none.
+VxString findPhotometricWeb(const char *wildcard);
 
 class PhotometricWeb {
 public:
-    // Reads the file of this name (IES LM-63, without a table for tilted lamps) from the search
-    // paths. False if there is none, or none of this kind.
+    // Reads the file of this name from the search paths. False if there is no such file, or it is
+    // not a photometric web.
     bool load(const VxString &name);
 
-    // Candela in a direction, in degrees: `vertical` 0 is straight down and 180 up, `horizontal`
-    // is counted around the vertical. 0 beyond the angles of the file.
+    // Candela in a direction, in degrees: `vertical` is 0 straight down and 180 straight up,
+    // `horizontal` is counted around the vertical. 0 outside the vertical angles of the file.
     float candela(float vertical, float horizontal) const;
 
 private:
-    bool read(std::FILE *file);
-
-    std::vector<float> vertical_, horizontal_;  // ascending
-    std::vector<float> candela_;                // a plane of `horizontal_` behind the other
+    IesData data_;
 };
 
 #endif

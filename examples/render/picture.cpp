@@ -22,7 +22,7 @@ public:
           centerX_(static_cast<float>(width) / 2),
           centerY_(static_cast<float>(height) / 2) {}
 
-    // The ray through a place of the picture, in pixels from its lower left corner.
+    // The ray through a point of the picture, in pixels from its lower left corner.
     Ray through(float x, float y) const {
         const Vec right = normalize(cross(forward_, {0, 1, 0}));
         const Vec up = cross(right, forward_);
@@ -31,25 +31,25 @@ public:
     }
 
 private:
-    static constexpr float kHalfHeight = 0.275F;  // of the picture, one metre from the eye
+    static constexpr float kHalfHeight = 0.275F;  // of the picture, at one metre from the eye
 
     Vec eye_, forward_;
     float pixel_, centerX_, centerY_;
 };
 
-// A bar for people to watch; nothing where no one does.
+// A progress bar, if standard error is a terminal.
 class Progress {
 public:
-    explicit Progress(int steps) : steps_(steps), watched_(isatty(STDERR_FILENO) != 0) {}
+    explicit Progress(int steps) : steps_(steps), isTerminal_(isatty(STDERR_FILENO) != 0) {}
     ~Progress() {
-        if (watched_) std::fputs("\r\x1B[K", stderr);
+        if (isTerminal_) std::fputs("\r\x1B[K", stderr);
     }
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
 
     void show(int step) {
         const int percent = 100 * step / steps_;
-        if (!watched_ || percent == shown_) return;
+        if (!isTerminal_ || percent == shown_) return;
         shown_ = percent;
         static constexpr char kFull[] = "########################################";
         constexpr int kCells = sizeof kFull - 1;
@@ -58,7 +58,7 @@ public:
 
 private:
     int steps_;
-    bool watched_;
+    bool isTerminal_;
     int shown_ = -1;
 };
 
@@ -69,8 +69,9 @@ PictureReport drawPicture(const Scene &scene, const View &view, const char *path
     const auto start = std::chrono::steady_clock::now();
     const Camera camera(view, width, height);
     Tracer tracer(scene);
-    // Half a pixel to all sides: the square pattern is a box filter, which keeps textures sharp.
-    const AdaptiveTables tables(antialias ? 3 : 1, 8, 0.5F, SampleTable::kSquare, 0.08F);
+    // The square pattern over half a pixel to each side is a box filter, which keeps textures
+    // sharp.
+    const AdaptiveTables tables(antialias ? 3 : 1, 8, 0.5F, Pattern::kSquare, 0.08F);
     ImageFile file(path, width, height, "A room by lamplight");
     Progress progress(height);
     std::vector<Vec> row(static_cast<std::size_t>(width));
@@ -78,15 +79,15 @@ PictureReport drawPicture(const Scene &scene, const View &view, const char *path
     for (int y = 0; y < height && file.good() && stopSignal == 0; ++y) {
         for (int x = 0; x < width; ++x) {
             const auto sampleAt = [&](float dx, float dy) {
-                return tracer.look(camera.through(static_cast<float>(x) + 0.5F + dx,
-                                                  static_cast<float>(y) + 0.5F + dy));
+                return tracer.trace(camera.through(static_cast<float>(x) + 0.5F + dx,
+                                                   static_cast<float>(y) + 0.5F + dy));
             };
             bool refined = false;
             row[static_cast<std::size_t>(x)] = toScreen(meanLight(tables, sampleAt, refined));
             refinedPixels += refined ? 1 : 0;
         }
         file.putRow(y, row.data());
-        tracer.forget();  // a row's records make room for the next row's
+        tracer.releaseHits();
         progress.show(y + 1);
     }
     PictureReport report;

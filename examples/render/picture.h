@@ -1,4 +1,4 @@
-// A scene becomes a picture.
+// Draws a scene into an image file.
 #ifndef RENDER_PICTURE_H
 #define RENDER_PICTURE_H
 
@@ -7,19 +7,19 @@
 
 #include <csignal>
 
-// A signal to end by, 0 for none: drawing stops after the row.
+// A signal that is to end the program, or 0. Drawing stops after the current row.
 extern volatile std::sig_atomic_t stopSignal;
 
 struct PictureReport {
     bool written = false;
     double seconds = 0;
-    double refinedShare = 0;  // of pixels that got the many samples
+    double refinedShare = 0;  // share of the pixels that got the many samples
     long long rays = 0;
     int poolBytes = 0;
 };
 
-// Draws the scene into an image file. Without antialiasing each pixel is what lies at its centre.
-// Stops at once where the file cannot be written, which a message says.
+// Draws the scene into an image file. Without antialiasing each pixel is sampled at its centre
+// only. Stops after a message when the file cannot be written.
 PictureReport drawPicture(const Scene &scene, const View &view, const char *path, int width,
                           int height, bool antialias);
 

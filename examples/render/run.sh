@@ -1,7 +1,7 @@
 #!/bin/sh
 # Makes textures, sets up search paths of its own, and renders the scene:
-# run.sh PROGRAM FOLDER [WIDTH HEIGHT]. make_textures lies beside the program. Textures and pictures
-# are in the folder afterwards, as image files and, where netpbm is installed, as PNG.
+# run.sh PROGRAM FOLDER [WIDTH HEIGHT]. make_textures has to be beside the program. Leaves textures and
+# pictures in the folder, as image files and, if netpbm is installed, as PNG.
 set -eu
 program=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
 mkdir -p "$2"
@@ -11,26 +11,26 @@ width=${3:-480}
 height=${4:-320}
 
 mkdir -p "$folder/project/wall" "$folder/project/floor" "$folder/registry"
-export VX_REGISTRY_DIR="$folder/registry" # nothing of the user's settings is used or changed
+export VX_REGISTRY_DIR="$folder/registry" # the user's settings are neither used nor changed
 export ZOR_TEXTURE_PATH="$folder/nowhere;$folder/project"
-export ZOR_IES_PATH="$folder/project/webs;$here/webs" # webs of your own: sconce*.ies, pendant*.ies
+export ZOR_IES_PATH="$folder/project/webs;$here/webs" # your own webs: sconce*.ies, pendant*.ies
 
 "$(dirname "$program")/make_textures" "$folder/project"
 "$program" "$width" "$height" "$folder"
 
 command -v pnmtopng >/dev/null || {
-    echo "$folder/antialiased.sgi is the picture. There is no PNG of it: that takes the package netpbm." >&2
+    echo "$folder/antialiased.sgi is the picture. For a PNG of it, install the package netpbm." >&2
     exit 0
 }
 
-# What is under way lies in a folder of its own until it is whole.
+# PNG files are made in a folder of their own, and moved when all are complete.
 work=$(mktemp -d "$folder/work.XXXXXX")
 trap 'rm -r "$work"' EXIT
 trap 'exit 1' HUP INT TERM
 cd "$work"
 
-# beside OUTPUT COMMAND...: both pictures, each through a command, side by side as PNG
-beside() {
+# side_by_side OUTPUT COMMAND...: filters both pictures by a command and joins them as PNG
+side_by_side() {
     output=$1
     shift
     for picture in plain antialiased; do
@@ -43,12 +43,12 @@ for picture in plain antialiased; do
     sgitopnm -quiet "$folder/$picture.sgi" >"$picture.ppm"
     pnmtopng -quiet "$picture.ppm" >"$picture.png"
 done
-beside side_by_side.png cat
-# The mirror, where the difference is greatest.
+side_by_side side_by_side.png cat
+# The mirror, where the difference is largest.
 closeup() {
     pamcut -left $((width * 12 / 100)) -top $((height * 42 / 100)) \
         -width $((width * 32 / 100)) -height $((height * 45 / 100)) | pamenlarge 3
 }
-beside closeup.png closeup
+side_by_side closeup.png closeup
 mv ./*.png "$folder"
-echo "$folder/antialiased.png, and beside the picture without antialiasing: side_by_side.png, closeup.png"
+echo "$folder/antialiased.png, and next to the picture without antialiasing: side_by_side.png, closeup.png"

@@ -1,44 +1,36 @@
-// Adaptive sampling: a few samples where they agree, many where they differ.
+// Adaptive sampling: few samples where they agree, many where they differ.
 #ifndef RENDER_SAMPLES_H
 #define RENDER_SAMPLES_H
 
 #include "vec.h"
 
+#include <vxhandles.h>
 #include <vxsampling.h>
 
 #include <cstdint>
 #include <new>
 
-// What a sample found. The sampler judges one colour and sums another, which is just what is wanted
-// here: whether samples differ is for the eye to say, but what adds up is light.
+// The result of one sample. The pixel sampler compares one color and sums another: what differs is
+// judged as a screen shows it, but only light can be added up.
 struct Sample {
-    Vec seen;   // as a screen shows it
+    Vec seen;   // screen values
     Vec light;  // linear
     std::uint32_t id = 0;
 };
 
-class SampleTable {
-public:
-    enum Pattern { kDisk, kSquare };
+enum class Pattern { kDisk, kSquare };
 
-    // grid x grid samples, as far as `size` reaches.
-    SampleTable(int grid, float size, Pattern pattern) {
-        if (vxSampleTableInit(&table_, grid, size, 0, 1.0F, pattern) == 0) throw std::bad_alloc();
-    }
-    ~SampleTable() { vxSampleTableRelease(&table_); }
-    SampleTable(const SampleTable &) = delete;
-    SampleTable &operator=(const SampleTable &) = delete;
+inline VxUniqueSampleTable makeTable(int grid, float size, Pattern pattern) {
+    VxUniqueSampleTable table =
+        vxSampleTableMake(grid, size, 0, 1.0F, pattern == Pattern::kSquare ? 1 : 0);
+    if (table == nullptr) throw std::bad_alloc();
+    return table;
+}
 
-    operator const VxSampleTable *() const { return &table_; }
-
-private:
-    VxSampleTable table_;
-};
-
-// The mean light of one walk through a table. `sampleAt(x, y)` gives the Sample at an offset.
+// The mean light over the samples of a table. `sampleAt(x, y)` returns the Sample at an offset.
 template <typename SampleAt>
-Vec meanLight(VxPixelSampler &sampler, const SampleTable &table, SampleAt sampleAt) {
-    vxPixelSamplerStart(&sampler, table);
+Vec meanLight(VxPixelSampler &sampler, const VxUniqueSampleTable &table, SampleAt sampleAt) {
+    vxPixelSamplerStart(&sampler, table.get());
     while (vxPixelSamplerHasNext(&sampler) != 0) {
         float x = 0;
         float y = 0;
@@ -54,20 +46,18 @@ Vec meanLight(VxPixelSampler &sampler, const SampleTable &table, SampleAt sample
     return {light[0], light[1], light[2]};
 }
 
-// A coarse and a fine table of one pattern. They are filled once and only read from then on, so
-// that one pair serves all pixels.
+// A coarse and a fine table of one pattern, for any number of pixels.
 struct AdaptiveTables {
-    AdaptiveTables(int coarseGrid, int fineGrid, float size, SampleTable::Pattern pattern,
-                   float leastContrast)
-        : coarse(coarseGrid, size, pattern),
-          fine(fineGrid, size, pattern),
-          contrast(leastContrast) {}
+    AdaptiveTables(int coarseGrid, int fineGrid, float size, Pattern pattern, float minContrast)
+        : coarse(makeTable(coarseGrid, size, pattern)),
+          fine(makeTable(fineGrid, size, pattern)),
+          contrast(minContrast) {}
 
-    SampleTable coarse, fine;
-    float contrast;  // at which coarse samples count as different
+    VxUniqueSampleTable coarse, fine;
+    float contrast;  // from which coarse samples count as different
 };
 
-// The same with few samples and, where these differ, again with many. `refined` says which it was.
+// The same with few samples and, if these differ, again with many. `refined` is set then.
 template <typename SampleAt>
 Vec meanLight(const AdaptiveTables &tables, SampleAt sampleAt, bool &refined) {
     VxPixelSampler sampler;

@@ -9,25 +9,25 @@
 
 namespace {
 
-constexpr float kNear = 1e-3F;  // closer than this a ray is still where it started
+constexpr float kNear = 1e-3F;  // metres; a nearer hit is the start of the ray itself
 constexpr float kPi = std::numbers::pi_v<float>;
 
 // Distance along the ray to a sphere, or 0.
-float meet(const Ray &ray, const Sphere &sphere) {
-    const Vec away = ray.origin - sphere.center;
-    const float half = dot(away, ray.direction);
-    const float root = half * half - dot(away, away) + sphere.radius * sphere.radius;
+float intersect(const Ray &ray, const Sphere &sphere) {
+    const Vec offset = ray.origin - sphere.center;
+    const float half = dot(offset, ray.direction);
+    const float root = half * half - dot(offset, offset) + sphere.radius * sphere.radius;
     if (root <= 0) return 0;
     const float width = std::sqrt(root);
     if (-half - width > kNear) return -half - width;
     return -half + width > kNear ? -half + width : 0;
 }
 
-// Distance along the ray to a panel, or 0; u and v are the place on it, 0 to 1.
-float meet(const Ray &ray, const Panel &panel, float &u, float &v) {
+// Distance along the ray to a panel, or 0. u and v are the position on it, 0 to 1.
+float intersect(const Ray &ray, const Panel &panel, float &u, float &v) {
     const Vec normal = cross(panel.right, panel.up);
     const float slope = dot(ray.direction, normal);
-    if (slope >= 0) return 0;  // from behind or along
+    if (slope >= 0) return 0;  // seen from the back or edge-on
     const float distance = dot(panel.corner - ray.origin, normal) / slope;
     if (distance <= kNear) return 0;
     const Vec inside = ray.at(distance) - panel.corner;
@@ -41,7 +41,7 @@ Vec colorOf(const Surface &surface, float u, float v) {
     return surface.color * surface.texture->at(u * surface.tilesU, v * surface.tilesV);
 }
 
-// Surfaces reflect more the flatter they are looked at (Schlick's formula).
+// Reflection grows towards grazing angles (Schlick's approximation).
 float mirrorOf(const Surface &surface, Vec normal, Vec incoming) {
     if (surface.mirror <= 0) return 0;
     return surface.mirror +
@@ -59,7 +59,7 @@ bool Scene::nearest(const Ray &ray, Hit &hit) const {
     for (const Panel &each : panels_) {
         float eachU = 0;
         float eachV = 0;
-        const float distance = meet(ray, each, eachU, eachV);
+        const float distance = intersect(ray, each, eachU, eachV);
         if (distance <= 0 || distance >= nearestSoFar) continue;
         nearestSoFar = distance;
         panel = &each;
@@ -67,7 +67,7 @@ bool Scene::nearest(const Ray &ray, Hit &hit) const {
         v = eachV;
     }
     for (const Sphere &each : spheres_) {
-        const float distance = meet(ray, each);
+        const float distance = intersect(ray, each);
         if (distance <= 0 || distance >= nearestSoFar) continue;
         nearestSoFar = distance;
         sphere = &each;
@@ -76,7 +76,7 @@ bool Scene::nearest(const Ray &ray, Hit &hit) const {
 
     hit.point = ray.at(nearestSoFar);
     hit.incoming = ray.direction;
-    hit.behind = nullptr;
+    hit.reflection = nullptr;
     if (sphere != nullptr) {
         hit.normal = (hit.point - sphere->center) * (1 / sphere->radius);
         hit.surface = &sphere->surface;
@@ -93,29 +93,29 @@ bool Scene::nearest(const Ray &ray, Hit &hit) const {
     return true;
 }
 
-std::uint32_t Scene::blocker(Vec from, Vec to) const {
-    const Vec way = to - from;
-    const float distance = length(way);
-    const Ray ray{from, way * (1 / distance)};
+std::uint32_t Scene::occluder(Vec from, Vec to) const {
+    const Vec offset = to - from;
+    const float distance = length(offset);
+    const Ray ray{from, offset * (1 / distance)};
     for (const Sphere &sphere : spheres_) {
         if (!sphere.castsShadow) continue;
-        const float met = meet(ray, sphere);
-        if (met > 0 && met < distance) return sphere.id;
+        const float hit = intersect(ray, sphere);
+        if (hit > 0 && hit < distance) return sphere.id;
     }
     return 0;
 }
 
-// Each ball takes the part of the sky that it covers, as much as it stands upright.
-float Scene::openness(Vec point, Vec normal) const {
-    float open = 1;
+// Each ball hides the part of the surroundings that it covers, weighted by the cosine.
+float Scene::ambientVisibility(Vec point, Vec normal) const {
+    float visible = 1;
     for (const Sphere &sphere : spheres_) {
-        const Vec way = sphere.center - point;
-        const float square = dot(way, way);
-        const float slope = dot(way, normal) / std::sqrt(square);
-        if (slope > 0 && sphere.castsShadow)
-            open *= 1 - std::min(slope * sphere.radius * sphere.radius / square, 1.0F);
+        const Vec offset = sphere.center - point;
+        const float square = dot(offset, offset);
+        const float cosine = dot(offset, normal) / std::sqrt(square);
+        if (cosine > 0 && sphere.castsShadow)
+            visible *= 1 - std::min(cosine * sphere.radius * sphere.radius / square, 1.0F);
     }
-    return open;
+    return visible;
 }
 
 // ---- The contents -------------------------------------------------------------------------
@@ -136,7 +136,7 @@ void Scene::add(Panel panel) {
     complete_ = panels_.append(panel) && complete_;
 }
 
-// In metres: x to the right, y up, z towards the viewer.
+// Coordinates are in metres: x to the right, y up, z towards the viewer.
 bool Scene::build() {
     addRoom();
     add(Sphere{{-0.82F, 0.56F, -0.75F}, 0.56F, {.color = {0.06F, 0.06F, 0.07F}, .mirror = 0.86F}});
@@ -173,9 +173,9 @@ void Scene::addRoom() {
               {.texture = texture("poster.sgi"), .gloss = 0.05F}});
 }
 
-// A lamp takes whatever web of its kind is found first: a project that has its own goes before.
+// A lamp takes the first web that matches, so that webs of a project replace those of the example.
 static bool loadWeb(PhotometricWeb &web, const char *wildcard) {
-    const VxString name = photometricWebNamed(wildcard);
+    const VxString name = findPhotometricWeb(wildcard);
     if (web.load(name)) return true;
     reportFailure(name.length() == 0 ? std::string("no photometric web ") + wildcard
                                      : std::string("cannot read photometric web ") +

@@ -1,4 +1,4 @@
-// What there is to see: a room with a few balls, a poster, and lamps.
+// The scene: a room with a few balls, a poster, and lamps.
 #ifndef RENDER_SCENE_H
 #define RENDER_SCENE_H
 
@@ -17,12 +17,12 @@ struct Ray {
 };
 
 struct Surface {
-    Vec color{1, 1, 1};                // share of light sent back, times that of the texture
-    const Texture *texture = nullptr;  // the shelf's
-    float tilesU = 1, tilesV = 1;      // how often the texture fits
-    float mirror = 0;                  // share of light reflected straight on
+    Vec color{1, 1, 1};                // share of the light reflected, times the texture's
+    const Texture *texture = nullptr;  // owned by the cache
+    float tilesU = 1, tilesV = 1;      // repetitions of the texture
+    float mirror = 0;                  // share of the light reflected as by a mirror
     float gloss = 0;                   // strength of highlights
-    Vec glow{};                        // light of its own
+    Vec glow{};                        // emitted light
 };
 
 struct Sphere {
@@ -33,7 +33,7 @@ struct Sphere {
     std::uint32_t id = 0;
 };
 
-// A rectangle from a corner along two sides, seen from where these turn counter-clockwise.
+// A rectangle with a corner and two sides, visible from where these turn counter-clockwise.
 struct Panel {
     Vec corner, right, up;
     Surface surface;
@@ -43,20 +43,19 @@ struct Panel {
 // A round lamp that faces down.
 struct Lamp {
     Vec position;
-    float radius;  // of its disc: the larger, the softer the shadows
+    float radius;  // the larger, the softer the shadows
     Vec tint;
     const PhotometricWeb *web;
 };
 
-// Where a ray met a surface. Plain and of one size, as records of a pool are; what a mirror shows
-// hangs behind the mirror's own record.
+// A point where a ray hits a surface. Plain data of one size, so that it can come from a pool.
 struct Hit {
     Vec point, normal, incoming;
     Vec color;
     const Surface *surface;
-    float mirror;  // share of `behind`, at this angle
+    float mirror;  // share of the reflection, at this angle
     std::uint32_t id;
-    Hit *behind;
+    Hit *reflection;  // what a mirror shows, or null
 };
 
 class Scene {
@@ -67,11 +66,11 @@ public:
     // The first surface along a ray. False if there is none.
     bool nearest(const Ray &ray, Hit &hit) const;
 
-    // The id of what stands between two points and casts a shadow, 0 for nothing.
-    std::uint32_t blocker(Vec from, Vec to) const;
+    // The id of an object between two points that casts a shadow, or 0.
+    std::uint32_t occluder(Vec from, Vec to) const;
 
-    // The share of the light from all around that balls nearby leave to a point.
-    float openness(Vec point, Vec normal) const;
+    // The share of the ambient light that nearby balls let through to a point.
+    float ambientVisibility(Vec point, Vec normal) const;
 
     const VxOwningList<Lamp> &lamps() const { return lamps_; }
 
@@ -82,7 +81,7 @@ private:
     void add(Sphere sphere);
     void add(Panel panel);
 
-    TextureShelf textures_;
+    TextureCache textures_;
     PhotometricWeb sconce_, pendant_;
     VxOwningList<Sphere> spheres_;
     VxOwningList<Panel> panels_;

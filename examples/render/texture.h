@@ -4,6 +4,7 @@
 
 #include "vec.h"
 
+#include <vxhandles.h>
 #include <vxstring.h>
 #include <vxtyped.h>
 
@@ -13,29 +14,29 @@ public:
 
     const VxString &name() const { return name_; }
 
-    // Reads the file of this name, wherever on the search paths it is. False after a
-    // message if there is none, or none that can be read whole.
+    // Finds the file of this name along the search paths and reads it. False after a message if
+    // there is no such file or it cannot be read.
     bool load();
 
-    // The colour at a place in linear light, between the four elements around it. The texture lies
-    // from (0, 0), its lower left corner, to (1, 1), and repeats beyond.
+    // The color at a point, as linear light, interpolated between the four nearest elements. The
+    // texture covers (0, 0), its lower left corner, to (1, 1), and repeats outside.
     Vec at(float u, float v) const;
 
 private:
-    bool readRows(struct VxImage *image);
+    bool store(const VxPicture &picture);
     Vec texel(int x, int y) const;
 
     VxString name_;
     int width_ = 0, height_ = 0;
-    // Three bytes an element, rows from the bottom up. A byte string suits: copies of a texture
-    // share it, so that putting one into a table, which copies its elements, costs no pixels.
+    // Three bytes per element, rows from the bottom up. In a VxString, copies share them: a table
+    // copies its elements, and so a texture goes into a table without copying its pixels.
     VxString texels_;
 };
 
-// Reads each texture once, however many surfaces bear it.
-class TextureShelf {
+// Reads each texture once, however many surfaces use it.
+class TextureCache {
 public:
-    // The texture of a name, or null after a message. It stays the shelf's.
+    // The texture of a name, which the cache owns. Null after a message.
     const Texture *find(const VxString &name);
 
 private:

@@ -9,10 +9,10 @@ namespace {
 
 constexpr int kMaxMirrors = 5;
 constexpr float kPi = std::numbers::pi_v<float>;
-constexpr float kExposure = 0.028F;          // how bright a white surface under one lux becomes
-constexpr Vec kAllAround{7.0F, 7.6F, 9.0F};  // lux from the room at large
+constexpr float kExposure = 0.028F;        // brightness of a white surface at one lux
+constexpr Vec kAmbient{7.0F, 7.6F, 9.0F};  // ambient light, in lux
 
-// Bright light comes out less bright, and never beyond white.
+// Compresses bright light, so that nothing is brighter than white.
 float compress(float light) {
     return 1 - std::exp(-light);
 }
@@ -24,28 +24,30 @@ Vec toScreen(Vec light) {
     return {gamma(light.x), gamma(light.y), gamma(light.z)};
 }
 
-// A lamp of radius 1; the disk pattern reaches 1.3 times as far as its size.
+// For lamps of radius 1: the disk pattern extends to 1.3 times its size.
 Tracer::Tracer(const Scene &scene)
-    : scene_(scene), lampTables_(2, 4, 1 / 1.3F, SampleTable::kDisk, 0.5F) {
-    vxPoolInit(&hits_, sizeof(Hit), 4096);
+    : scene_(scene),
+      lampTables_(2, 4, 1 / 1.3F, Pattern::kDisk, 0.5F),
+      hits_(vxPoolMake(sizeof(Hit), 4096)) {
+    if (hits_ == nullptr) throw std::bad_alloc();
 }
 
-Sample Tracer::look(const Ray &ray) {
+Sample Tracer::trace(const Ray &ray) {
     const Hit *first = follow(ray);
     Sample sample;
     if (first == nullptr) return sample;
     const Vec light = lightFrom(*first) * kExposure;
-    // Compressed before it is averaged: one sample of a lamp shall not outshine a whole pixel.
+    // Compressed before averaging, so that one sample of a lamp does not outshine the pixel.
     sample.light = {compress(light.x), compress(light.y), compress(light.z)};
     sample.seen = toScreen(sample.light);
-    // An edge inside a mirror is an edge too.
-    for (const Hit *hit = first; hit != nullptr; hit = hit->behind)
+    // The ids of reflections count too: they show edges inside a mirror.
+    for (const Hit *hit = first; hit != nullptr; hit = hit->reflection)
         sample.id = sample.id * 64 + hit->id;
     return sample;
 }
 
-// A ray and all its reflections, as a chain of records. None is given back by itself: they become
-// void together.
+// Follows a ray and its reflections, and returns them as a chain of hits. Hits are not freed one by
+// one: releaseHits invalidates them all.
 Hit *Tracer::follow(Ray ray) {
     Hit *first = nullptr;
     Hit **link = &first;
@@ -53,11 +55,11 @@ Hit *Tracer::follow(Ray ray) {
         Hit found;
         ++rays_;
         if (!scene_.nearest(ray, found)) break;
-        void *room = vxPoolAlloc(&hits_);
-        if (room == nullptr) throw std::bad_alloc();
-        Hit *hit = *link = new (room) Hit(found);
+        void *element = vxPoolAlloc(hits_.get());
+        if (element == nullptr) throw std::bad_alloc();
+        Hit *hit = *link = new (element) Hit(found);
         if (hit->mirror < 0.01F) break;
-        link = &hit->behind;
+        link = &hit->reflection;
         ray = {hit->point,
                normalize(hit->incoming - hit->normal * (2 * dot(hit->incoming, hit->normal)))};
     }
@@ -65,19 +67,20 @@ Hit *Tracer::follow(Ray ray) {
 }
 
 Vec Tracer::lightFrom(const Hit &hit) const {
-    Vec light = hit.surface->glow + kAllAround * hit.color * scene_.openness(hit.point, hit.normal);
+    Vec light =
+        hit.surface->glow + kAmbient * hit.color * scene_.ambientVisibility(hit.point, hit.normal);
     for (const Lamp &lamp : scene_.lamps())
         light += lampLight(lamp, hit);
-    if (hit.behind != nullptr) light = mix(light, lightFrom(*hit.behind), hit.mirror);
+    if (hit.reflection != nullptr) light = mix(light, lightFrom(*hit.reflection), hit.mirror);
     return light;
 }
 
-// The web says how bright the lamp is from here, a handful of points on its disc how much of it is
-// to be seen.
+// The web gives the brightness of the lamp in this direction. Sample points on its disc show how
+// much of it is visible.
 Vec Tracer::lampLight(const Lamp &lamp, const Hit &hit) const {
-    const Vec way = hit.point - lamp.position;
-    const float distance = length(way);
-    const Vec from = way * (1 / distance);
+    const Vec offset = hit.point - lamp.position;
+    const float distance = length(offset);
+    const Vec from = offset * (1 / distance);
     const float cosine = -dot(from, hit.normal);
     if (cosine <= 0) return {};
     const float vertical = std::acos(std::clamp(-from.y, -1.0F, 1.0F)) * 180 / kPi;
@@ -89,7 +92,7 @@ Vec Tracer::lampLight(const Lamp &lamp, const Hit &hit) const {
     bool refined = false;
     const auto visible = [&](float x, float z) {
         const Vec at = lamp.position + Vec{x, 0, z} * lamp.radius;
-        const std::uint32_t id = scene_.blocker(hit.point, at);
+        const std::uint32_t id = scene_.occluder(hit.point, at);
         const Vec light = id == 0 ? Vec{1, 1, 1} : Vec{};
         return Sample{light, light, id};
     };

@@ -1,26 +1,23 @@
-// From a ray to the light that comes along it.
+// Finds the light that comes along a ray.
 #ifndef RENDER_TRACER_H
 #define RENDER_TRACER_H
 
 #include "samples.h"
 #include "scene.h"
 
+#include <vxhandles.h>
 #include <vxpool.h>
 
 class Tracer {
 public:
     explicit Tracer(const Scene &scene);
-    ~Tracer() { vxPoolDestroy(&hits_); }
-    Tracer(const Tracer &) = delete;
-    Tracer &operator=(const Tracer &) = delete;
 
-    // What is seen along a ray.
-    Sample look(const Ray &ray);
+    Sample trace(const Ray &ray);
 
-    // Makes the records of all rays so far void, for others to use their room.
-    void forget() { vxPoolRecycle(&hits_); }
+    // Invalidates the hits of all rays so far, so that their memory is used again.
+    void releaseHits() { vxPoolRecycle(hits_.get()); }
 
-    int poolBytes() const { return vxPoolSize(&hits_); }
+    int poolBytes() const { return vxPoolSize(hits_.get()); }
     long long rays() const { return rays_; }
 
 private:
@@ -30,11 +27,11 @@ private:
 
     const Scene &scene_;
     AdaptiveTables lampTables_;
-    VxPool hits_;
+    VxUniquePool hits_;
     long long rays_ = 0;
 };
 
-// Between linear light and what a screen shows, 0 to 1.
+// Converts linear light to screen values, 0 to 1.
 Vec toScreen(Vec light);
 
 #endif

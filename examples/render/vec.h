@@ -1,4 +1,4 @@
-// A point, a direction, or a colour of linear light with red in x.
+// A point, a direction, or a color of linear light (x is red, y green, z blue).
 #ifndef RENDER_VEC_H
 #define RENDER_VEC_H
 

@@ -1,4 +1,4 @@
-// From where a picture is taken.
+// The position and direction of the camera.
 #ifndef RENDER_VIEW_H
 #define RENDER_VIEW_H
 
@@ -11,12 +11,12 @@ struct View {
     Vec target{0.05F, 0.92F, -1.0F};
 };
 
-// A view lies in a file as its six numbers, 4 bytes each, most significant byte first: the same on
-// machines of either byte order. False after a message if the file
-// cannot be written whole; an older one stays then.
+// Saves a view as six numbers of 4 bytes, most significant byte first, so that machines of either
+// byte order can read it. False after a message if the file cannot be written; an older file is
+// unchanged then.
 bool writeView(View view, const std::string &path);
 
-// False if the file cannot be read, or holds no place to look from and direction to look in.
+// False if the file cannot be read, or does not hold a valid position and direction.
 bool readView(View &view, const std::string &path);
 
 #endif

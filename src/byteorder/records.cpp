@@ -1,4 +1,4 @@
-// The record converters, compiled from their layouts: each becomes straight code without a loop or
+// The record converters, compiled from their layouts. Each becomes straight code without a loop or
 // a table at run time.
 
 #include <vxbyteorder.h>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// Through memcpy, which compiles to plain loads and stores at any alignment.
+// memcpy compiles to plain loads and stores at any alignment.
 template <typename Word, typename Reverse>
 void reverse(void *value, Reverse reverseWord) {
     Word word;

@@ -1,11 +1,10 @@
-// What happens when the library comes into a process and when it leaves.
+// What happens when a process loads the library and when it unloads it.
 //
 // The loader calls the two functions at the end of this file at dlopen and dlclose, or at the
-// start and exit of a process that is linked to the library. The library keeps no state for a
-// thread, so threads that come and go need nothing.
+// start and exit of a process that is linked to the library. The library keeps no state per
+// thread, so threads that start and end need nothing.
 
 #include "searchpath/path_store.h"
-#include "text/allocator_lock.h"
 #include "text/pinned_streams.h"
 
 #include <ios>
@@ -14,34 +13,26 @@
 
 namespace {
 
-// The standard streams stand as long as somebody holds an Init. The library holds two, one for
-// the narrow and one for the wide streams, so that reports written while the store goes down
-// still find them, whatever order the rest of the process ends in.
-class StandardStreams {
-public:
-    void hold() { ::new (static_cast<void *>(storage_)) std::ios_base::Init; }
-    void release() { std::launder(reinterpret_cast<std::ios_base::Init *>(storage_))->~Init(); }
-
-private:
-    alignas(std::ios_base::Init) unsigned char storage_[sizeof(std::ios_base::Init)];
-};
-
-StandardStreams narrowStreams;
-StandardStreams wideStreams;
+// An Init keeps the standard C++ streams alive. The library itself writes to none of them. Code of
+// its callers that runs inside its calls may do so until the unload: an image error handler, say.
+// Only the steps below destroy these objects. The destructors of static objects would run before
+// `unload` in a process that loads the library by dlopen and exits without dlclose.
+std::ios_base::Init *narrowStreams;
+std::ios_base::Init *wideStreams;
 
 struct Step {
     void (*start)();
-    void (*stop)();  // null where nothing is undone
+    void (*stop)();  // null if there is nothing to undo
 };
 
-// Started in this order and stopped in the reverse one: the search paths are written back while
-// everything else still stands.
+// Started in this order and stopped in reverse. The search paths are written back while all else
+// still exists.
 constexpr Step kSequence[] = {
-    {[] { narrowStreams.hold(); }, [] { narrowStreams.release(); }},
-    {[] { wideStreams.hold(); }, [] { wideStreams.release(); }},
-    {allocatorLockCreate, nullptr},
-    {streamMapBuild, streamMapTearDown},
-    {pathStoreBuild, pathStoreTearDown},
+    {[] { narrowStreams = new (std::nothrow) std::ios_base::Init; }, [] { delete narrowStreams; }},
+    {[] { wideStreams = new (std::nothrow) std::ios_base::Init; }, [] { delete wideStreams; }},
+    {vx::allocatorLockCreate, nullptr},
+    {vx::streamMapBuild, vx::streamMapTearDown},
+    {vx::buildPathStore, vx::tearDownPathStore},
 };
 
 [[gnu::constructor]] void load() {

@@ -1,6 +1,7 @@
-// The message services: a catalogue in the program and reports on standard error.
+// The message services, with the catalogue built in and reports on standard error.
 
 #include <vxframework.h>
+#include <vxmessages.h>
 
 #include <cstdarg>
 #include <cstdio>
@@ -14,18 +15,16 @@ struct Message {
 };
 
 constexpr Message kCatalogue[] = {
-#define VX_MESSAGE(id, text) {id, text},
-#include "catalogue.inc"
-#undef VX_MESSAGE
+#define VX_CATALOGUE_ENTRY(number, name, text) {number, text},
+    VX_MESSAGES(VX_CATALOGUE_ENTRY)
+#undef VX_CATALOGUE_ENTRY
 };
 
-constexpr int kFatal = 5;
-
-// One text a thread: good until that thread asks for the next.
+// One text per thread, valid until that thread asks for the next.
 thread_local char messageText[8192];
 
 const char *find(const char *catalogue, int messageId) {
-    if (catalogue == nullptr || std::strcmp(catalogue, "vxmsg") != 0) return nullptr;
+    if (catalogue == nullptr || std::strcmp(catalogue, VX_MESSAGE_CATALOGUE) != 0) return nullptr;
     for (const Message &message : kCatalogue) {
         if (message.id == messageId) return message.text;
     }
@@ -61,10 +60,10 @@ int vxMessageReport(const char *textOrCatalogue, int severity, int messageId, ..
         text = vxMessageFormat(arguments, textOrCatalogue, messageId);
         va_end(arguments);
     }
-    // One call and one line, so that reports of several threads do not mix.
+    // One call writes one line, so that reports of several threads do not mix.
     char line[sizeof messageText + 32];
     const int length = std::snprintf(line, sizeof line, "vxutil: %s: %s",
-                                     severity <= kFatal ? "fatal" : "error", text);
+                                     severity <= VX_SEVERITY_FATAL ? "fatal" : "error", text);
     if (length < 0) return -1;
     for (char *at = line; *at != '\0'; ++at) {
         if (*at == '\n' || *at == '\r') *at = ' ';

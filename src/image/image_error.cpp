@@ -1,5 +1,6 @@
 #include <vxframework.h>
 #include <vximage.h>
+#include <vxmessages.h>
 
 #include <cstdarg>
 
@@ -12,12 +13,12 @@ VxImageErrorHandler errorHandler;
 void vxImageError(int id, ...) {
     va_list arguments;
     va_start(arguments, id);
-    const char *text = vxMessageFormat(arguments, "vxmsg", id);
+    const char *text = vxMessageFormat(arguments, VX_MESSAGE_CATALOGUE, id);
     va_end(arguments);
     if (errorHandler != nullptr) {
         errorHandler(const_cast<char *>(text));
     } else {
-        vxMessageReport(text, 6, 0);
+        vxMessageReport(text, VX_SEVERITY_ERROR, 0);
     }
 }
 

@@ -1,15 +1,18 @@
-// What the sources of the image code share.
+// What the sources of the image module share.
 
 #ifndef VX_IMAGE_IMAGE_INTERNAL_H
 #define VX_IMAGE_IMAGE_INTERNAL_H
 
 #include <vximage.h>
+#include <vxmessages.h>
 
 #include <cstddef>
 #include <cstdint>
 
-// A position that is never the place of anything: no position is known.
-inline constexpr std::uint32_t kNoPosition = 0xFFFFFFFF;
+namespace vx {
+
+// The value of fileOffset after a failed transfer or seek: the next seek reaches the system.
+inline constexpr std::uint32_t kNoPosition = VX_IMAGE_MAX_POSITION + 1;
 
 // Storage and bytes per element are the two bytes of `type`.
 inline constexpr unsigned kVerbatim = 0;
@@ -26,12 +29,23 @@ inline std::uint64_t tableBytesOf(const VxImage *image) {
     return std::uint64_t{image->ySize} * image->zSize * sizeof(std::uint32_t);
 }
 
-// Decodes a stored row of bytes or 16-bit words into exactly `elements` elements; what the row
-// does not tell is zero. False, with the row in whatever state, when it asks for more elements
-// than these or for more words than `storedElements`. Nothing outside the two arrays is touched.
-bool decodeRow(const std::uint8_t *stored, std::size_t storedElements, std::uint16_t *row,
+// Reports a message; the result is the failure of the function that calls it.
+template <typename... Arguments>
+bool reportFailure(int message, Arguments... arguments) {
+    vxImageError(message, arguments...);
+    return false;
+}
+
+// vxSwapShorts from one place to another; the two may be the same.
+void swapShorts(void *to, const void *from, int byteCount);
+
+// Decodes a stored row of bytes or 16-bit words into exactly `elements` elements; those missing at
+// its end become zero. False, with the row in an undefined state, if it asks for more elements than
+// that or for more words than `storedElements`. Nothing outside the two arrays is touched.
+template <typename Stored>
+bool decodeRow(const Stored *stored, std::size_t storedElements, std::uint16_t *row,
                std::size_t elements);
-bool decodeRow(const std::uint16_t *stored, std::size_t storedElements, std::uint16_t *row,
-               std::size_t elements);
+
+}  // namespace vx
 
 #endif

@@ -1,32 +1,34 @@
 // The run-length codec of rows.
 //
-// One template a direction serves every pair of element widths, so that the inner loops work at
-// fixed widths.
+// A template per direction is compiled for every pair of element widths: no loop tests a width.
 
 #include "image/image_internal.h"
 
 #include <vximage.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
+using namespace vx;
+
 namespace {
 
-constexpr std::size_t kLongestWritten = 126;  // elements in a packet; the format would allow 127
+constexpr std::size_t kMaxPacket = 126;  // elements in a packet; the format would allow 127
 constexpr unsigned kLiteral = 0x80;
 
-// Elements that are moved at once where there is room, and that room: a head and the longest packet
-// in whole chunks.
+// A packet is moved in chunks of a fixed size where there is room for the longest packet in whole
+// chunks, which is faster than its exact length.
 constexpr std::size_t kChunk = 16;
-constexpr std::size_t kRoom = 1 + 128;
+constexpr std::size_t kChunkedPacket = 128;
 
 // ---- Encoding
 
 template <typename In, typename Out>
 Out *putLiterals(const In *from, const In *to, Out *out) {
     while (from != to) {
-        const std::size_t count = std::min(static_cast<std::size_t>(to - from), kLongestWritten);
+        const std::size_t count = std::min(static_cast<std::size_t>(to - from), kMaxPacket);
         *out++ = static_cast<Out>(kLiteral + count);
         for (std::size_t i = 0; i < count; ++i)
             out[i] = static_cast<Out>(from[i]);
@@ -39,7 +41,7 @@ Out *putLiterals(const In *from, const In *to, Out *out) {
 template <typename In, typename Out>
 Out *putRun(std::size_t length, In value, Out *out) {
     while (length != 0) {
-        const std::size_t count = std::min(length, kLongestWritten);
+        const std::size_t count = std::min(length, kMaxPacket);
         *out++ = static_cast<Out>(count);
         *out++ = static_cast<Out>(value);
         length -= count;
@@ -47,20 +49,25 @@ Out *putRun(std::size_t length, In value, Out *out) {
     return out;
 }
 
-// The first of three equal neighbours at or behind `at`, or else the last two elements' first;
-// `at` itself when fewer than three elements are left.
+// The end of a literal: the first of three equal neighbours at or after `at`, or else the last
+// element but one; `at` itself if fewer than three elements are left. No three equal neighbours
+// contain two different ones, so the search steps over both.
 template <typename In>
-const In *endOfStretch(const In *at, const In *end) {
-    if (end - at < 3) return at;
-    const In *third = at + 2;
-    while (third != end && !(third[-2] == third[-1] && third[-1] == third[0]))
-        ++third;
-    return third - 2;
+const In *literalEnd(const In *at, const In *end) {
+    const auto count = static_cast<std::size_t>(end - at);
+    if (count < 3) return at;
+    std::size_t third = 2;
+    while (third < count) {
+        const bool equal = at[third - 1] == at[third];
+        if (equal && at[third - 2] == at[third]) return at + third - 2;
+        third += equal ? 1 : 2;
+    }
+    return end - 2;
 }
 
 // Four equal elements at a time, then one.
 template <typename In>
-const In *endOfRun(const In *at, const In *end) {
+const In *runEnd(const In *at, const In *end) {
     const In four[4] = {*at, *at, *at, *at};
     while (end - at >= 4 && std::memcmp(at, four, sizeof four) == 0)
         at += 4;
@@ -76,9 +83,9 @@ int encode(const void *input, void *output, int count) {
     Out *const begin = static_cast<Out *>(output);
     Out *out = begin;
     while (at != end) {
-        const In *run = endOfStretch(at, end);
+        const In *run = literalEnd(at, end);
         out = putLiterals(at, run, out);
-        at = endOfRun(run, end);
+        at = runEnd(run, end);
         out = putRun(static_cast<std::size_t>(at - run), *run, out);
     }
     *out++ = 0;
@@ -87,8 +94,7 @@ int encode(const void *input, void *output, int count) {
 
 // ---- Decoding
 
-// The two ends of a row that is read from a file. A caller of vxImageRleDecode vouches for its
-// row instead, and pays for no test.
+// The ends of a stored row from a file and of the caller's row.
 template <typename In, typename Out>
 struct Bounds {
     const In *inEnd;
@@ -99,72 +105,71 @@ struct Bounds {
         return take <= static_cast<std::size_t>(inEnd - in) &&
                put <= static_cast<std::size_t>(outEnd - out);
     }
-    // With room for the longest packet on both sides a packet may be moved in whole chunks: what
-    // is written behind it is written over by the next ones, or is zeroed at the end.
-    bool isRoomy(const In *in, const Out *out) const { return holds(in, kRoom, out, kRoom); }
+    // What a chunk writes after the end of its packet is overwritten by the next packets, or
+    // cleared at the end.
+    bool hasSlack(const In *in, std::size_t take, const Out *out) const {
+        return holds(in, take, out, kChunkedPacket);
+    }
+    void clearRest(Out *out) const { std::fill(out, outEnd, Out{0}); }
 };
 
+// For vxImageRleDecode, whose caller vouches for the row.
 template <typename In, typename Out>
 struct NoBounds {
     bool atEnd(const In *) const { return false; }
     bool holds(const In *, std::size_t, const Out *, std::size_t) const { return true; }
-    bool isRoomy(const In *, const Out *) const { return false; }
+    bool hasSlack(const In *, std::size_t, const Out *) const { return false; }
+    void clearRest(Out *) const {}
 };
 
-template <typename In, typename Out>
-void copyChunks(const In *in, Out *out, std::size_t count) {
+template <typename In, typename Out, typename Limits>
+bool copyLiteral(const In *in, Out *out, std::size_t count, const Limits &limits) {
+    if (!limits.hasSlack(in, kChunkedPacket, out)) {
+        if (!limits.holds(in, count, out, count)) return false;
+        for (std::size_t i = 0; i < count; ++i)
+            out[i] = static_cast<Out>(in[i]);
+        return true;
+    }
     for (std::size_t i = 0; i < count; i += kChunk) {
         In chunk[kChunk];
         std::memcpy(chunk, in + i, sizeof chunk);
         for (std::size_t k = 0; k < kChunk; ++k)
             out[i + k] = static_cast<Out>(chunk[k]);
     }
+    return true;
 }
 
-template <typename Out>
-void fillChunks(Out *out, Out value, std::size_t count) {
+template <typename In, typename Out, typename Limits>
+bool fillRun(const In *in, Out *out, std::size_t count, const Limits &limits) {
+    const bool slack = limits.hasSlack(in, 1, out);
+    if (!slack && !limits.holds(in, 1, out, count)) return false;
+    const auto value = static_cast<Out>(*in);
+    if (!slack) {
+        std::fill_n(out, count, value);
+        return true;
+    }
     for (std::size_t i = 0; i < count; i += kChunk)
         std::fill_n(out + i, kChunk, value);
+    return true;
 }
 
-// Decodes up to the end mark or the end of the stored row; null when a packet breaks a bound.
+// Decodes up to the end mark or the end of the stored row; false if a packet breaks a bound.
 template <typename In, typename Out, template <typename, typename> class Limits>
-Out *decode(const In *in, Out *out, const Limits<In, Out> &limits) {
+bool decode(const In *in, Out *out, const Limits<In, Out> &limits) {
     while (!limits.atEnd(in)) {
-        const bool roomy = limits.isRoomy(in, out);
         const unsigned head = *in++;
         const std::size_t count = head & 0x7F;
         if (count == 0) break;
         if ((head & kLiteral) != 0) {
-            if (roomy) {
-                copyChunks(in, out, count);
-            } else {
-                if (!limits.holds(in, count, out, count)) return nullptr;
-                for (std::size_t i = 0; i < count; ++i)
-                    out[i] = static_cast<Out>(in[i]);
-            }
+            if (!copyLiteral(in, out, count, limits)) return false;
             in += count;
-        } else if (roomy) {
-            fillChunks(out, static_cast<Out>(*in++), count);
         } else {
-            if (!limits.holds(in, 1, out, count)) return nullptr;
-            std::fill_n(out, count, static_cast<Out>(*in++));
+            if (!fillRun(in, out, count, limits)) return false;
+            ++in;
         }
         out += count;
     }
-    return out;
-}
-
-template <typename In>
-bool decodeBounded(const In *stored, std::size_t storedElements, std::uint16_t *row,
-                   std::size_t elements) {
-    std::uint16_t nothing = 0;
-    if (elements == 0) row = &nothing;  // it may be null, which decode gives for a failure
-    std::uint16_t *const end = row + elements;
-    std::uint16_t *out =
-        decode(stored, row, Bounds<In, std::uint16_t>{stored + storedElements, end});
-    if (out == nullptr) return false;
-    std::fill(out, end, std::uint16_t{0});
+    limits.clearRest(out);
     return true;
 }
 
@@ -181,7 +186,7 @@ bool isWidth(int width) {
 
 int vxImageRleEncode(const void *input, int inputWidth, void *output, int outputWidth, int count) {
     if (!isWidth(inputWidth) || !isWidth(outputWidth)) {
-        vxImageError(20375, inputWidth, outputWidth);
+        vxImageError(VX_MESSAGE_IMAGE_ENCODE_BAD_WIDTH, inputWidth, outputWidth);
         return 0;
     }
     if (inputWidth == 1) {
@@ -194,7 +199,7 @@ int vxImageRleEncode(const void *input, int inputWidth, void *output, int output
 
 void vxImageRleDecode(const void *input, int inputWidth, void *output, int outputWidth) {
     if (!isWidth(inputWidth) || !isWidth(outputWidth)) {
-        vxImageError(20376, inputWidth, outputWidth);
+        vxImageError(VX_MESSAGE_IMAGE_DECODE_BAD_WIDTH, inputWidth, outputWidth);
     } else if (inputWidth == 1) {
         outputWidth == 1 ? decodeUnbounded<std::uint8_t, std::uint8_t>(input, output)
                          : decodeUnbounded<std::uint8_t, std::uint16_t>(input, output);
@@ -204,12 +209,12 @@ void vxImageRleDecode(const void *input, int inputWidth, void *output, int outpu
     }
 }
 
-bool decodeRow(const std::uint8_t *stored, std::size_t storedElements, std::uint16_t *row,
-               std::size_t elements) {
-    return decodeBounded(stored, storedElements, row, elements);
+template <typename Stored>
+bool vx::decodeRow(const Stored *stored, std::size_t storedElements, std::uint16_t *row,
+                   std::size_t elements) {
+    return decode(stored, row,
+                  Bounds<Stored, std::uint16_t>{stored + storedElements, row + elements});
 }
 
-bool decodeRow(const std::uint16_t *stored, std::size_t storedElements, std::uint16_t *row,
-               std::size_t elements) {
-    return decodeBounded(stored, storedElements, row, elements);
-}
+template bool vx::decodeRow(const std::uint8_t *, std::size_t, std::uint16_t *, std::size_t);
+template bool vx::decodeRow(const std::uint16_t *, std::size_t, std::uint16_t *, std::size_t);

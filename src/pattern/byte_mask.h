@@ -1,4 +1,4 @@
-// Where a byte occurs among 64 others, as a word with a bit for each.
+// The places of a byte among 64 bytes, as a word with one bit for each.
 
 #ifndef VX_PATTERN_BYTE_MASK_H
 #define VX_PATTERN_BYTE_MASK_H
@@ -9,6 +9,8 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+
+namespace vx {
 
 inline std::uint64_t byteMask(const unsigned char *bytes, unsigned char byte) {
     std::uint64_t mask = 0;
@@ -25,5 +27,7 @@ inline std::uint64_t byteMask(const unsigned char *bytes, unsigned char byte) {
 #endif
     return mask;
 }
+
+}  // namespace vx
 
 #endif

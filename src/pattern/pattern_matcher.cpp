@@ -1,8 +1,8 @@
-// Running a subject against a compiled pattern.
+// Runs a subject against a compiled pattern.
 //
-// Only yes or no is asked for, so the matcher takes all ways through a pattern at once: it goes
-// over the elements one by one and keeps the set of positions of the subject that can be reached
-// so far. Each element costs about the same whatever the set, and nothing is tried twice.
+// The answer is only yes or no, so the matcher follows all paths through a pattern at once. It
+// takes the elements one by one and keeps the set of subject positions reached so far. Each
+// element costs about the same whatever the set, and no path is tried twice.
 
 #include "pattern/byte_mask.h"
 #include "pattern/pattern_compiler.h"
@@ -10,12 +10,13 @@
 #include "platform/code_page.h"
 
 #include <cstring>
+#include <utility>
+
+namespace vx {
 
 namespace {
 
-using vx::CodePage;
-
-constexpr std::size_t kLongestSubject = 510;  // a line feed and a zero byte are put behind it
+constexpr std::size_t kMaxSubject = 510;  // a line feed and a zero byte are put after it
 
 unsigned byteAt(const char *at) {
     return static_cast<unsigned char>(*at);
@@ -26,7 +27,7 @@ unsigned codeAt(const CodePage &page, const char *at) {
     return page.isLead(at[0]) ? byteAt(at) * 256 + byteAt(at + 1) : byteAt(at);
 }
 
-int vxPatternElementLength(const CodePage &page, const char *element) {
+int elementLength(const CodePage &page, const char *element) {
     switch (element[0]) {
         case '[':
         case '!':
@@ -43,9 +44,13 @@ int vxPatternElementLength(const CodePage &page, const char *element) {
     }
 }
 
-// A subject as it is matched: with a line feed behind it, of which $ is the place. kDouble tells
-// whether the code page has characters of two bytes.
-template <std::size_t kWords, bool kDouble>
+bool isAnchor(const char *element) {
+    return *element == '^' || *element == '$';
+}
+
+// A subject as it is matched: with a line feed after it, which is the place of $. kMultibyte
+// selects the code for pages with characters of two bytes.
+template <std::size_t kWords, bool kMultibyte>
 class Subject {
 public:
     using Set = PositionSet<kWords>;
@@ -54,24 +59,24 @@ public:
         : page_(page), all_(Set::upTo(length)) {
         std::memcpy(bytes_, text, length);
         bytes_[length] = '\n';
-        if constexpr (kDouble) findDoubles(length);
+        if constexpr (kMultibyte) findDoubles(length);
         lineFeeds_ = holdingByte('\n');
     }
 
-    bool matches(const char *form) const {
+    bool matches(const char *program) const {
         Set reached = all_;  // a match may begin anywhere
         int index = 0;
-        while (form[index] != '\0') {
-            const bool repeated = form[index] == '*';
+        while (program[index] != '\0') {
+            const bool repeated = program[index] == '*';
             if (repeated) ++index;
-            if (index >= kPatternLimit) return false;
-            const char *element = form + index;
-            const int length = vxPatternElementLength(page_, element);
-            if (index + length > kPatternLimit) return false;
-            reached = repeated ? repeat(reached, element) : pass(reached, element);
+            if (index >= kMaxProgramBytes) return false;
+            const char *element = program + index;
+            const int length = elementLength(page_, element);
+            if (index + length > kMaxProgramBytes) return false;
+            reached = repeated ? repeat(reached, element) : advance(reached, element);
             if (reached.isEmpty()) return false;
             index += length;
-            if constexpr (!kDouble) index = passPlainRun(reached, form, index);
+            if constexpr (!kMultibyte) index = matchLiterals(reached, program, index);
         }
         return !reached.isEmpty();
     }
@@ -82,7 +87,7 @@ private:
     void findDoubles(std::size_t length) {
         for (std::size_t i = 0; i < length; ++i) {
             const char *at = reinterpret_cast<const char *>(bytes_) + i;
-            if (page_.isLead(*at)) seconds_[i] = bytes_[i + 1];
+            if (page_.isLead(*at)) trailBytes_[i] = bytes_[i + 1];
             if (page_.isDouble(at)) doubles_.insert(i);
         }
     }
@@ -96,18 +101,18 @@ private:
 
     Set holdingByte(unsigned byte) const { return holding(bytes_, byte); }
 
-    // Where a character with this code is.
+    // The places of a character with this code.
     Set holdingCode(unsigned code) const {
-        if constexpr (!kDouble) return holdingByte(code);
-        return code < 256 ? holdingByte(code) & holding(seconds_, 0)
-                          : holdingByte(code / 256) & holding(seconds_, code % 256);
+        if constexpr (!kMultibyte) return holdingByte(code);
+        return code < 256 ? holdingByte(code) & holding(trailBytes_, 0)
+                          : holdingByte(code / 256) & holding(trailBytes_, code % 256);
     }
 
-    // Where a character of a list is, among these positions at least.
+    // The places of the characters of a list. Those outside `among` may be missing.
     Set holdingAny(const char *list, std::size_t length, const Set &among) const {
         Set found;
         std::size_t only = 0;
-        if (!kDouble && among.isOne(only)) {
+        if (!kMultibyte && among.isSingleton(only)) {
             if (std::memchr(list, bytes_[only], length) != nullptr) found.insert(only);
             return found;
         }
@@ -116,7 +121,7 @@ private:
         return found;
     }
 
-    // Where an element matches, among these positions at least.
+    // Where an element matches. Places outside `among` may be wrong.
     Set matching(const char *element, const Set &among) const {
         switch (element[0]) {
             case '^':
@@ -137,92 +142,74 @@ private:
         }
     }
 
-    static bool isAnchor(const char *element) { return *element == '^' || *element == '$'; }
-
-    // Reached behind one match of an element.
-    Set pass(const Set &reached, const char *element) const {
+    // Reached after one match of an element.
+    Set advance(const Set &reached, const char *element) const {
         const Set matched = reached & matching(element, reached);
         if (isAnchor(element)) return matched;
-        if (!kDouble || *element == '?') return matched.movedBy(1);
-        return matched.without(doubles_).movedBy(1) | (matched & doubles_).movedBy(2);
+        if (!kMultibyte || *element == '?') return matched.shiftedBy(1);
+        return matched.without(doubles_).shiftedBy(1) | (matched & doubles_).shiftedBy(2);
     }
 
-    // Passes a run of single characters from the only position that is reached, if there is but
-    // one, as there mostly is behind the first of them: no sets are needed for that. Gives the
-    // index of the element behind the run.
-    int passPlainRun(Set &reached, const char *form, int index) const {
+    // Matches a run of single characters without sets where only one position is reached, as is
+    // usual after the first of them. Returns the index of the element after the run.
+    int matchLiterals(Set &reached, const char *program, int index) const {
         std::size_t only = 0;
-        if (form[index] != 'c' || !reached.isOne(only)) return index;
-        for (; index < kPatternLimit - 1 && form[index] == 'c'; index += 2, ++only) {
-            if (bytes_[only] != byteAt(form + index + 1) || bytes_[only] == 0) {
-                reached = {};
-                return index;
-            }
-        }
+        if (program[index] != 'c' || !reached.isSingleton(only)) return index;
         reached = {};
+        for (; index < kMaxProgramBytes - 1 && program[index] == 'c'; index += 2, ++only) {
+            if (bytes_[only] != byteAt(program + index + 1) || bytes_[only] == 0) return index;
+        }
         reached.insert(only);
         return index;
     }
 
-    // Reached behind any number of matches. A long run may be given back in part byte by byte, so
-    // every byte up to its end counts, second halves of characters too.
+    // Reached after any number of matches.
     Set repeat(const Set &reached, const char *element) const {
         if (isAnchor(element)) return reached;
         const Set matched = matching(element, all_);
-        if (!kDouble || *element == '?' || (matched & doubles_).isEmpty()) {
-            return reached.closedUnder(matched);
+        if (!kMultibyte || *element == '?' || (matched & doubles_).isEmpty()) {
+            return reached.closure(matched);
         }
-        return closedUnderCharacters(reached, matched);
+        return closureOfCharacters(reached, matched);
     }
 
-    // Bit by bit, as a step from one place may lead to the next or to the one behind it; but
-    // without a branch on what is reached, and with what leaves a word carried into the next.
-    Set closedUnderCharacters(const Set &from, const Set &matched) const {
-        Set closed;
-        std::uint64_t carriedReached = 0;
-        std::uint64_t carriedHalves = 0;
-        for (std::size_t i = 0; i < kWords; ++i) {
-            const std::uint64_t steps = matched.word(i);
-            const std::uint64_t doubles = doubles_.word(i);
-            std::uint64_t reached = from.word(i) | carriedReached;
-            std::uint64_t halves = carriedHalves;
-            const std::uint64_t open = reached & steps;
-            for (std::uint64_t bit = open & (~open + 1); bit != 0; bit <<= 1) {
-                const std::uint64_t taken = reached & steps & bit;
-                const std::uint64_t two = taken & doubles;
-                reached |= (taken ^ two) << 1 | two << 2;
-                halves |= two << 1;
-            }
-            const std::uint64_t last = reached & steps;
-            carriedReached = (last & ~doubles) >> 63 | (last & doubles) >> 62;
-            carriedHalves = (last & doubles) >> 63;
-            closed.word(i) = reached | halves;
-        }
-        return closed;
+    // A run may be given back in part, byte by byte, so the second halves of its characters are
+    // reached too. But the run does not continue from there.
+    Set closureOfCharacters(const Set &reached, const Set &matched) const {
+        std::size_t end = kSize;  // of the last two characters that were taken, at first of none
+        std::size_t earlierEnd = kSize;
+        const Set taken = matched.filtered([&](std::size_t at) {
+            if (!reached.contains(at) && at != end && at != earlierEnd) return false;
+            earlierEnd = std::exchange(end, doubles_.contains(at) ? at + 2 : at + 1);
+            return true;
+        });
+        return reached | taken.shiftedBy(1) | (taken & doubles_).shiftedBy(2);
     }
 
     const CodePage &page_;
     unsigned char bytes_[kSize] = {};
-    unsigned char seconds_[kDouble ? kSize : 1] = {};  // the other half of the code of a lead byte
-    Set all_;                                          // up to the line feed
+    unsigned char trailBytes_[kMultibyte ? kSize : 1] = {};  // each at the place of its lead byte
+    Set all_;                                                // up to the line feed
     Set lineFeeds_;
     Set doubles_;  // where characters of two bytes begin
 };
 
 template <std::size_t kWords>
-bool matches(const char *subject, std::size_t length, const char *form) {
-    const CodePage &page = vx::currentCodePage();
-    return page.number() == 0 ? Subject<kWords, false>(page, subject, length).matches(form)
-                              : Subject<kWords, true>(page, subject, length).matches(form);
+bool matches(const char *subject, std::size_t length, const char *program) {
+    const CodePage &page = currentCodePage();
+    return page.number() == 0 ? Subject<kWords, false>(page, subject, length).matches(program)
+                              : Subject<kWords, true>(page, subject, length).matches(program);
 }
 
 }  // namespace
 
+}  // namespace vx
+
 int vxMatchPattern(const char *subject, const char *compiled) {
-    const std::size_t length = ::strnlen(subject, kLongestSubject + 1);
-    if (length > kLongestSubject) return 0;
-    // A file name mostly fits one word, all else eight.
-    const bool answer = length + 2 <= 64 ? matches<1>(subject, length, compiled)
-                                         : matches<8>(subject, length, compiled);
+    const std::size_t length = ::strnlen(subject, vx::kMaxSubject + 1);
+    if (length > vx::kMaxSubject) return 0;
+    // Most file names fit into one word. Any subject fits into eight.
+    const bool answer = length + 2 <= 64 ? vx::matches<1>(subject, length, compiled)
+                                         : vx::matches<8>(subject, length, compiled);
     return answer ? 1 : 0;
 }

@@ -1,66 +1,90 @@
-// The registry: named values under keys, kept in one text file for each root.
+// The registry: named values under keys, for the user and for the machine.
 //
-//   - HKEY_CURRENT_USER is user.reg in $XDG_CONFIG_HOME/vxutil, or in $HOME/.config/vxutil;
-//   - HKEY_LOCAL_MACHINE is machine.reg in /etc/vxutil;
-//   - with VX_REGISTRY_DIR set, both lie in that folder.
+// A Registry is a root as it was when the object was made, and all its keys are of that moment.
+// Changes of a key reach the system when it is saved, all at once or not at all. Other processes
+// may save meanwhile: a save that finds this out changes nothing and reads the root again, so that
+// the caller can apply the change to what is there now. No other process saves from then on as long
+// as the Registry lives.
 //
-// The form of the files stands in registry_file.h. A key open for reading is a snapshot of the
-// file at that time. A key open for writing holds a lock on its root against every other opening
-// for writing, also by the same thread, until it is closed; its changes reach the file at the
-// close, all at once, and a file without changes is left alone. A file that cannot be parsed reads
-// as one without keys, and is set aside under another name before a new one takes its place.
-//
-// Results are 0 for success and another number for a failure, the usual ones by name below.
+// Members throw std::bad_alloc when memory runs out, and nothing else; the system then has the
+// values from before.
 
 #ifndef VX_PLATFORM_REGISTRY_H
 #define VX_PLATFORM_REGISTRY_H
 
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
 namespace vx {
 
-enum RootKey { HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE };
+enum class RegistryRoot { kUser, kMachine };
 
-class OpenKey;
-using HKEY = OpenKey *;
+// The types of values with a meaning here. Other numbers are kept as they are.
+enum RegistryType : unsigned { kRegistryText = 1, kRegistryBinary = 3, kRegistryNumber = 4 };
 
-inline constexpr int ERROR_SUCCESS = 0;
-inline constexpr int ERROR_FILE_NOT_FOUND = 2;
-inline constexpr int ERROR_ACCESS_DENIED = 5;
-inline constexpr int ERROR_NOT_ENOUGH_MEMORY = 8;
-inline constexpr int ERROR_WRITE_FAULT = 29;
-inline constexpr int ERROR_INVALID_PARAMETER = 87;
-inline constexpr int ERROR_MORE_DATA = 234;
-inline constexpr int ERROR_NO_MORE_ITEMS = 259;
+struct RegistryValue {
+    std::string name;
+    unsigned type = 0;
+    std::string data;  // a text with its terminator
+};
 
-inline constexpr unsigned KEY_READ = 0x20019;
-inline constexpr unsigned KEY_WRITE = 0x20006;
+// Names of keys and values are the same if their folded forms are: ASCII case does not count.
+std::string foldedName(std::string_view name);
 
-inline constexpr unsigned REG_SZ = 1;
-inline constexpr unsigned REG_EXPAND_SZ = 2;
-inline constexpr unsigned REG_BINARY = 3;
-inline constexpr unsigned REG_DWORD = 4;
+enum class SaveResult {
+    kSaved,     // or there was nothing to change
+    kOutdated,  // the root has changed meanwhile and was read again
+    kFailed
+};
 
-// Opens a key that exists. Every key that was opened is closed by RegCloseKey.
-int RegOpenKeyExA(RootKey root, const char *path, unsigned access, HKEY *key);
+class Registry;
 
-// Opens a key for writing; makes it, its file and the folders above when they are missing.
-int RegCreateKeyExA(RootKey root, const char *path, unsigned access, HKEY *key);
+class RegistryKey {
+public:
+    // The values of the key in their order, none if there is no such key.
+    RegistryKey(Registry &registry, std::string path);
 
-// Fetches the value at an index, in the order of the file. `nameSize` goes in as the room in bytes
-// with the terminator and comes back as the length without it; `dataSize` goes in as the room and
-// comes back as the bytes stored. With too little room for either, ERROR_MORE_DATA.
-int RegEnumValueA(HKEY key, unsigned index, char *name, unsigned *nameSize, unsigned *type,
-                  unsigned char *data, unsigned *dataSize);
+    std::span<const RegistryValue> values() const { return values_; }
 
-int RegDeleteValueA(HKEY key, const char *name);
+    // Stores a value, in place of the one of that name or after the last one.
+    void set(RegistryValue value);
 
-// Stores a value, in the place of the one of that name or behind the last one. The size of a text
-// counts its terminator.
-int RegSetValueExA(HKEY key, const char *name, unsigned type, const unsigned char *data,
-                   unsigned size);
+    // Removes the first `count` values. REQUIRES: count <= values().size().
+    void removeFirst(std::size_t count);
 
-// Writes what has changed and ends the key, also when the writing failed; the file is then as it
-// was before.
-int RegCloseKey(HKEY key);
+    // Makes the system's values those of the key, and the key itself if it is missing. A value that
+    // was removed and set again with the same data is not a change. The result is kFailed without
+    // the right to write, on an I/O failure, for a name with control bytes, and when other
+    // processes save for more than five seconds.
+    SaveResult save();
+
+private:
+    Registry &registry_;
+    std::string path_;
+    std::vector<RegistryValue> values_;
+    std::unordered_map<std::string, std::size_t> places_;  // by folded name; made when needed
+};
+
+class Registry {
+public:
+    explicit Registry(RegistryRoot root);
+    ~Registry();
+    Registry(const Registry &) = delete;
+    Registry &operator=(const Registry &) = delete;
+
+    // False if something is there that could not be read. It may be good, so it must not be
+    // replaced.
+    bool isReadable() const;
+
+private:
+    friend class RegistryKey;
+    class Store;  // of the system
+    std::unique_ptr<Store> store_;
+};
 
 }  // namespace vx
 

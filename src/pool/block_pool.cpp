@@ -1,13 +1,13 @@
 // Fixed-size elements from large blocks.
 //
-// The current block is the one that nextElement lies in or at the end of. It is the head of
-// `blocks` unless runs were put in front of it since; vxPoolAlloc then brings it back to the front
-// before it goes on. Blocks never touch, as each starts with a header, so an address tells its
-// block without doubt.
+// nextElement points into the current block or to its end. That block is the head of `blocks`
+// unless runs were added since; vxPoolAlloc then moves it back to the front before it continues.
+// Blocks never touch, because each starts with a header, so an address belongs to one block only.
 
 #include "pool/poison.h"
 
 #include <vxframework.h>
+#include <vxmessages.h>
 #include <vxpool.h>
 
 #include <algorithm>
@@ -20,8 +20,8 @@
 
 namespace {
 
-constexpr int kOutOfMemory = 4912;
-constexpr int kFatal = 5;
+using vx::poison;
+using vx::unpoison;
 
 std::size_t sizeOf(const VxPool *pool) {
     return static_cast<std::size_t>(pool->elementSize);
@@ -35,8 +35,8 @@ std::int64_t elementBytes(const VxPool *pool, std::int64_t count) {
     return count * pool->elementSize;
 }
 
-// Where nextElement lies in a block, from its first element on. Addresses, as the two may
-// belong to different blocks.
+// The distance of nextElement from the first element of a block. Compared as addresses, because
+// the two may belong to different blocks.
 std::uintptr_t offsetIn(const VxPool *pool, VxPoolBlock *block) {
     return reinterpret_cast<std::uintptr_t>(pool->nextElement) -
            reinterpret_cast<std::uintptr_t>(firstElement(block));
@@ -47,12 +47,16 @@ bool isCurrent(const VxPool *pool, VxPoolBlock *block) {
            static_cast<std::uintptr_t>(elementBytes(pool, block->elementCount));
 }
 
-// Whether the next element can be cut from this block. Both the block's own count and the pool's
-// are limits, as either may be the smaller one.
+// Whether the next element can be cut from this block. The limit is the block's own count or the
+// pool's, whichever is smaller.
 bool hasRoom(const VxPool *pool, VxPoolBlock *block) {
     const int count = std::min(block->elementCount, pool->elementsPerBlock);
     return count > 0 &&
            offsetIn(pool, block) < static_cast<std::uintptr_t>(elementBytes(pool, count));
+}
+
+void poisonElements(const VxPool *pool, VxPoolBlock *block) {
+    poison(firstElement(block), static_cast<std::size_t>(elementBytes(pool, block->elementCount)));
 }
 
 void push(VxPoolBlock *&list, VxPoolBlock *block) {
@@ -71,8 +75,8 @@ void *cutNext(VxPool *pool) {
     return element;
 }
 
-// Brings the current block in front of the runs if it has room. Each run is walked over once, as
-// long as blocks are to be had: the one that the caller gets instead goes in front of them too.
+// Moves the current block before the runs if it has room. Each run is passed only once unless
+// memory runs out: the block that the caller gets instead is put before the runs too.
 bool currentToFront(VxPool *pool) {
     if (pool->nextElement == nullptr || pool->elementsPerBlock < 1) return false;
     VxPoolBlock **link = &pool->blocks;
@@ -83,25 +87,26 @@ bool currentToFront(VxPool *pool) {
     return true;
 }
 
-// A block that is on no list yet, entered in the pool's counts; null when it is refused.
+// The bytes of a block with its header; 0 if no block can have such elements.
+std::int64_t blockBytes(const VxPool *pool, int count) {
+    if (pool->elementSize < 1) return 0;
+    return elementBytes(pool, count) + static_cast<std::int64_t>(sizeof(VxPoolBlock));
+}
+
+// A block that is counted but not yet on a list; null if it cannot be made.
 VxPoolBlock *newBlock(VxPool *pool, int count) {
-    const std::int64_t bytes = elementBytes(pool, count);
-    if (pool->elementSize < 1 ||
-        bytes > INT32_MAX - static_cast<std::int64_t>(sizeof(VxPoolBlock)) ||
-        count > INT32_MAX - pool->totalElements) {
-        return nullptr;
-    }
-    const auto size = static_cast<std::size_t>(bytes);
-    auto *block = static_cast<VxPoolBlock *>(std::malloc(sizeof(VxPoolBlock) + size));
+    const std::int64_t bytes = blockBytes(pool, count);
+    if (bytes < 1 || bytes > INT32_MAX || count > INT32_MAX - pool->totalElements) return nullptr;
+    auto *block = static_cast<VxPoolBlock *>(std::malloc(static_cast<std::size_t>(bytes)));
     if (block == nullptr) return nullptr;
     block->elementCount = count;
     pool->totalElements += count;
     ++pool->blockCount;
-    poison(firstElement(block), size);
+    poisonElements(pool, block);
     return block;
 }
 
-// A retired block or a new one becomes the current block; false when there is none.
+// Makes a retired block or a new one the current block. False if there is none.
 bool startBlock(VxPool *pool) {
     if (pool->elementsPerBlock < 1) return false;
     VxPoolBlock *block = pool->spareBlocks != nullptr ? pop(pool->spareBlocks)
@@ -112,16 +117,15 @@ bool startBlock(VxPool *pool) {
     return true;
 }
 
-// Apart from vxPoolAlloc, so that the common path there needs no stack and makes no call.
+// Separate from vxPoolAlloc, so that the common path there needs no stack and makes no call.
 [[gnu::noinline]] void *allocFromOtherBlock(VxPool *pool) {
     return currentToFront(pool) || startBlock(pool) ? cutNext(pool) : nullptr;
 }
 
 [[noreturn]] void endProcess(const VxPool *pool, int count) {
-    const std::int64_t bytes =
-        elementBytes(pool, count) + static_cast<std::int64_t>(sizeof(VxPoolBlock));
-    const std::int64_t shown = std::clamp<std::int64_t>(bytes, INT32_MIN, INT32_MAX);
-    vxMessageReport("vxmsg", kFatal, kOutOfMemory, static_cast<int>(shown));
+    const std::int64_t bytes = std::min<std::int64_t>(blockBytes(pool, count), INT32_MAX);
+    vxMessageReport(VX_MESSAGE_CATALOGUE, VX_SEVERITY_FATAL, VX_MESSAGE_POOL_OUT_OF_MEMORY,
+                    static_cast<int>(bytes));
     std::abort();
 }
 
@@ -152,7 +156,7 @@ void vxPoolSetBlockCount(VxPool *pool, int elementsPerBlock) {
     pool->elementsPerBlock = elementsPerBlock;
 }
 
-// Links are copied as bytes: an element has no alignment to rely on.
+// Links are copied as bytes, because elements may have any alignment.
 void *vxPoolAlloc(VxPool *pool) {
     if (void *element = pool->freeElements; element != nullptr) {
         unpoison(element, sizeOf(pool));
@@ -183,8 +187,7 @@ void vxPoolFree(VxPool *pool, void *element) {
 void vxPoolRecycle(VxPool *pool) {
     while (pool->blocks != nullptr) {
         VxPoolBlock *block = pop(pool->blocks);
-        poison(firstElement(block),
-               static_cast<std::size_t>(elementBytes(pool, block->elementCount)));
+        poisonElements(pool, block);
         push(pool->spareBlocks, block);
     }
     pool->freeElements = nullptr;

@@ -1,4 +1,4 @@
-// Elements that nobody may touch, for AddressSanitizer; nothing in other builds.
+// Marks elements that nobody may touch for AddressSanitizer. Does nothing in other builds.
 
 #ifndef VX_POOL_POISON_H
 #define VX_POOL_POISON_H
@@ -15,8 +15,12 @@
 
 #ifdef VX_POISON
 #include <sanitizer/asan_interface.h>
+#endif
 
-// Not inlined: gcc would warn of new memory that is handed on before it is written.
+namespace vx {
+
+#ifdef VX_POISON
+// Not inlined: gcc would warn about new memory that is passed on before it is written.
 [[gnu::noinline]] inline void poison(void *memory, std::size_t size) {
     __asan_poison_memory_region(memory, size);
 }
@@ -28,5 +32,7 @@ inline void unpoison(void *memory, std::size_t size) {
 inline void poison(void *, std::size_t) {}
 inline void unpoison(void *, std::size_t) {}
 #endif
+
+}  // namespace vx
 
 #endif

@@ -1,6 +1,6 @@
 // The walk over the samples of one pixel, and their sums.
 
-#include "sampling/draw.h"
+#include "sampling/random.h"
 
 #include <vxsampling.h>
 
@@ -17,8 +17,8 @@ void copy(const float *from, float *to) {
         to[c] = from[c];
 }
 
-// Without branches, which colours make hard to foresee. A NaN leaves the extremes alone.
-void widen(VxPixelSampler *sampler, const float *color) {
+// Without branches, which colours make hard to predict. A NaN leaves the extremes unchanged.
+void updateRange(VxPixelSampler *sampler, const float *color) {
     for (int c = 0; c < kChannels; ++c) {
         const float value = color[c];
         sampler->minColor[c] = std::min(sampler->minColor[c], value);
@@ -37,10 +37,10 @@ void accumulate(float *sum, const float *value, double weight, double scale) {
 }  // namespace
 
 void vxPixelSamplerStart(VxPixelSampler *sampler, const VxSampleTable *table) {
-    // firstId stays as it is, which may be nothing at all.
+    // firstId keeps its value, which may be undefined.
     sampler->table = table;
     sampler->sampleIndex = -1;
-    sampler->setIndex = static_cast<int>(draw() * kSets);
+    sampler->setIndex = static_cast<int>(vx::draw() * kSets);
     for (float *sum :
          {sampler->colorSum, sampler->minColor, sampler->maxColor, sampler->secondSum}) {
         std::fill_n(sum, kChannels, 0.0F);
@@ -67,7 +67,7 @@ void vxPixelSamplerAdd(VxPixelSampler *sampler, const float *color, const float 
         sampler->firstSample = 0;
         sampler->firstId = id;
     } else {
-        widen(sampler, color);
+        updateRange(sampler, color);
         if (id != sampler->firstId) sampler->sameId = 0;
     }
     const double weight = sampler->table->sampleWeight;
@@ -79,10 +79,10 @@ void vxPixelSamplerAdd(VxPixelSampler *sampler, const float *color, const float 
 int vxPixelSamplerNeedsMore(const VxPixelSampler *sampler, float contrast) {
     if (sampler->sameId == 0) return 1;
     for (int c = 0; c < kChannels; ++c) {
-        const double least = sampler->minColor[c];
-        const double greatest = sampler->maxColor[c];
-        const double sum = least + greatest;
-        if (sum > 0.0 && sum * contrast <= greatest - least) return 1;
+        const double min = sampler->minColor[c];
+        const double max = sampler->maxColor[c];
+        const double sum = min + max;
+        if (sum > 0.0 && sum * contrast <= max - min) return 1;
     }
     return 0;
 }

@@ -1,6 +1,6 @@
-// The two sample patterns. Products and sums stand in the order that fixes their rounding.
+// The two sample patterns. The order of products and sums fixes their rounding.
 
-#include "sampling/draw.h"
+#include "sampling/random.h"
 
 #include <vxsampling.h>
 
@@ -12,45 +12,34 @@
 namespace {
 
 constexpr unsigned kSeed = 1234;
-constexpr int kLargestGrid = 46340;  // whose samples a 32-bit count can tell
-constexpr double kCutOff = 1.3;      // of the disk, in standard deviations
+constexpr int kMaxGrid = 46340;  // the square fits into a 32-bit count
+constexpr double kCutOff = 1.3;  // of the disk, in standard deviations
 constexpr double kTwoPi = 6.283185307179586;
-
-// One for the library: tables are filled one at a time, as the generator is shared as well.
-float jitterAmount = 0.8F;
 
 struct Grid {
     int size;  // cells along a side
     float cell;
     float sizeX;
     float sizeY;
+    double jitter;
+
+    // The position of a random number inside a cell of side 1.
+    double inCell(float drawn) const { return drawn * jitter + (1.0 - jitter) * 0.5; }
 };
 
-// The draws of a set come first, into its own arrays, which hold them exactly: the arithmetic
-// that follows is then free of calls of the generator, between which nothing stays in registers.
+// Draws all numbers of a set first, into its own arrays, which hold them exactly. The arithmetic
+// that follows then makes no calls of the generator, so its values stay in registers.
 void drawSet(int samples, float *x, float *y) {
     for (int k = 0; k < samples; ++k) {
-        x[k] = static_cast<float>(draw());
-        y[k] = static_cast<float>(draw());
+        x[k] = static_cast<float>(vx::draw());
+        y[k] = static_cast<float>(vx::draw());
     }
 }
 
-// Draws to positions inside a cell of side 1.
-class Jitter {
-public:
-    explicit Jitter(double amount) : amount_(amount), least_((1.0 - amount) * 0.5) {}
-    double operator()(float drawn) const { return drawn * amount_ + least_; }
-
-private:
-    double amount_;
-    double least_;
-};
-
 void fillSquare(const Grid &grid, float *x, float *y) {
     drawSet(grid.size * grid.size, x, y);
-    const Jitter jitter(jitterAmount);
     const auto place = [&](float drawn, int cell, float size) {
-        const double along = (jitter(drawn) + cell) * grid.cell - 0.5;
+        const double along = (grid.inCell(drawn) + cell) * grid.cell - 0.5;
         return static_cast<float>(2 * (along * size));
     };
     for (int row = 0; row < grid.size; ++row) {
@@ -62,16 +51,15 @@ void fillSquare(const Grid &grid, float *x, float *y) {
 }
 
 void fillDisk(const Grid &grid, float *x, float *y) {
-    const auto least = static_cast<float>(std::exp(-(kCutOff * kCutOff) / 2));
-    const auto rotation = static_cast<float>(draw());
+    const auto min = static_cast<float>(std::exp(-(kCutOff * kCutOff) / 2));
+    const auto rotation = static_cast<float>(vx::draw());
     drawSet(grid.size * grid.size, x, y);
-    const Jitter jitter(jitterAmount);
     for (int row = 0; row < grid.size; ++row) {
         for (int column = 1; column <= grid.size; ++column, ++x, ++y) {
-            const auto turns = static_cast<float>((jitter(*x) + row) * grid.cell + rotation);
-            double share = ((column - jitter(*y)) * grid.cell) * (1.0 - least) + least;
-            // A cell rounded upwards can take the outer edge of the last column past 1, where
-            // the logarithm changes its sign: that sample is the centre.
+            const auto turns = static_cast<float>((grid.inCell(*x) + row) * grid.cell + rotation);
+            double share = ((column - grid.inCell(*y)) * grid.cell) * (1.0 - min) + min;
+            // A cell rounded upwards can put the outer edge of the last column above 1, where the
+            // logarithm changes its sign. That sample is the centre.
             share = std::min(share, 1.0);
             const double radius = std::sqrt(-2.0 * std::log(share));
             const double angle = turns * kTwoPi;
@@ -110,10 +98,9 @@ bool allocateSets(VxSampleTable *table) {
 int vxSampleTableInit(VxSampleTable *table, int gridSize, float size, int doubleY, float jitter,
                       int square) {
     std::srand(kSeed);
-    jitterAmount = jitter;
     const int n = std::max(gridSize, 1);
     table->sampleWeight = static_cast<float>(1.0 / (static_cast<double>(n) * n));
-    if (n > kLargestGrid) {
+    if (n > kMaxGrid) {
         table->sampleCount = 0;
         table->offsetX[0] = table->offsetY[0] = nullptr;
         return 0;
@@ -122,7 +109,8 @@ int vxSampleTableInit(VxSampleTable *table, int gridSize, float size, int double
     if (!allocateSets(table)) return 0;
     if (n == 1) return 1;  // the zeros of calloc are the centre
 
-    const Grid grid{n, static_cast<float>(1.0 / n), size, doubleY != 0 ? size + size : size};
+    const float sizeY = doubleY != 0 ? size + size : size;
+    const Grid grid{n, static_cast<float>(1.0 / n), size, sizeY, jitter};
     const auto fill = square != 0 ? fillSquare : fillDisk;
     for (int set = 0; set < VX_SAMPLE_SETS; ++set)
         fill(grid, table->offsetX[set], table->offsetY[set]);

@@ -26,7 +26,7 @@ const char *walk(const VxSearchPath *list, const char *name, char *buffer) {
     char *tail = buffer + list->longest;
     *tail = '/';
     std::strcpy(tail + 1, name);
-    convertSeparators(tail + 1);
+    vx::convertSeparators(tail + 1);
     for (std::uint32_t i = 0; i < list->count; ++i) {
         const std::size_t length = std::strlen(list->entries[i]);
         std::memcpy(tail - length, list->entries[i], length);

@@ -7,8 +7,8 @@
 
 #include <vxsearchpath.h>
 
-#include <cstdio>
-#include <cstdlib>
+#include <exception>
+#include <memory>
 #include <utility>
 
 namespace {
@@ -20,8 +20,8 @@ constexpr int kLevels = 4;      // 0 is the merged list
 // is first asked for, and so is a merged list.
 VxSearchPath *lists[kCategories][kLevels];
 
-// Lists that could not be read, or not whole, for another reason than that there are none: what is
-// stored may be good, and must not be written over by what little is known of it.
+// Lists that could not be read completely. What is stored may be good, so it must not be replaced
+// by the little that is known of it.
 bool unread[kCategories][kLevels];
 
 bool isLevelList(int category, int level) {
@@ -38,82 +38,94 @@ void drop(VxSearchPath *&list) {
     vxSearchPathFree(std::exchange(list, nullptr));
 }
 
-// The list of a registry key, named here with the place where its text goes.
-struct RegistryPlace {
-    vx::RootKey root;
-    char key[260];
-};
+constexpr int kStoredCategories[] = {VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS};
 
-RegistryPlace placeOf(int category, int level) {
-    RegistryPlace place;
-    place.root = level == VX_LEVEL_USER ? vx::HKEY_CURRENT_USER : vx::HKEY_LOCAL_MACHINE;
-    std::snprintf(place.key, sizeof place.key, "%s%s%s%s%s", "Software\\", "Meridane", "\\",
-                  "Vandermire",
-                  category == VX_CATEGORY_TEXTURES ? "\\Texture Paths" : "\\Photometric Web Paths");
-    return place;
+const char *registryPath(int category) {
+    return category == VX_CATEGORY_TEXTURES
+               ? "Software\\Meridane\\Vandermire\\Texture Paths"
+               : "Software\\Meridane\\Vandermire\\Photometric Web Paths";
 }
 
-// The list that a registry key holds, null without memory. `failed` tells whether there may be
-// more to it.
-VxSearchPath *storedList(const RegistryPlace &place, bool *failed) {
-    char *text = vxRegistryReadList(place.root, place.key, ';', failed);
-    VxSearchPath *list = vxSearchPathCreate(text);
-    if (text != nullptr && list == nullptr) *failed = true;
-    std::free(text);
+vx::RegistryRoot rootOf(int level) {
+    return level == VX_LEVEL_USER ? vx::RegistryRoot::kUser : vx::RegistryRoot::kMachine;
+}
+
+using ListOwner = std::unique_ptr<VxSearchPath, decltype(&vxSearchPathFree)>;
+
+// The list that the registry holds, as far as it can be read.
+ListOwner storedList(vx::Registry &registry, int category, bool *isComplete) {
+    const std::string text = vx::readRegistryList(registry, registryPath(category));
+    ListOwner list(vx::createSearchPath(text.c_str(), isComplete), vxSearchPathFree);
+    *isComplete = *isComplete && list != nullptr && registry.isReadable();
     return list;
 }
 
-void readRegistry(int category, int level) {
-    lists[category][level] = storedList(placeOf(category, level), &unread[category][level]);
-    levelList(category, level);
+void readList(vx::Registry &registry, int category, int level) {
+    bool isComplete = false;
+    lists[category][level] = storedList(registry, category, &isComplete).release();
+    unread[category][level] = !isComplete;
 }
 
-// Where the stored list could not be read before, it is read now, and what has been added in the
-// meantime goes in front of it; nothing is written when it still cannot be read.
-void writeRegistry(int category, int level) {
-    const VxSearchPath *list = lists[category][level];
+// A list that could not be read before is read now, and what was added meanwhile goes in front of
+// it. While it cannot be read, nothing is written.
+void writeList(vx::Registry &registry, int category, int level) {
+    VxSearchPath *list = lists[category][level];
     if (list == nullptr) return;
-    const RegistryPlace place = placeOf(category, level);
-    if (!unread[category][level]) return vxRegistryWriteList(place.root, place.key, list);
-    bool failed = false;
-    VxSearchPath *stored = storedList(place, &failed);
-    if (!failed && stored != nullptr && searchPathPrepend(stored, list)) {
-        vxRegistryWriteList(place.root, place.key, stored);
+    if (!unread[category][level]) {
+        vx::writeRegistryList(registry, registryPath(category), list);
+        return;
     }
-    vxSearchPathFree(stored);
+    bool isComplete = false;
+    const ListOwner stored = storedList(registry, category, &isComplete);
+    if (isComplete && vx::prependSearchPath(stored.get(), list)) {
+        vx::writeRegistryList(registry, registryPath(category), stored.get());
+    }
+}
+
+// Runs a step for each list of a level. A step that runs out of memory is left out, and so are the
+// ones after it: nothing is thrown across the interface.
+template <typename Step>
+void forEachStoredList(int level, Step step) {
+    try {
+        vx::Registry registry(rootOf(level));
+        for (const int category : kStoredCategories)
+            step(registry, category, level);
+    } catch (const std::exception &) {
+        return;
+    }
 }
 
 // The three levels of a category, the environment's first; null when there is no memory for it.
 VxSearchPath *merged(int category) {
     VxSearchPath *list = vxSearchPathCreate(nullptr);
     for (int level = VX_LEVEL_USER; list != nullptr && level < kLevels; ++level) {
-        if (!searchPathPrepend(list, lists[category][level])) drop(list);
+        if (!vx::prependSearchPath(list, lists[category][level])) drop(list);
     }
     return list;
 }
 
 }  // namespace
 
-void pathStoreBuild() {
+void vx::buildPathStore() {
     lists[VX_CATEGORY_TEXTURES][VX_LEVEL_ENVIRONMENT] =
-        vxSearchPathCreate(vx::environmentVariable("ZOR_TEXTURE_PATH"));
+        vxSearchPathCreate(environmentVariable("ZOR_TEXTURE_PATH"));
     lists[VX_CATEGORY_PHOTOMETRIC_WEBS][VX_LEVEL_ENVIRONMENT] =
-        vxSearchPathCreate(vx::environmentVariable("ZOR_IES_PATH"));
-    for (const int category : {VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS}) {
-        readRegistry(category, VX_LEVEL_MACHINE);
-        readRegistry(category, VX_LEVEL_USER);
+        vxSearchPathCreate(environmentVariable("ZOR_IES_PATH"));
+    for (const int level : {VX_LEVEL_MACHINE, VX_LEVEL_USER}) {
+        for (const int category : kStoredCategories)
+            unread[category][level] = true;
+        forEachStoredList(level, readList);
+        for (const int category : kStoredCategories)
+            levelList(category, level);
     }
 }
 
-void pathStoreTearDown() {
-    for (VxSearchPath **category : lists)
-        drop(category[VX_LEVEL_MERGED]);
-    for (const int category : {VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS}) {
-        for (const int level : {VX_LEVEL_USER, VX_LEVEL_MACHINE}) {
-            writeRegistry(category, level);
-            drop(lists[category][level]);
-        }
-        drop(lists[category][VX_LEVEL_ENVIRONMENT]);
+void vx::tearDownPathStore() {
+    for (const int level : {VX_LEVEL_USER, VX_LEVEL_MACHINE})
+        forEachStoredList(level, writeList);
+    for (auto &category : lists) {
+        for (VxSearchPath *&list : category)
+            drop(list);
     }
 }
 
@@ -129,7 +141,7 @@ VxSearchPath *vxPathStoreGet(int category, int level) {
 
 int vxPathStoreSet(int category, int level, VxSearchPath *list) {
     if (level == VX_LEVEL_MERGED) return 0;
-    if (isLevelList(category, level) && searchPathCopy(levelList(category, level), list)) {
+    if (isLevelList(category, level) && vx::copySearchPath(levelList(category, level), list)) {
         unread[category][level] = false;
     }
     if (category >= 0 && category < kCategories) drop(lists[category][VX_LEVEL_MERGED]);

@@ -3,10 +3,14 @@
 #ifndef VX_SEARCHPATH_PATH_STORE_H
 #define VX_SEARCHPATH_PATH_STORE_H
 
-// Reads the lists of all levels from the environment and the registry.
-void pathStoreBuild();
+namespace vx {
 
-// Writes the lists of users and machine back to the registry and frees all lists.
-void pathStoreTearDown();
+// Reads the lists of all levels from the environment and the registry.
+void buildPathStore();
+
+// Writes the lists of user and machine back to the registry and frees all lists.
+void tearDownPathStore();
+
+}  // namespace vx
 
 #endif

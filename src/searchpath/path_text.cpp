@@ -79,11 +79,11 @@ void resolveParentComponents(char *path) {
 
 }  // namespace
 
-bool hasDrivePrefix(const char *path) {
+bool vx::hasDrivePrefix(const char *path) {
     return path[0] != '\0' && path[1] == ':' && vx::isLetter(static_cast<unsigned char>(path[0]));
 }
 
-void convertSeparators(char *path) {
+void vx::convertSeparators(char *path) {
     const vx::CodePage &page = vx::currentCodePage();
     for (; *path != '\0'; path += page.step(path)) {
         if (*path == '\\') *path = '/';
@@ -92,20 +92,14 @@ void convertSeparators(char *path) {
 
 int vxPathIsAbsolute(const char *path) {
     if (path == nullptr) return 0;
-    return isSeparator(path[0]) || hasDrivePrefix(path) ? 1 : 0;
+    return isSeparator(path[0]) || vx::hasDrivePrefix(path) ? 1 : 0;
 }
 
-int vxPathIsRelative(const char *path) {
-    if (path == nullptr) return 0;
-    return vxPathIsAbsolute(path) != 0 ? 0 : 1;
+bool vx::isNetworkPath(const char *path) {
+    return path[0] == '\\' && path[1] == '\\' && path[2] != '\\';
 }
 
-int vxPathIsUnc(const char *path) {
-    if (path == nullptr) return 0;
-    return path[0] == '\\' && path[1] == '\\' && path[2] != '\\' ? 1 : 0;
-}
-
-int vxPathCompare(const char *entry, const char *path) {
+int vx::comparePaths(const char *entry, const char *path) {
     while (*entry != '\0' && *path != '\0' &&
            (*entry == *path || (isSeparator(*entry) && isSeparator(*path)))) {
         ++entry;
@@ -119,12 +113,12 @@ int vxPathCompare(const char *entry, const char *path) {
 }
 
 char *vxPathNormalize(char *path) {
-    if (vxPathIsUnc(path) != 0) return dropTrailingSeparators(path);
-    convertSeparators(path);
+    if (vx::isNetworkPath(path)) return dropTrailingSeparators(path);
+    vx::convertSeparators(path);
     collapseSlashRuns(path);
     dropDotComponents(path);
     resolveParentComponents(path);
-    if (hasDrivePrefix(path) && std::strcmp(path + 2, "/") == 0) return path;
+    if (vx::hasDrivePrefix(path) && std::strcmp(path + 2, "/") == 0) return path;
     std::size_t length = std::strlen(path);
     while (length != 0 && path[length - 1] == '/')
         --length;
@@ -144,10 +138,10 @@ char *vxPathJoin(const char *dir, const char *file, char *out) {
     }
     char *end = out;
     if (!alone) {
-        std::memcpy(end, dir, dirLength);
+        std::memmove(end, dir, dirLength);  // `out` may be `dir`
         end += dirLength;
         *end++ = '/';
     }
-    std::memcpy(end, file, fileLength + 1);
+    std::memmove(end, file, fileLength + 1);
     return vxPathNormalize(out);
 }

@@ -3,145 +3,78 @@
 #include "platform/code_page.h"
 #include "platform/environment.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <new>
+#include <tuple>
+#include <utility>
+
+namespace vx {
 
 namespace {
 
-constexpr unsigned kNameSize = 16;
-constexpr unsigned kDataSize = 260;
-constexpr std::size_t kMaxRecords = 128;
+constexpr std::size_t kMaxNameLength = 15;
+constexpr std::size_t kMaxDataBytes = VX_STORED_ENTRY_LENGTH + 1;
 
-struct Value {
-    char name[kNameSize];
-    unsigned type;
-    char data[kDataSize + 1];  // one more, for values that come without a terminator
-};
-
-bool fetch(vx::HKEY key, unsigned index, Value &value) {
-    unsigned nameSize = kNameSize;
-    unsigned dataSize = kDataSize;
-    if (vx::RegEnumValueA(key, index, value.name, &nameSize, &value.type,
-                          reinterpret_cast<unsigned char *>(value.data),
-                          &dataSize) != vx::ERROR_SUCCESS) {
-        return false;
-    }
-    value.data[dataSize] = '\0';
-    return true;
+// The values before the first one that is too long. All after it count as not there.
+std::span<const RegistryValue> readableValues(const RegistryKey &key) {
+    const auto isTooLong = [](const RegistryValue &value) {
+        return value.name.size() > kMaxNameLength || value.data.size() > kMaxDataBytes;
+    };
+    const auto values = key.values();
+    return {values.begin(), std::ranges::find_if(values, isTooLong)};
 }
 
-struct Record {
+struct Entry {
     int number;
-    char *text;
+    std::string text;
 };
 
-// New heap text, or null without memory.
-char *expanded(const char *text) {
-    try {
-        return ::strdup(vx::expandEnvironment(text).c_str());
-    } catch (const std::bad_alloc &) {
-        return nullptr;
+std::vector<Entry> readEntries(const RegistryKey &key) {
+    std::vector<Entry> entries;
+    for (const RegistryValue &value : readableValues(key)) {
+        if (value.type != kRegistryText || entries.size() == VX_STORED_LIST_ENTRIES) continue;
+        entries.push_back({static_cast<int>(std::strtol(value.name.c_str(), nullptr, 10)),
+                           expandEnvironment(value.data.c_str())});
     }
+    return entries;
 }
 
-std::size_t gather(vx::HKEY key, Record *records, bool *failed) {
-    std::size_t count = 0;
-    Value value;
-    for (unsigned index = 0; fetch(key, index, value); ++index) {
-        if (value.type != vx::REG_SZ || count == kMaxRecords) continue;
-        char *text = expanded(value.data);
-        if (text == nullptr) {
-            *failed = true;
-            continue;
-        }
-        // As atoi, which leaves open what a number too large for an int gives.
-        records[count++] = {static_cast<int>(std::strtol(value.name, nullptr, 10)), text};
-    }
-    return count;
-}
-
-int byNumber(const void *left, const void *right) {
-    const int one = static_cast<const Record *>(left)->number;
-    const int other = static_cast<const Record *>(right)->number;
-    return one < other ? -1 : one > other;
-}
-
-int byText(const void *left, const void *right) {
-    const int order = vx::compareText(static_cast<const Record *>(left)->text,
-                                      static_cast<const Record *>(right)->text);
-    return order != 0 ? order : byNumber(left, right);
-}
-
-// Of equal texts keeps the one with the lowest number, and orders what is left by number.
-std::size_t withoutRepeats(Record *records, std::size_t count) {
-    if (count == 0) return 0;
-    std::qsort(records, count, sizeof *records, byText);
-    std::size_t kept = 1;
-    for (std::size_t i = 1; i < count; ++i) {
-        if (vx::compareText(records[i].text, records[kept - 1].text) == 0) {
-            std::free(records[i].text);
-        } else {
-            records[kept++] = records[i];
-        }
-    }
-    std::qsort(records, kept, sizeof *records, byNumber);
-    return kept;
-}
-
-// The texts with the separator between each two, as new heap text; releases the records.
-char *join(const Record *records, std::size_t count, char separator) {
-    std::size_t total = 0;
-    for (std::size_t i = 0; i < count; ++i)
-        total += std::strlen(records[i].text) + 1;
-    auto *joined = count != 0 ? static_cast<char *>(std::malloc(total)) : nullptr;
-    char *end = joined;
-    for (std::size_t i = 0; i < count; ++i) {
-        if (joined != nullptr) {
-            const std::size_t length = std::strlen(records[i].text);
-            std::memcpy(end, records[i].text, length);
-            end[length] = separator;
-            end += length + 1;
-        }
-        std::free(records[i].text);
-    }
-    if (joined != nullptr) end[-1] = '\0';
-    return joined;
+// Of equal texts the one with the lowest number stays; the rest is in the order of the numbers.
+void removeRepeats(std::vector<Entry> &entries) {
+    std::ranges::sort(entries, [](const Entry &one, const Entry &other) {
+        const int order = compareText(one.text.c_str(), other.text.c_str());
+        return order != 0 ? order < 0 : one.number < other.number;
+    });
+    const auto isRepeat = [](const Entry &one, const Entry &next) { return one.text == next.text; };
+    entries.erase(std::unique(entries.begin(), entries.end(), isRepeat), entries.end());
+    std::ranges::stable_sort(entries, {}, &Entry::number);
 }
 
 }  // namespace
 
-char *vxRegistryReadList(vx::RootKey root, const char *key, char separator, bool *failed) {
-    vx::HKEY open = nullptr;
-    const int result = vx::RegOpenKeyExA(root, key, vx::KEY_READ, &open);
-    *failed = result != vx::ERROR_SUCCESS && result != vx::ERROR_FILE_NOT_FOUND;
-    if (result != vx::ERROR_SUCCESS) return nullptr;
-    Record records[kMaxRecords];
-    const std::size_t count = withoutRepeats(records, gather(open, records, failed));
-    char *text = join(records, count, separator);
-    if (text == nullptr && count != 0) *failed = true;
-    vx::RegCloseKey(open);
+std::string readRegistryList(Registry &registry, const std::string &path) {
+    std::vector<Entry> entries = readEntries(RegistryKey(registry, path));
+    removeRepeats(entries);
+    std::string text;
+    for (const Entry &entry : entries)
+        text += entry.text + ";";
+    if (!text.empty()) text.pop_back();
     return text;
 }
 
-void vxRegistryWriteList(vx::RootKey root, const char *key, const VxSearchPath *list) {
-    constexpr unsigned kAccess = vx::KEY_READ | vx::KEY_WRITE;
-    vx::HKEY open = nullptr;
-    if (vx::RegOpenKeyExA(root, key, kAccess, &open) != vx::ERROR_SUCCESS &&
-        vx::RegCreateKeyExA(root, key, kAccess, &open) != vx::ERROR_SUCCESS) {
-        return;
+void writeRegistryList(Registry &registry, const std::string &path, const VxSearchPath *list) {
+    SaveResult result = SaveResult::kOutdated;
+    while (result == SaveResult::kOutdated) {
+        RegistryKey key(registry, path);
+        key.removeFirst(readableValues(key).size());
+        for (std::uint32_t i = 0; i < list->count; ++i) {
+            const char *text = list->entries[i];
+            key.set({std::to_string(i), kRegistryText, std::string(text, std::strlen(text) + 1)});
+        }
+        result = key.save();
     }
-    Value value;
-    while (fetch(open, 0, value) && vx::RegDeleteValueA(open, value.name) == vx::ERROR_SUCCESS) {
-    }
-    for (std::uint32_t i = 0; i < list->count; ++i) {
-        char name[kNameSize];
-        std::snprintf(name, sizeof name, "%d", static_cast<int>(i));
-        const char *text = list->entries[i];
-        vx::RegSetValueExA(open, name, vx::REG_SZ, reinterpret_cast<const unsigned char *>(text),
-                           static_cast<unsigned>(std::strlen(text) + 1));
-    }
-    vx::RegCloseKey(open);
 }
+
+}  // namespace vx

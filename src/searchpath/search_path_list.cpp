@@ -11,26 +11,22 @@
 
 #include <algorithm>
 #include <cassert>
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <string_view>
+#include <utility>
 
 namespace {
 
 constexpr std::uint32_t kMinCapacity = 4;
-constexpr std::size_t kMinDirectoryRoom = 257;
-constexpr std::size_t kLongestEntry = 0x7FFFFFFF;  // what `longest` can tell
+constexpr std::size_t kMinDirectoryBytes = 257;
+constexpr std::size_t kMaxEntryLength = 0x7FFFFFFF;  // the limit of `longest`
 
 char **newEntries(std::size_t capacity) {
     assert(capacity != 0);
     return static_cast<char **>(std::calloc(capacity, sizeof(char *)));
-}
-
-char *copyOf(const char *text) {
-    const std::size_t size = std::strlen(text) + 1;
-    auto *copy = static_cast<char *>(std::malloc(size));
-    return copy != nullptr ? static_cast<char *>(std::memcpy(copy, text, size)) : nullptr;
 }
 
 void freeEntries(char **entries, std::uint32_t count) {
@@ -39,144 +35,103 @@ void freeEntries(char **entries, std::uint32_t count) {
     std::free(entries);
 }
 
-// What stands between two semicolons.
-struct Segment {
-    const char *text;
-    std::size_t length;
-};
+// Copies of the first `count` texts in an array of `capacity` slots, or null without memory.
+char **copyEntries(char **entries, std::uint32_t count, std::size_t capacity) {
+    char **copies = newEntries(capacity);
+    for (std::uint32_t i = 0; copies != nullptr && i < count; ++i) {
+        copies[i] = ::strdup(entries[i]);
+        if (copies[i] != nullptr) continue;
+        freeEntries(copies, i);
+        copies = nullptr;
+    }
+    return copies;
+}
 
-// Takes the next segment that is not empty; false at the end.
-bool nextSegment(const char *&text, Segment &segment) {
+// Takes the next directory between semicolons, which is not empty; an empty view at the end.
+std::string_view nextSegment(const char *&text) {
     while (*text == ';')
         ++text;
-    if (*text == '\0') return false;
     const char *end = vx::findCharacter(text, ';');
     if (end == nullptr) end = text + std::strlen(text);
-    segment = {text, static_cast<std::size_t>(end - text)};
+    const std::string_view segment(text, static_cast<std::size_t>(end - text));
     text = end;
-    return true;
+    return segment;
 }
 
 std::uint32_t countSegments(const char *text) {
     std::uint32_t count = 0;
-    for (Segment segment; nextSegment(text, segment);)
+    while (!nextSegment(text).empty())
         ++count;
     return count;
 }
 
-bool isAbsolute(const Segment &segment) {
-    // A colon or separator that makes a path absolute is never the terminator's place.
-    const char first[3] = {segment.text[0], segment.length > 1 ? segment.text[1] : '\0', '\0'};
-    return vxPathIsAbsolute(first) != 0;
-}
-
-// The directory of a segment, not yet normalised: with a trailing slash, and behind the current
-// directory when it is relative. Null when there is no memory.
-char *directoryOf(const Segment &segment, const char *current) {
-    const bool drive = segment.length == 2 && hasDrivePrefix(segment.text);
-    const std::size_t before = current != nullptr ? std::strlen(current) + 1 : 0;
-    const char *behind = drive ? "./" : "/";
-    const std::size_t length = before + segment.length + std::strlen(behind);
-    auto *text = length <= kLongestEntry ? static_cast<char *>(std::malloc(length + 1)) : nullptr;
+// A directory to be normalised, after the current directory if there is one given. Null without
+// memory.
+char *newDirectory(std::string_view current, std::string_view path, std::string_view after) {
+    const std::string_view before = current.empty() ? "" : "/";
+    const std::size_t length = current.size() + before.size() + path.size() + after.size();
+    if (length > kMaxEntryLength) return nullptr;
+    auto *text = static_cast<char *>(std::malloc(length + 1));
     if (text == nullptr) return nullptr;
-    if (current != nullptr) {
-        std::memcpy(text, current, before - 1);
-        text[before - 1] = '/';
-    }
-    std::memcpy(text + before, segment.text, segment.length);
-    std::strcpy(text + before + segment.length, behind);
+    char *end = text;
+    for (const std::string_view part : {current, before, path, after})
+        end += part.copy(end, part.size());
+    *end = '\0';
     return text;
 }
 
-// Fills a list whose array has room for every segment; false when there is no memory.
-bool appendSegments(VxSearchPath *list, const char *text, const char *current) {
-    for (Segment segment; nextSegment(text, segment);) {
-        const bool absolute = isAbsolute(segment);
-        if (!absolute && current == nullptr) continue;
-        char *directory = directoryOf(segment, absolute ? nullptr : current);
+// Fills a list whose array has room for every segment; false without memory.
+bool appendSegments(VxSearchPath *list, const char *text, bool *isComplete) {
+    std::unique_ptr<char, decltype(&std::free)> current(nullptr, std::free);
+    for (;;) {
+        const std::string_view segment = nextSegment(text);
+        if (segment.empty()) return true;
+        // A semicolon has no part in what makes a path absolute.
+        const bool isAbsolute = vxPathIsAbsolute(segment.data()) != 0;
+        if (!isAbsolute && current == nullptr) {
+            current.reset(vx::currentDirectory(kMinDirectoryBytes));
+        }
+        if (!isAbsolute && current == nullptr) {
+            *isComplete = false;
+            continue;
+        }
+        const bool isDrive = segment.size() == 2 && vx::hasDrivePrefix(segment.data());
+        char *directory =
+            newDirectory(isAbsolute ? "" : current.get(), segment, isDrive ? "./" : "/");
         if (directory == nullptr) return false;
         list->longest = std::max(list->longest, static_cast<std::int32_t>(std::strlen(directory)));
         list->entries[list->count++] = vxPathNormalize(directory);
     }
-    return true;
 }
 
-bool grow(VxSearchPath *list) {
-    char **larger = newEntries(std::size_t{list->capacity} * 2);
-    if (larger == nullptr) return false;
-    std::memcpy(larger, list->entries, list->count * sizeof(char *));
+// Moves the entries to an array of another size; false without memory.
+bool resize(VxSearchPath *list, std::uint32_t capacity) {
+    char **entries = newEntries(capacity);
+    if (entries == nullptr) return false;
+    std::memcpy(entries, list->entries, list->count * sizeof(char *));
     std::free(list->entries);
-    list->entries = larger;
-    list->capacity *= 2;
-    return true;
-}
-
-void shrink(VxSearchPath *list) {
-    const std::uint32_t capacity = list->capacity / 2;
-    char **smaller = newEntries(capacity);
-    if (smaller == nullptr) return;
-    std::memcpy(smaller, list->entries, capacity * sizeof(char *));
-    std::free(list->entries);
-    list->entries = smaller;
+    list->entries = entries;
     list->capacity = capacity;
-}
-
-// The first remaining text that equals this one, taken out of its slot; null when there is none.
-char *takeEqual(char **remaining, std::uint32_t count, const char *text) {
-    for (std::uint32_t i = 0; i < count; ++i) {
-        if (remaining[i] == nullptr || vx::compareText(remaining[i], text) != 0) continue;
-        char *taken = remaining[i];
-        remaining[i] = nullptr;
-        return taken;
-    }
-    return nullptr;
-}
-
-bool owns(const VxSearchPath *list, const char *text) {
-    return std::find(list->entries, list->entries + list->count, text) !=
-           list->entries + list->count;
-}
-
-// Fills `merged` with the source's texts, those of `remaining` where one is equal and copies
-// elsewhere, then with what remains. Returns how many there are, or -1 without memory.
-std::int64_t merge(char **merged, char **remaining, const VxSearchPath *destination,
-                   const VxSearchPath *source) {
-    std::int64_t filled = 0;
-    for (std::uint32_t i = 0; i < source->count; ++i) {
-        char *text = takeEqual(remaining, destination->count, source->entries[i]);
-        if (text == nullptr) text = copyOf(source->entries[i]);
-        if (text == nullptr) {
-            // The destination still has its texts; only the copies go.
-            while (filled-- != 0) {
-                if (!owns(destination, merged[filled])) std::free(merged[filled]);
-            }
-            return -1;
-        }
-        merged[filled++] = text;
-    }
-    for (std::uint32_t i = 0; i < destination->count; ++i) {
-        if (remaining[i] != nullptr) merged[filled++] = remaining[i];
-    }
-    return filled;
+    return true;
 }
 
 }  // namespace
 
-VxSearchPath *vxSearchPathCreate(const char *text) {
+VxSearchPath *vx::createSearchPath(const char *text, bool *isComplete) {
+    *isComplete = true;
     auto *list = static_cast<VxSearchPath *>(std::calloc(1, sizeof(VxSearchPath)));
     if (list == nullptr) return nullptr;
     if (text == nullptr) text = "";
     list->capacity = std::max(countSegments(text), kMinCapacity);
     list->entries = newEntries(list->capacity);
-    char *current = vx::currentDirectory(kMinDirectoryRoom);
-    // Without a current directory relative entries are dropped, but not for want of memory.
-    const bool starved = current == nullptr && errno == ENOMEM;
-    if (list->entries == nullptr || starved || !appendSegments(list, text, current)) {
-        vxSearchPathFree(list);
-        list = nullptr;
-    }
-    std::free(current);
-    return list;
+    if (list->entries != nullptr && appendSegments(list, text, isComplete)) return list;
+    vxSearchPathFree(list);
+    return nullptr;
+}
+
+VxSearchPath *vxSearchPathCreate(const char *text) {
+    bool isComplete;
+    return vx::createSearchPath(text, &isComplete);
 }
 
 void vxSearchPathFree(VxSearchPath *list) {
@@ -185,24 +140,17 @@ void vxSearchPathFree(VxSearchPath *list) {
     std::free(list);
 }
 
-bool searchPathCopy(VxSearchPath *destination, const VxSearchPath *source) {
+bool vx::copySearchPath(VxSearchPath *destination, const VxSearchPath *source) {
     if (destination == nullptr || source == nullptr || destination == source) return false;
-    char **entries = newEntries(source->capacity);
+    char **entries = copyEntries(source->entries, source->count, source->capacity);
     if (entries == nullptr) return false;
-    for (std::uint32_t i = 0; i < source->count; ++i) {
-        entries[i] = copyOf(source->entries[i]);
-        if (entries[i] == nullptr) {
-            freeEntries(entries, i);
-            return false;
-        }
-    }
     freeEntries(destination->entries, destination->count);
     *destination = {source->count, source->capacity, entries, source->longest};
     return true;
 }
 
 void vxSearchPathCopy(VxSearchPath *destination, const VxSearchPath *source) {
-    searchPathCopy(destination, source);
+    vx::copySearchPath(destination, source);
 }
 
 int vxSearchPathCount(const VxSearchPath *list) {
@@ -217,27 +165,24 @@ const char *vxSearchPathGet(const VxSearchPath *list, std::uint32_t index) {
 int vxSearchPathIndexOf(const VxSearchPath *list, const char *path) {
     if (list == nullptr || vxPathIsAbsolute(path) == 0) return -1;
     for (std::uint32_t i = 0; i < list->count; ++i) {
-        if (vxPathCompare(list->entries[i], path) == 0) return static_cast<int>(i);
+        if (vx::comparePaths(list->entries[i], path) == 0) return static_cast<int>(i);
     }
     return -1;
 }
 
 char *vxSearchPathToString(const VxSearchPath *list) {
     assert(list != nullptr);
-    if (list->count == 0) return copyOf("");
-    std::size_t size = 0;
+    std::size_t size = list->count == 0 ? 1 : 0;
     for (std::uint32_t i = 0; i < list->count; ++i)
         size += std::strlen(list->entries[i]) + 1;
     auto *text = static_cast<char *>(std::malloc(size));
     if (text == nullptr) return nullptr;
     char *end = text;
     for (std::uint32_t i = 0; i < list->count; ++i) {
-        const std::size_t length = std::strlen(list->entries[i]);
-        std::memcpy(end, list->entries[i], length);
-        end[length] = ';';
-        end += length + 1;
+        if (i != 0) *end++ = ';';
+        end = ::stpcpy(end, list->entries[i]);
     }
-    end[-1] = '\0';
+    *end = '\0';
     return text;
 }
 
@@ -246,12 +191,9 @@ int vxSearchPathInsert(VxSearchPath *list, std::uint32_t index, const char *path
         vxSearchPathIndexOf(list, path) >= 0) {
         return 0;
     }
-    if (list->count == list->capacity && !grow(list)) return 0;
-    const std::size_t length = std::strlen(path);
-    auto *text = length < kLongestEntry ? static_cast<char *>(std::malloc(length + 2)) : nullptr;
+    if (list->count == list->capacity && !resize(list, list->capacity * 2)) return 0;
+    char *text = newDirectory("", path, "/");
     if (text == nullptr) return 0;
-    std::memcpy(text, path, length);
-    std::strcpy(text + length, "/");
     vxPathNormalize(text);
 
     std::memmove(list->entries + index + 1, list->entries + index,
@@ -264,30 +206,34 @@ int vxSearchPathInsert(VxSearchPath *list, std::uint32_t index, const char *path
     return 1;
 }
 
-bool searchPathPrepend(VxSearchPath *destination, const VxSearchPath *source) {
+// All copies are made first, since nothing after that can fail. Then the destination's own texts
+// replace the copies that they equal.
+bool vx::prependSearchPath(VxSearchPath *destination, const VxSearchPath *source) {
     if (destination == nullptr || source == nullptr) return true;
     const std::uint32_t capacity = std::max(destination->count + source->count, kMinCapacity);
-    char **merged = newEntries(capacity);
-    char **remaining = newEntries(capacity);
-    std::int64_t count = -1;
-    if (merged != nullptr && remaining != nullptr) {
-        std::memcpy(remaining, destination->entries, destination->count * sizeof(char *));
-        count = merge(merged, remaining, destination, source);
+    char **entries = copyEntries(source->entries, source->count, capacity);
+    if (entries == nullptr) return false;
+    char **const own = destination->entries;
+    char **const ownEnd = own + destination->count;
+    for (std::uint32_t i = 0; i < source->count; ++i) {
+        char **same = std::find_if(own, ownEnd, [&](const char *text) {
+            return text != nullptr && vx::compareText(text, entries[i]) == 0;
+        });
+        if (same == ownEnd) continue;
+        std::free(entries[i]);
+        entries[i] = std::exchange(*same, nullptr);
     }
-    std::free(remaining);
-    if (count < 0) {
-        std::free(merged);
-        return false;
-    }
-    std::free(destination->entries);
-    const bool known = destination->longest != 0 && source->longest != 0;
-    *destination = {static_cast<std::uint32_t>(count), capacity, merged,
-                    known ? std::max(destination->longest, source->longest) : 0};
+    char **const end = std::copy_if(own, ownEnd, entries + source->count,
+                                    [](const char *text) { return text != nullptr; });
+    std::free(own);
+    const bool isLongestKnown = destination->longest != 0 && source->longest != 0;
+    *destination = {static_cast<std::uint32_t>(end - entries), capacity, entries,
+                    isLongestKnown ? std::max(destination->longest, source->longest) : 0};
     return true;
 }
 
 void vxSearchPathPrepend(VxSearchPath *destination, const VxSearchPath *source) {
-    searchPathPrepend(destination, source);
+    vx::prependSearchPath(destination, source);
 }
 
 void vxSearchPathRemove(VxSearchPath *list, std::uint32_t index) {
@@ -296,7 +242,9 @@ void vxSearchPathRemove(VxSearchPath *list, std::uint32_t index) {
     std::memmove(list->entries + index, list->entries + index + 1,
                  (list->count - index - 1) * sizeof(char *));
     list->entries[--list->count] = nullptr;
-    if (list->capacity > kMinCapacity && list->count < list->capacity / 4) shrink(list);
+    if (list->capacity > kMinCapacity && list->count < list->capacity / 4) {
+        resize(list, list->capacity / 2);  // without memory the larger array stays
+    }
     list->longest = 0;
 }
 

@@ -5,10 +5,16 @@
 
 #include <vxsearchpath.h>
 
-// vxSearchPathPrepend with an answer: false when there was no memory and nothing has changed.
-bool searchPathPrepend(VxSearchPath *destination, const VxSearchPath *source);
+namespace vx {
 
-// vxSearchPathCopy with an answer: false when nothing was copied.
-bool searchPathCopy(VxSearchPath *destination, const VxSearchPath *source);
+// vxSearchPathCreate that says whether relative entries had to be dropped.
+VxSearchPath *createSearchPath(const char *text, bool *isComplete);
+
+// vxSearchPathPrepend and vxSearchPathCopy with an answer. False without memory, and for a copy
+// also where there is nothing to copy; nothing has changed then.
+bool prependSearchPath(VxSearchPath *destination, const VxSearchPath *source);
+bool copySearchPath(VxSearchPath *destination, const VxSearchPath *source);
+
+}  // namespace vx
 
 #endif

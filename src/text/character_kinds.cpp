@@ -1,4 +1,4 @@
-// Characters taken from a text with their length.
+// Classes of characters, with the length of the character as the answer.
 
 #include "platform/code_page.h"
 

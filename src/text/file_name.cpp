@@ -1,5 +1,5 @@
-// File names taken apart. Every result lies in one buffer; what is moved into it may come from
-// it, so that one function can be called on the result of another.
+// File names taken apart. All results are in one buffer. The source of a copy may be in it too, so
+// one function can be called on the result of another.
 
 #include "platform/code_page.h"
 
@@ -13,8 +13,8 @@ namespace {
 constexpr std::size_t kMax = 255;
 char result[kMax + 1];
 
-// Puts at most `limit` bytes of a text into the result, at an index and as far as there is room,
-// and says where they end.
+// Copies at most `limit` bytes of a text into the result from index `at`, as far as they fit.
+// Returns the index of their end.
 std::size_t put(std::size_t at, const char *text, std::size_t limit = kMax) {
     const std::size_t length = vx::prefixLength(text, std::min(limit, kMax - at));
     std::memmove(result + at, text, length);
@@ -32,9 +32,9 @@ const char *prefix(const char *name, std::size_t length) {
     return result;
 }
 
-// Is a place that was found in a name near enough to its start for what lies before it to fit.
-bool isWithin(const char *place, const char *name, std::size_t most) {
-    return place != nullptr && static_cast<std::size_t>(place - name) <= most;
+// Whether a place was found in a name, at an index of at most `max`.
+bool isWithin(const char *place, const char *name, std::size_t max) {
+    return place != nullptr && static_cast<std::size_t>(place - name) <= max;
 }
 
 const char *cutBefore(const char *name, const char *place) {

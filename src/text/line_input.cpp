@@ -1,5 +1,5 @@
-// Lines and white space. White space lies below the trail bytes of every code page, so a white
-// byte is a character of its own wherever it is met, also seen from the end of a text.
+// Lines and white space. White space is below the trail bytes of every code page. So a white byte
+// is always a complete character, also when a text is read from its end.
 
 #include <vxtext.h>
 
@@ -18,7 +18,7 @@ bool endsLine(char byte) {
     return byte == '\n' || byte == '\r';
 }
 
-// The lock of a stream guards against other threads, and costs when there are none.
+// The lock of a stream costs time and is only needed if there are other threads.
 char *readPiece(char *buffer, int size, FILE *stream) {
     return __libc_single_threaded != 0 ? ::fgets_unlocked(buffer, size, stream)
                                        : std::fgets(buffer, size, stream);
@@ -43,7 +43,7 @@ void vxTrimRight(char *text) {
     std::size_t length = std::strlen(text);
     while (length != 0 && isWhite(text[length - 1]))
         --length;
-    if (text[length] != '\0') text[length] = '\0';  // a text without any is not written to
+    if (text[length] != '\0') text[length] = '\0';  // else the text is not written to
 }
 
 void vxTrimLeft(char *text) {
@@ -53,7 +53,7 @@ void vxTrimLeft(char *text) {
     if (start != text) std::memmove(text, start, std::strlen(start) + 1);
 }
 
-// Line ends are white space, so one trim at the end does for both.
+// Line ends are white space, so one trim at the end removes both.
 char *vxReadTrimmedLine(char *buffer, int size, FILE *stream) {
     if (readPiece(buffer, size, stream) == nullptr) return nullptr;
     vxTrimRight(buffer);

@@ -1,7 +1,5 @@
 #include "text/pinned_streams.h"
 
-#include "text/allocator_lock.h"
-
 #include <vxtext.h>
 
 #include <clocale>
@@ -9,11 +7,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <mutex>
 #include <new>
+#include <optional>
+#include <type_traits>
 
 namespace {
 
-// ---- Nodes: those that streams gave back serve the next ones
+// ---- Nodes: those of closed streams serve the next ones
 
 struct FreeNode {
     FreeNode *next;
@@ -21,8 +22,12 @@ struct FreeNode {
 
 FreeNode *freeNodes;
 
+// The only lock of the library. It guards the list of free nodes and nothing else.
+std::optional<std::mutex> allocatorLock;
+static_assert(std::is_trivially_destructible_v<decltype(allocatorLock)>, "it is never destroyed");
+
 FreeNode *takeFreeNode() {
-    const AllocatorLockHolder holder;
+    const std::lock_guard guard(*allocatorLock);
     FreeNode *node = freeNodes;
     if (node != nullptr) freeNodes = node->next;
     return node;
@@ -38,8 +43,8 @@ void *takeNode(std::size_t size) {
     return node;
 }
 
-void giveNode(void *node) {
-    const AllocatorLockHolder holder;
+void returnNode(void *node) {
+    const std::lock_guard guard(*allocatorLock);
     freeNodes = ::new (node) FreeNode{freeNodes};
 }
 
@@ -48,7 +53,7 @@ void releaseFreeNodes() {
         std::free(node);
 }
 
-// A map asks for its nodes one at a time, all of one size.
+// A map allocates its nodes one at a time, all of one size.
 template <typename T>
 struct NodeAllocator {
     using value_type = T;
@@ -56,16 +61,16 @@ struct NodeAllocator {
     template <typename U>
     explicit NodeAllocator(const NodeAllocator<U> & /*other*/) {}
     T *allocate(std::size_t count) { return static_cast<T *>(takeNode(count * sizeof(T))); }
-    void deallocate(T *node, std::size_t /*count*/) { giveNode(node); }
+    void deallocate(T *node, std::size_t /*count*/) { returnNode(node); }
     bool operator==(const NodeAllocator & /*other*/) const { return true; }
 };
 
-// ---- The map: the name of the numeric locale before each stream, heap text or null
+// ---- The map: the numeric locale before each stream was opened, as heap text or null
 
 using StreamMap =
     std::map<FILE *, char *, std::less<>, NodeAllocator<std::pair<FILE *const, char *>>>;
 
-// Built and torn down by hand: a static map would go at a time of the loader's choosing.
+// Built and torn down by hand. The destructor of a static map could run before the unload.
 alignas(StreamMap) unsigned char storage[sizeof(StreamMap)];
 StreamMap *streams;
 
@@ -75,8 +80,8 @@ char *copyOf(const char *text) {
     return copy != nullptr ? static_cast<char *>(std::memcpy(copy, text, size)) : nullptr;
 }
 
-// Takes a stream out of the map and gives what was saved for it; null for a stream unknown.
-char *forget(FILE *stream) {
+// Removes a stream from the map and returns the locale saved for it, null for an unknown stream.
+char *removeEntry(FILE *stream) {
     const auto entry = streams->find(stream);
     if (entry == streams->end()) return nullptr;
     char *saved = entry->second;
@@ -86,11 +91,15 @@ char *forget(FILE *stream) {
 
 }  // namespace
 
-void streamMapBuild() {
+void vx::allocatorLockCreate() {
+    if (!allocatorLock.has_value()) allocatorLock.emplace();
+}
+
+void vx::streamMapBuild() {
     streams = ::new (static_cast<void *>(storage)) StreamMap;
 }
 
-void streamMapTearDown() {
+void vx::streamMapTearDown() {
     for (const auto &[stream, saved] : *streams)
         std::free(saved);
     streams->~StreamMap();
@@ -103,14 +112,14 @@ FILE *vxStreamOpen(const char *path, const char *mode) {
     if (stream == nullptr) return nullptr;
     char *saved = copyOf(std::setlocale(LC_NUMERIC, nullptr));
     std::setlocale(LC_NUMERIC, "C");
-    // A stream that was closed behind the map's back keeps its older entry.
+    // A stream that fclose closed left its entry here, and the older entry counts.
     if (!streams->try_emplace(stream, saved).second) std::free(saved);
     return stream;
 }
 
 int vxStreamClose(FILE *stream) {
-    char *saved = forget(stream);
-    std::setlocale(LC_NUMERIC, saved);  // null only asks
+    char *saved = removeEntry(stream);
+    std::setlocale(LC_NUMERIC, saved);  // null changes nothing
     std::free(saved);
     return std::fclose(stream);
 }

@@ -1,12 +1,20 @@
-// The map of open pinned streams, from its place in the life of the library.
+// The map of open pinned streams and the lock of its allocator: what the library's load and unload
+// do with them.
 
 #ifndef VX_TEXT_PINNED_STREAMS_H
 #define VX_TEXT_PINNED_STREAMS_H
 
-// Makes the map, empty. The allocator lock exists already.
+namespace vx {
+
+// Creates the lock, once per process. It is never destroyed.
+void allocatorLockCreate();
+
+// Creates the empty map. REQUIRES: the lock exists.
 void streamMapBuild();
 
-// Forgets all streams: they stay open, and the locale stays as it is.
+// Discards the entries of all streams: they stay open, and the locale stays as it is.
 void streamMapTearDown();
+
+}  // namespace vx
 
 #endif

@@ -4,6 +4,7 @@
 #include <vxexports.h>
 #include <vxframework.h>
 #include <vximage.h>
+#include <vxmessages.h>
 #include <vxsearchpath.h>
 
 #include <cstdlib>
@@ -29,6 +30,7 @@ int main(int, char **arguments) {
     std::free(path);
     vxSearchPathFree(list);
     if (vxExportAddress(102) != reinterpret_cast<const void *>(vxPathNormalize)) return 3;
-    if (std::string(vxMessageText("vxmsg", 20364)).empty()) return 4;
+    if (std::string(vxMessageText(VX_MESSAGE_CATALOGUE, VX_MESSAGE_IMAGE_DEFAULT_NAME)).empty())
+        return 4;
     return same ? 0 : 5;
 }

@@ -1,17 +1,17 @@
+// The registry in text files. The file of a root is replaced as a whole, so that a reader and a
+// killed process find the old text or the new one.
+
 #include "platform/registry.h"
 
 #include "platform/environment.h"
+#include "platform/files.h"
 #include "platform/posix/registry_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
-#include <exception>
+#include <ctime>
 #include <fcntl.h>
-#include <memory>
-#include <new>
-#include <optional>
-#include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -21,39 +21,24 @@ namespace vx {
 
 namespace {
 
-class Descriptor {
-public:
-    explicit Descriptor(int file = -1) : file_(file) {}
-    ~Descriptor() { close(); }
-    Descriptor &operator=(Descriptor &&other) noexcept {
-        close();
-        file_ = std::exchange(other.file_, -1);
-        return *this;
-    }
-    int get() const { return file_; }
-    bool isOpen() const { return file_ >= 0; }
-    bool close() { return file_ < 0 || ::close(std::exchange(file_, -1)) == 0; }
-
-private:
-    int file_;
-};
-
-const char *nonEmpty(const char *name) {
+const char *nonEmptyVariable(const char *name) {
     const char *value = environmentVariable(name);
     return value != nullptr && *value != '\0' ? value : nullptr;
 }
 
-std::optional<std::string> folderOf(RootKey root) {
-    if (const char *folder = nonEmpty("VX_REGISTRY_DIR")) return folder;
-    if (root == HKEY_LOCAL_MACHINE) return "/etc/vxutil";
-    if (const char *folder = nonEmpty("XDG_CONFIG_HOME")) return std::string(folder) + "/vxutil";
-    if (const char *home = nonEmpty("HOME")) return std::string(home) + "/.config/vxutil";
-    return std::nullopt;
+// Empty if there is none.
+std::string registryFolder(RegistryRoot root) {
+    if (const char *folder = nonEmptyVariable("VX_REGISTRY_DIR")) return folder;
+    if (root == RegistryRoot::kMachine) return "/etc/vxutil";
+    if (const char *folder = nonEmptyVariable("XDG_CONFIG_HOME")) {
+        return std::string(folder) + "/vxutil";
+    }
+    if (const char *home = nonEmptyVariable("HOME")) return std::string(home) + "/.config/vxutil";
+    return "";
 }
 
-std::string keyPath(RootKey root, const char *path) {
-    return std::string(root == HKEY_CURRENT_USER ? "HKEY_CURRENT_USER\\" : "HKEY_LOCAL_MACHINE\\") +
-           path;
+std::string folderOf(const std::string &path) {
+    return path.substr(0, path.rfind('/') + 1);
 }
 
 bool makeFolders(const std::string &folder) {
@@ -64,38 +49,31 @@ bool makeFolders(const std::string &folder) {
     }
 }
 
-// The whole of a regular file: 0, ERROR_FILE_NOT_FOUND when there is none, or another failure.
-int readFile(const std::string &path, std::string &text) {
-    // Opening must not wait, should somebody have put a pipe there.
-    Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!file.isOpen()) return errno == ENOENT ? ERROR_FILE_NOT_FOUND : ERROR_ACCESS_DENIED;
-    struct stat status;
-    if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return ERROR_ACCESS_DENIED;
-    text.resize(static_cast<std::size_t>(status.st_size));
+bool readAll(int file, std::string &text) {
     std::size_t length = 0;
     while (length < text.size()) {
-        const ssize_t got = ::read(file.get(), text.data() + length, text.size() - length);
-        if (got < 0 && errno == EINTR) continue;
-        if (got <= 0) return ERROR_ACCESS_DENIED;
+        const int got =
+            readFile(file, text.data() + length,
+                     static_cast<unsigned>(std::min<std::size_t>(text.size() - length, 1U << 30)));
+        if (got <= 0) return false;
         length += static_cast<std::size_t>(got);
-    }
-    return ERROR_SUCCESS;
-}
-
-bool writeAll(int file, const std::string &text) {
-    std::size_t length = 0;
-    while (length < text.size()) {
-        const ssize_t put = ::write(file, text.data() + length, text.size() - length);
-        if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) return false;
-        length += static_cast<std::size_t>(put);
     }
     return true;
 }
 
-// People keep settings elsewhere and link to them; the link is to stay one, also while there is no
-// file behind it yet.
-std::string behindLinks(const std::string &path) {
+bool writeAll(int file, std::string_view text) {
+    while (!text.empty()) {
+        const int put = writeFile(
+            file, text.data(), static_cast<unsigned>(std::min<std::size_t>(text.size(), 1U << 30)));
+        if (put <= 0) return false;
+        text.remove_prefix(static_cast<std::size_t>(put));
+    }
+    return true;
+}
+
+// People keep settings elsewhere and link to them. The link stays, even while there is no file at
+// its end yet.
+std::string resolveSymlinks(const std::string &path) {
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
                                                            std::free);
     if (real != nullptr) return real.get();
@@ -103,13 +81,12 @@ std::string behindLinks(const std::string &path) {
     const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
     if (length <= 0 || length == sizeof target) return path;
     const std::string_view text(target, static_cast<std::size_t>(length));
-    return text.front() == '/' ? std::string(text)
-                               : path.substr(0, path.rfind('/') + 1).append(text);
+    return text.front() == '/' ? std::string(text) : folderOf(path).append(text);
 }
 
-// Gives a file a further name; false with EEXIST when there is a file of that name. Where a file
-// system has no such names, the file moves there.
-bool keepAs(const std::string &path, const std::string &name) {
+// Gives a file a further name. False with EEXIST if there is a file of that name. Where a file
+// system has no hard links, the file is renamed.
+bool linkOrRename(const std::string &path, const std::string &name) {
     if (::link(path.c_str(), name.c_str()) == 0) return true;
     if (errno == EEXIST || ::access(name.c_str(), F_OK) == 0) {
         errno = EEXIST;
@@ -118,204 +95,211 @@ bool keepAs(const std::string &path, const std::string &name) {
     return ::rename(path.c_str(), name.c_str()) == 0;
 }
 
-// A file that root makes in somebody's folder is theirs, or they could never save again. Root alone
-// can give a file away; elsewhere the owner is the right one already.
-void giveToOwnerOfFolder(int file, const std::string &path) {
-    struct stat folder;
-    if (::stat(path.substr(0, path.rfind('/') + 1).c_str(), &folder) != 0) return;
-    [[maybe_unused]] const int given = ::fchown(file, folder.st_uid, static_cast<gid_t>(-1));
-}
-
-// Keeps a file under another name. A file of that name is kept under the first free number.
-bool setAside(const std::string &path, const std::string &aside) {
-    if (keepAs(path, aside)) return true;
+// Keeps a file under another name. An earlier file of that name gets the first free number.
+bool moveAsideDamaged(const std::string &path) {
+    const std::string aside = path + ".damaged";
+    if (linkOrRename(path, aside)) return true;
     for (int number = 1; errno == EEXIST; ++number) {
-        if (keepAs(aside, aside + "." + std::to_string(number))) {
+        if (linkOrRename(aside, aside + "." + std::to_string(number))) {
             ::unlink(aside.c_str());
-            return keepAs(path, aside);
+            return linkOrRename(path, aside);
         }
     }
     return false;
 }
 
+// Only root can give a file away; for others the owner is right already.
+void changeOwner(int file, uid_t user, gid_t group) {
+    struct stat now;
+    if (::fstat(file, &now) == 0 && now.st_uid == user &&
+        (now.st_gid == group || group == static_cast<gid_t>(-1))) {
+        return;
+    }
+    [[maybe_unused]] const int given = ::fchown(file, user, group);
+}
+
+bool changeMode(int file, mode_t mode) {
+    struct stat now;
+    if (::fstat(file, &now) == 0 && (now.st_mode & 07777) == mode) return true;
+    return ::fchmod(file, mode) == 0;
+}
+
+// Does not wait for ever: the holder may be stopped.
+bool waitForLock(int lock) {
+    constexpr timespec kPause = {0, 20'000'000};
+    constexpr int kTries = 250;  // five seconds
+    for (int i = 0; i < kTries; ++i) {
+        if (::flock(lock, LOCK_EX | LOCK_NB) == 0) return true;
+        if (errno != EWOULDBLOCK && errno != EINTR) return false;
+        ::nanosleep(&kPause, nullptr);
+    }
+    return false;
+}
+
+bool isSameFile(const struct stat &one, const struct stat &other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino &&
+           one.st_size == other.st_size && one.st_mtim.tv_sec == other.st_mtim.tv_sec &&
+           one.st_mtim.tv_nsec == other.st_mtim.tv_nsec;
+}
+
 }  // namespace
 
-class OpenKey {
+std::string registryFilePath(RegistryRoot root) {
+    const std::string folder = registryFolder(root);
+    if (folder.empty()) return "";
+    return folder + (root == RegistryRoot::kUser ? "/user.reg" : "/machine.reg");
+}
+
+class Registry::Store {
 public:
-    OpenKey(RootKey root, const char *path, bool writing)
-        : path_(keyPath(root, path)), writing_(writing) {
-        if (const std::optional<std::string> folder = folderOf(root)) {
-            folder_ = *folder;
-            file_ = folder_ + (root == HKEY_CURRENT_USER ? "/user.reg" : "/machine.reg");
-        }
+    explicit Store(RegistryRoot root)
+        : prefix_(root == RegistryRoot::kUser ? "HKEY_CURRENT_USER\\" : "HKEY_LOCAL_MACHINE\\"),
+          path_(registryFilePath(root)) {
+        read();
     }
-    // A child that was forked meanwhile has the lock file open as well, and a close here would
-    // leave the lock with it.
-    ~OpenKey() {
+    // A child that was forked meanwhile has the lock file open as well, and would keep the lock if
+    // it was only closed here.
+    ~Store() {
         if (lock_.isOpen()) ::flock(lock_.get(), LOCK_UN);
     }
-    OpenKey(const OpenKey &) = delete;
-    OpenKey &operator=(const OpenKey &) = delete;
+    Store(const Store &) = delete;
+    Store &operator=(const Store &) = delete;
 
-    // Reads the file, under the lock of its root when the key is for writing.
-    int load(bool create) {
-        if (file_.empty()) return ERROR_FILE_NOT_FOUND;
-        if (create && !makeFolders(folder_)) return ERROR_ACCESS_DENIED;
-        if (writing_ && !lock()) return ERROR_ACCESS_DENIED;
-        const int failure = readFile(file_, original_);
-        if (failure != ERROR_SUCCESS && failure != ERROR_FILE_NOT_FOUND) return failure;
-        exists_ = failure == ERROR_SUCCESS;
-        damaged_ = exists_ && !content_.parse(original_);
-        if (create) content_.addKey(path_);
-        return content_.hasKey(path_) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+    bool isReadable() const { return isReadable_; }
+    std::string fullPath(const std::string &path) const { return prefix_ + path; }
+    std::vector<RegistryValue> values(const std::string &path) const {
+        return content_.values(fullPath(path));
     }
 
-    const RegistryValue *valueAt(unsigned index) const { return content_.valueAt(path_, index); }
-    bool removeValue(const char *name) { return content_.removeValue(path_, name); }
-    int setValue(const char *name, unsigned type, const unsigned char *data, unsigned size) {
-        const bool wholeBefore = std::exchange(whole_, false);  // until it is done
-        content_.setValue(path_,
-                          {name, type, std::string(reinterpret_cast<const char *>(data), size)});
-        whole_ = wholeBefore;
-        return ERROR_SUCCESS;
-    }
-    bool isForWriting() const { return writing_; }
-
-    int save() {
-        if (!writing_) return ERROR_SUCCESS;
-        // Changes go in all together or not at all: a value that there was no memory for would be
-        // lost with the old ones gone.
-        if (!whole_) return ERROR_NOT_ENOUGH_MEMORY;
-        const std::string text = content_.text();
-        if (exists_ && text == original_) return ERROR_SUCCESS;
-        // The folder would let a file be replaced that its owner has made read-only.
-        if (exists_ && ::access(file_.c_str(), W_OK) != 0) return ERROR_ACCESS_DENIED;
-        const std::string target = behindLinks(file_);
-        const std::string fresh = target + ".new";
-        if (writeFresh(fresh, text) && (!damaged_ || setAside(target, target + ".damaged")) &&
-            ::rename(fresh.c_str(), target.c_str()) == 0) {
-            return ERROR_SUCCESS;
+    SaveResult save(const std::string &path, std::span<const RegistryValue> values) {
+        if (!isReadable_ || path_.empty()) return SaveResult::kFailed;
+        std::string text = content_.textWith(fullPath(path), values);
+        if (exists_ && text == text_) return SaveResult::kSaved;
+        if (!lock_.isOpen()) {
+            if (isRefused_ || !takeLock()) {
+                isRefused_ = true;
+                return SaveResult::kFailed;
+            }
+            if (hasChanged()) {
+                read();
+                return SaveResult::kOutdated;
+            }
         }
-        ::unlink(fresh.c_str());
-        return ERROR_WRITE_FAULT;
+        if (!replace(text)) return SaveResult::kFailed;
+        content_.parse(text);
+        text_ = std::move(text);
+        exists_ = true;
+        isDamaged_ = false;
+        return SaveResult::kSaved;
     }
 
 private:
-    // The file itself is replaced by each save, so a file beside it carries the lock. It is made
-    // where there is none, unless another process is faster; one that may only be read will do, but
-    // not on a file system that asks for more.
-    bool lock() {
-        const std::string path = file_ + ".lock";
-        for (const int mode : {O_RDWR, O_RDWR | O_CREAT | O_EXCL, O_RDWR, O_RDONLY}) {
-            lock_ = Descriptor(::open(path.c_str(), mode | O_CLOEXEC, 0666));
-            if (!lock_.isOpen()) continue;
-            if ((mode & O_EXCL) != 0) giveToOwnerOfFolder(lock_.get(), path);
-            break;
-        }
-        if (!lock_.isOpen()) return false;
-        int result = ::flock(lock_.get(), LOCK_EX);
-        while (result != 0 && errno == EINTR)
-            result = ::flock(lock_.get(), LOCK_EX);
-        return result == 0;
+    void read() {
+        content_ = RegistryFile();
+        isReadable_ = readText();
+        isDamaged_ = isReadable_ && exists_ && !content_.parse(text_);
     }
 
-    // A file that a killed process left behind goes first: whatever it is, it is not written into.
+    // The complete text of a regular file. True without one if there is no file.
+    bool readText() {
+        exists_ = false;
+        if (path_.empty()) return true;
+        // Opening must not wait, should somebody have put a pipe there.
+        const File file(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+        if (!file.isOpen()) return errno == ENOENT;
+        exists_ = true;
+        if (::fstat(file.get(), &status_) != 0 || !S_ISREG(status_.st_mode)) return false;
+        text_.resize(static_cast<std::size_t>(status_.st_size));
+        return readAll(file.get(), text_);
+    }
+
+    bool hasChanged() const {
+        struct stat now;
+        if (::stat(path_.c_str(), &now) != 0) return exists_ || errno != ENOENT;
+        return !exists_ || !isSameFile(now, status_);
+    }
+
+    // The file itself is replaced by each save, so a file beside it carries the lock. Whoever may
+    // not write the settings does not get that far.
+    bool takeLock() {
+        // The folder would let a file be replaced that its owner has made read-only.
+        const bool mayWrite =
+            exists_ ? ::access(path_.c_str(), W_OK) == 0 : makeFolders(folderOf(path_));
+        if (!mayWrite) return false;
+        const std::string path = path_ + ".lock";
+        File lock;
+        for (const int mode : {0, O_CREAT | O_EXCL, 0}) {  // another process may be faster
+            lock = File(::open(path.c_str(), O_WRONLY | O_CLOEXEC | mode, 0600));
+            if (lock.isOpen()) break;
+        }
+        if (!lock.isOpen()) return false;
+        setLockRights(lock.get(), path);
+        if (!waitForLock(lock.get())) return false;
+        lock_ = std::move(lock);
+        return true;
+    }
+
+    // Only those who may write the settings can open the lock, so that nobody else can hold it.
+    void setLockRights(int lock, const std::string &path) const {
+        setOwner(lock, path);
+        changeMode(lock, 0600 | (exists_ ? status_.st_mode & 0022 : 0));
+    }
+
+    // A file that root makes in somebody's folder is theirs, or they could never save again.
+    void setOwner(int file, const std::string &path) const {
+        struct stat folder;
+        if (exists_) {
+            changeOwner(file, status_.st_uid, status_.st_gid);
+        } else if (::stat(folderOf(path).c_str(), &folder) == 0) {
+            changeOwner(file, folder.st_uid, static_cast<gid_t>(-1));
+        }
+    }
+
+    bool replace(const std::string &text) const {
+        const std::string target = resolveSymlinks(path_);
+        const std::string fresh = target + ".new";
+        if (writeFresh(fresh, text) && (!isDamaged_ || moveAsideDamaged(target)) &&
+            ::rename(fresh.c_str(), target.c_str()) == 0) {
+            return true;
+        }
+        ::unlink(fresh.c_str());
+        return false;
+    }
+
+    // A file that a killed process left is removed first: whatever it is, it is not written into.
     bool writeFresh(const std::string &fresh, const std::string &text) const {
         ::unlink(fresh.c_str());
-        Descriptor file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        File file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
         if (!file.isOpen()) return false;
-        if (!exists_) giveToOwnerOfFolder(file.get(), fresh);
-        struct stat status;
-        if (exists_) {
-            if (::stat(file_.c_str(), &status) != 0) return false;
-            [[maybe_unused]] const int given = ::fchown(file.get(), status.st_uid, status.st_gid);
-            if (::fchmod(file.get(), status.st_mode & 07777) != 0) return false;
-        }
+        setOwner(file.get(), fresh);
+        if (exists_ && !changeMode(file.get(), status_.st_mode & 07777)) return false;
         return writeAll(file.get(), text) && ::fsync(file.get()) == 0 && file.close();
     }
 
-    std::string path_;
-    std::string folder_;
-    std::string file_;
-    bool writing_;
+    std::string prefix_;
+    std::string path_;  // of the file, empty if there is no folder for it
+    bool isReadable_ = true;
     bool exists_ = false;
-    bool damaged_ = false;
-    bool whole_ = true;
-    Descriptor lock_;
-    std::string original_;
+    bool isDamaged_ = false;
+    struct stat status_ = {};
+    std::string text_;
     RegistryFile content_;
+    File lock_;
+    bool isRefused_ = false;  // the lock
 };
 
-namespace {
+Registry::Registry(RegistryRoot root) : store_(std::make_unique<Store>(root)) {}
+Registry::~Registry() = default;
 
-// Nothing is thrown past this layer: running out of memory is a failure like any other.
-template <typename Work>
-int guarded(Work work) {
-    try {
-        return work();
-    } catch (const std::bad_alloc &) {
-        return ERROR_NOT_ENOUGH_MEMORY;
-    } catch (const std::exception &) {
-        return ERROR_INVALID_PARAMETER;
-    }
+bool Registry::isReadable() const {
+    return store_->isReadable();
 }
 
-int openKey(RootKey root, const char *path, bool writing, bool create, HKEY *key) {
-    return guarded([&] {
-        auto opened = std::make_unique<OpenKey>(root, path, writing);
-        const int failure = opened->load(create);
-        if (failure == ERROR_SUCCESS) *key = opened.release();
-        return failure;
-    });
-}
+RegistryKey::RegistryKey(Registry &registry, std::string path)
+    : registry_(registry), path_(std::move(path)), values_(registry.store_->values(path_)) {}
 
-bool isWritable(const char *name) {
-    for (; *name != '\0'; ++name) {
-        if (static_cast<unsigned char>(*name) < 0x20) return false;
-    }
-    return true;
-}
-
-}  // namespace
-
-int RegOpenKeyExA(RootKey root, const char *path, unsigned access, HKEY *key) {
-    const bool writing = (access & KEY_WRITE & ~KEY_READ) != 0;
-    return openKey(root, path, writing, false, key);
-}
-
-int RegCreateKeyExA(RootKey root, const char *path, [[maybe_unused]] unsigned access, HKEY *key) {
-    if (!isWritable(path)) return ERROR_INVALID_PARAMETER;
-    return openKey(root, path, true, true, key);
-}
-
-int RegEnumValueA(HKEY key, unsigned index, char *name, unsigned *nameSize, unsigned *type,
-                  unsigned char *data, unsigned *dataSize) {
-    const RegistryValue *value = key->valueAt(index);
-    if (value == nullptr) return ERROR_NO_MORE_ITEMS;
-    if (value->name.size() >= *nameSize || value->data.size() > *dataSize) return ERROR_MORE_DATA;
-    std::memcpy(name, value->name.c_str(), value->name.size() + 1);
-    std::memcpy(data, value->data.data(), value->data.size());
-    *nameSize = static_cast<unsigned>(value->name.size());
-    *dataSize = static_cast<unsigned>(value->data.size());
-    *type = value->type;
-    return ERROR_SUCCESS;
-}
-
-int RegDeleteValueA(HKEY key, const char *name) {
-    if (!key->isForWriting()) return ERROR_ACCESS_DENIED;
-    return guarded([&] { return key->removeValue(name) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND; });
-}
-
-int RegSetValueExA(HKEY key, const char *name, unsigned type, const unsigned char *data,
-                   unsigned size) {
-    if (!key->isForWriting()) return ERROR_ACCESS_DENIED;
-    if (!isWritable(name)) return ERROR_INVALID_PARAMETER;
-    return guarded([&] { return key->setValue(name, type, data, size); });
-}
-
-int RegCloseKey(HKEY key) {
-    const std::unique_ptr<OpenKey> closing(key);
-    return guarded([&] { return closing->save(); });
+SaveResult RegistryKey::save() {
+    return registry_.store_->save(path_, values_);
 }
 
 }  // namespace vx

@@ -11,11 +11,6 @@ namespace vx {
 
 namespace {
 
-bool sameName(std::string_view one, std::string_view other) {
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                      [](char a, char b) { return lowered(a) == lowered(b); });
-}
-
 bool isBlank(char byte) {
     return byte == ' ' || byte == '\t';
 }
@@ -41,9 +36,7 @@ public:
             text_.remove_prefix(1);
     }
     bool take(std::string_view word) {
-        if (text_.size() < word.size() || !sameName(text_.substr(0, word.size()), word)) {
-            return false;
-        }
+        if (foldedName(text_.substr(0, word.size())) != word) return false;
         text_.remove_prefix(word.size());
         return true;
     }
@@ -93,19 +86,19 @@ bool scanData(Scanner &scanner, RegistryValue &value) {
     unsigned number = 0;
     if (scanner.take("dword:")) {
         if (!scanner.takeHex(number, 8)) return false;
-        value.type = REG_DWORD;
+        value.type = kRegistryNumber;
         for (unsigned shift = 0; shift < 32; shift += 8) {
             value.data += static_cast<char>(number >> shift & 0xFF);
         }
     } else if (scanner.take("hex:")) {
-        value.type = REG_BINARY;
+        value.type = kRegistryBinary;
         return scanBytes(scanner, value.data);
     } else if (scanner.take("hex(")) {
         if (!scanner.takeHex(value.type, 0) || !scanner.take("):")) return false;
         return scanBytes(scanner, value.data);
     } else {
         if (!scanner.takeQuoted(value.data)) return false;
-        value.type = REG_SZ;
+        value.type = kRegistryText;
         value.data += '\0';
     }
     scanner.skipBlanks();
@@ -151,8 +144,8 @@ bool scanValue(std::string_view text, RegistryValue &value) {
     return scanName(scanner, value.name) && scanData(scanner, value);
 }
 
-// Only lists of bytes go on in the next line; elsewhere a \ at the end is part of a text.
-bool goesOn(std::string_view content) {
+// Only a list of bytes continues on the next line; elsewhere a \ at the end is part of a text.
+bool continues(std::string_view content) {
     std::string name;
     Scanner scanner(content);
     return content.ends_with('\\') && scanName(scanner, name) && scanner.take("hex");
@@ -177,142 +170,142 @@ void appendBytes(std::string &to, std::string_view data) {
 }
 
 bool isPlainText(const RegistryValue &value) {
-    if (value.type != REG_SZ || value.data.empty() || value.data.back() != '\0') return false;
+    if (value.type != kRegistryText || value.data.empty() || value.data.back() != '\0')
+        return false;
     return std::none_of(value.data.begin(), value.data.end() - 1, isControl);
 }
+
+bool isSame(const RegistryValue &one, const RegistryValue &other) {
+    return one.type == other.type && one.data == other.data;
+}
+
+// Values that are taken by their names, each once; of one name in their order.
+class ValueQueue {
+public:
+    explicit ValueQueue(std::span<const RegistryValue> values) : values_(values) {
+        for (std::size_t i = values.size(); i-- > 0;)
+            places_[foldedName(values[i].name)].push_back(i);
+    }
+    // Null if none is left.
+    const RegistryValue *take(std::string_view name) {
+        const auto found = places_.find(foldedName(name));
+        if (found == places_.end() || found->second.empty()) return nullptr;
+        const std::size_t place = found->second.back();
+        found->second.pop_back();
+        taken_[place] = true;
+        return &values_[place];
+    }
+    std::vector<const RegistryValue *> rest() const {
+        std::vector<const RegistryValue *> rest;
+        for (std::size_t i = 0; i < values_.size(); ++i) {
+            if (!taken_[i]) rest.push_back(&values_[i]);
+        }
+        return rest;
+    }
+
+private:
+    std::span<const RegistryValue> values_;
+    std::unordered_map<std::string, std::vector<std::size_t>> places_;  // the first one last
+    std::vector<bool> taken_ = std::vector<bool>(values_.size());
+};
 
 }  // namespace
 
 RegistryFile::RegistryFile() {
-    Line first;
-    first.raw = "REGEDIT4\n";
-    lines_.push_back(std::move(first));
+    parseLines("REGEDIT4\n");
 }
 
 bool RegistryFile::parse(std::string_view text) {
-    std::vector<Line> lines;
-    if (!parseLines(text, lines)) return false;
-    lineEnd_ = lines.front().raw.ends_with("\r\n") ? "\r\n" : "\n";
-    lines_ = std::move(lines);
+    RegistryFile parsed;
+    parsed.lines_.clear();
+    if (!parsed.parseLines(text)) return false;
+    *this = std::move(parsed);
     return true;
 }
 
-bool RegistryFile::parseLines(std::string_view text, std::vector<Line> &lines) {
-    if (text.find('\0') != std::string_view::npos) return false;
-    bool begun = false;
-    std::string key;
+bool RegistryFile::parseLines(std::string_view text) {
+    if (text.find('\0') != text.npos) return false;
+    lineEnd_ = text.substr(0, text.find('\n') + 1).ends_with("\r\n") ? "\r\n" : "\n";
+    bool hasFirstLine = false;
+    int key = kNone;
     while (!text.empty()) {
         Line line;
-        std::string_view content;
-        line.raw = takeLine(text, content);
-        if (content.empty() || content.front() == ';') {
-            lines.push_back(std::move(line));
-            continue;
+        std::string_view piece;
+        line.text = takeLine(text, piece);
+        std::string content(piece);
+        while (continues(content) && !text.empty()) {
+            content.pop_back();
+            line.text += takeLine(text, piece);
+            content += piece;
         }
-        std::string whole(content);
-        while (goesOn(whole) && !text.empty()) {
-            whole.pop_back();
-            line.raw += takeLine(text, content);
-            whole += content;
+        const bool isComment = content.empty() || content.front() == ';';
+        if (!isComment && !hasFirstLine) {
+            if (content != "REGEDIT4") return false;
+            hasFirstLine = true;
+        } else if (!isComment && !parseContent(content, line, key)) {
+            return false;
         }
-        if (!begun) {
-            if (whole != "REGEDIT4") return false;
-            begun = true;
-        } else if (whole.front() == '[') {
-            if (!scanHeading(whole, key)) return false;
-            line.kind = Line::kHeading;
-            line.key = key;
-        } else {
-            if (key.empty() || !scanValue(whole, line.value)) return false;
-            line.kind = Line::kValue;
-            line.key = key;
-        }
-        lines.push_back(std::move(line));
+        if (line.key != kNone) key = line.key;
+        lines_.push_back(std::move(line));
     }
-    return begun;
+    return hasFirstLine;
 }
 
-std::string RegistryFile::text() const {
-    std::string all;
-    for (const Line &line : lines_) {
-        if (!line.removed) all += line.raw;
+bool RegistryFile::parseContent(std::string_view content, Line &line, int previousKey) {
+    if (content.front() != '[') {
+        line.key = previousKey;
+        line.isValue = true;
+        return previousKey != kNone && scanValue(content, line.value);
     }
-    return all;
+    std::string path;
+    if (!scanHeading(content, path)) return false;
+    line.key = keys_.try_emplace(foldedName(path), static_cast<int>(keys_.size())).first->second;
+    return true;
 }
 
-bool RegistryFile::isValueOf(const Line &line, std::string_view path) const {
-    return line.kind == Line::kValue && sameName(line.key, path);
+int RegistryFile::findKey(std::string_view path) const {
+    const auto found = keys_.find(foldedName(path));
+    return found != keys_.end() ? found->second : kNone;
 }
 
 bool RegistryFile::hasKey(std::string_view path) const {
-    return std::any_of(lines_.begin(), lines_.end(), [&](const Line &line) {
-        return line.kind == Line::kHeading && sameName(line.key, path);
-    });
+    return findKey(path) != kNone;
 }
 
-// The last line of a file may lack its end; what is put behind it must not run into it.
-void RegistryFile::endLastLine() {
-    if (!lines_.back().raw.ends_with('\n')) lines_.back().raw += lineEnd_;
-}
-
-void RegistryFile::addKey(std::string_view path) {
-    if (hasKey(path)) return;
-    endLastLine();
-    Line heading;
-    heading.kind = Line::kHeading;
-    heading.key = path;
-    heading.raw = lineEnd_ + "[" + heading.key + "]" + lineEnd_;
-    lines_.push_back(std::move(heading));
-}
-
-const RegistryValue *RegistryFile::valueAt(std::string_view path, std::size_t index) const {
+std::vector<RegistryValue> RegistryFile::values(std::string_view path) const {
+    std::vector<RegistryValue> values;
+    const int key = findKey(path);
     for (const Line &line : lines_) {
-        if (line.removed || !isValueOf(line, path)) continue;
-        if (index == 0) return &line.value;
-        --index;
+        if (line.isValue && line.key == key) values.push_back(line.value);
     }
-    return nullptr;
+    return values;
 }
 
-bool RegistryFile::removeValue(std::string_view path, std::string_view name) {
-    bool found = false;
-    for (Line &line : lines_) {
-        if (line.removed || !isValueOf(line, path) || !sameName(line.value.name, name)) continue;
-        line.removed = true;
-        found = true;
-    }
-    return found;
-}
-
-void RegistryFile::setValue(std::string_view path, RegistryValue value) {
-    Line *place = nullptr;
-    std::size_t behind = 0;  // where a new line goes: behind the last one of the key
-    for (std::size_t i = 0; i < lines_.size(); ++i) {
-        Line &line = lines_[i];
-        if (line.kind == Line::kOther || !sameName(line.key, path)) continue;
-        behind = i + 1;
-        if (line.kind != Line::kValue || !sameName(line.value.name, value.name)) continue;
-        if (place == nullptr) {
-            place = &line;
-        } else {
-            line.removed = true;
+std::string RegistryFile::textWith(std::string_view path,
+                                   std::span<const RegistryValue> values) const {
+    ValueQueue queue(values);
+    const int key = findKey(path);
+    std::string text;
+    std::size_t end = 0;  // of the last line of the key
+    for (const Line &line : lines_) {
+        const bool isOfKey = key != kNone && line.key == key;
+        const RegistryValue *value =
+            isOfKey && line.isValue ? queue.take(line.value.name) : nullptr;
+        if (!isOfKey || !line.isValue || (value != nullptr && isSame(*value, line.value))) {
+            text += line.text;
+        } else if (value != nullptr) {
+            text += formatted(*value);
         }
+        if (isOfKey) end = text.size();
     }
-    if (place != nullptr && place->value.type == value.type && place->value.data == value.data) {
-        place->removed = false;
-        return;
-    }
-    Line line;
-    line.kind = Line::kValue;
-    line.key = path;
-    line.raw = formatted(value);
-    line.value = std::move(value);
-    if (place != nullptr) {
-        *place = std::move(line);
-    } else {
-        endLastLine();
-        lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(behind), std::move(line));
-    }
+    std::string added;
+    if (key == kNone) added = lineEnd_ + "[" + std::string(path) + "]" + lineEnd_;
+    for (const RegistryValue *value : queue.rest())
+        added += formatted(*value);
+    if (key == kNone) end = text.size();
+    // The last line of a file may have no end.
+    if (!added.empty() && end == text.size() && !text.ends_with('\n')) added.insert(0, lineEnd_);
+    return text.insert(end, added);
 }
 
 std::string RegistryFile::formatted(const RegistryValue &value) const {
@@ -326,7 +319,7 @@ std::string RegistryFile::formatted(const RegistryValue &value) const {
     char prefix[32];
     if (isPlainText(value)) {
         appendEscaped(line, std::string_view(value.data).substr(0, value.data.size() - 1));
-    } else if (value.type == REG_DWORD && value.data.size() == 4) {
+    } else if (value.type == kRegistryNumber && value.data.size() == 4) {
         unsigned number = 0;
         for (unsigned i = 0; i < 4; ++i) {
             number |= static_cast<unsigned>(static_cast<unsigned char>(value.data[i])) << (8 * i);
@@ -335,7 +328,7 @@ std::string RegistryFile::formatted(const RegistryValue &value) const {
         line += prefix;
     } else {
         std::snprintf(prefix, sizeof prefix,
-                      value.type == REG_BINARY ? "hex:" : "hex(%x):", value.type);
+                      value.type == kRegistryBinary ? "hex:" : "hex(%x):", value.type);
         line += prefix;
         appendBytes(line, value.data);
     }

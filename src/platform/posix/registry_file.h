@@ -1,4 +1,4 @@
-// The text of a registry file, and changes to it that leave all else as people wrote it.
+// The text of a registry file, and changes to it that leave everything else as people wrote it.
 //
 //     REGEDIT4
 //
@@ -9,25 +9,25 @@
 //     "number"=dword:0000002a
 //     "other"=hex(2):25,52,4f,4f,54,25,00
 //
-// A list of bytes may go on in the next line behind a backslash at its end. The bytes of hex(1) and
-// hex(2) include the terminator of the text. Line ends are LF or CR LF. Names of keys and values
-// are compared without regard to ASCII case.
+// A list of bytes may continue on the next line after a backslash at its end. The bytes of hex(1)
+// and hex(2) include the terminator of the text. Line ends are LF or CR LF. Names of keys and
+// values are compared without regard to ASCII case.
 
-#ifndef VX_PLATFORM_REGISTRY_FILE_H
-#define VX_PLATFORM_REGISTRY_FILE_H
+#ifndef VX_PLATFORM_POSIX_REGISTRY_FILE_H
+#define VX_PLATFORM_POSIX_REGISTRY_FILE_H
 
-#include <cstddef>
+#include "platform/registry.h"
+
+#include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace vx {
 
-struct RegistryValue {
-    std::string name;
-    unsigned type = 0;
-    std::string data;  // a text with its terminator
-};
+// The file of a root; an empty text if there is no folder for it.
+std::string registryFilePath(RegistryRoot root);
 
 // All members may throw std::bad_alloc.
 class RegistryFile {
@@ -35,38 +35,34 @@ public:
     // An empty file with its first line.
     RegistryFile();
 
-    // Takes over the text of a file; false when it is none, and the object is then as it was.
+    // Takes over the text of a file. False if it cannot be parsed; the object is then unchanged.
     bool parse(std::string_view text);
 
-    // The text to be stored: that of the file, with the changes worked in.
-    std::string text() const;
-
     bool hasKey(std::string_view path) const;
-    void addKey(std::string_view path);
 
-    // The value at an index under a key, or null.
-    const RegistryValue *valueAt(std::string_view path, std::size_t index) const;
+    // The values of a key, in the order of the file.
+    std::vector<RegistryValue> values(std::string_view path) const;
 
-    // False when the key has no value of that name.
-    bool removeValue(std::string_view path, std::string_view name);
-
-    // The key exists. A value that was removed before comes back in its old place.
-    void setValue(std::string_view path, RegistryValue value);
+    // The text of the file with these values under the key, which is added if it is missing. Lines
+    // of values that stay the same are kept, a changed value keeps its place, and a new one goes
+    // after the last line of its key.
+    std::string textWith(std::string_view path, std::span<const RegistryValue> values) const;
 
 private:
+    static constexpr int kNone = -1;
     struct Line {
-        enum Kind { kOther, kHeading, kValue } kind = kOther;
-        bool removed = false;
-        std::string raw;  // as in the file, line end included
-        std::string key;  // of a heading or a value: the path of the key
+        std::string text;  // as in the file, line end included
+        int key = kNone;   // of a heading or a value: a number from keys_
+        bool isValue = false;
         RegistryValue value;
     };
-    static bool parseLines(std::string_view text, std::vector<Line> &lines);
-    void endLastLine();
-    bool isValueOf(const Line &line, std::string_view path) const;
+    bool parseLines(std::string_view text);
+    bool parseContent(std::string_view content, Line &line, int previousKey);
+    int findKey(std::string_view path) const;
     std::string formatted(const RegistryValue &value) const;
 
     std::vector<Line> lines_;
+    std::unordered_map<std::string, int> keys_;  // by folded path, numbered from 0
     std::string lineEnd_ = "\n";
 };
 

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Sets up search paths in a scratch folder, an environment list and registry files for the user and
-# the machine, and sends texture_road along them: texture_road.sh PROGRAM SCRATCH
+# Sets up search paths in a scratch folder (an environment list, and registry files for the user and
+# the machine) and runs find_texture on them: find_texture.sh PROGRAM SCRATCH
 set -eu
 program=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
 scratch=$(cd "$2" && pwd)
@@ -10,10 +10,10 @@ mkdir -p "$scratch/project/stone" "$scratch/machine" "$scratch/user" "$scratch/r
 cp "$samples/netpbm_text_61x44x1_2B_rle.sgi" "$scratch/project/stone/slate.sgi"
 cp "$samples/imagemagick_gradient_61x37x3_1B_verbatim.sgi" "$scratch/machine/sky.sgi"
 cp "$samples/ffmpeg_text_61x44x3_1B_rle.sgi" "$scratch/user/poster.sgi"
-cp "$samples/netpbm_flat_64x64x3_1B_rle.sgi" "$scratch/user/sky.sgi" # the machine's goes first
+cp "$samples/netpbm_flat_64x64x3_1B_rle.sgi" "$scratch/user/sky.sgi" # hidden by the machine's
 
-# key FILE ROOT DIRECTORY: a registry file as a person would write it
-key() {
+# write_registry FILE ROOT DIRECTORY: writes a registry file as a person would
+write_registry() {
     cat >"$1" <<END
 REGEDIT4
 
@@ -21,8 +21,8 @@ REGEDIT4
 "0"="$3"
 END
 }
-key "$scratch/registry/machine.reg" HKEY_LOCAL_MACHINE '%SCENE_ROOT%\\machine\\'
-key "$scratch/registry/user.reg" HKEY_CURRENT_USER "$scratch/user"
+write_registry "$scratch/registry/machine.reg" HKEY_LOCAL_MACHINE '%SCENE_ROOT%\\machine\\'
+write_registry "$scratch/registry/user.reg" HKEY_CURRENT_USER "$scratch/user"
 
 export VX_REGISTRY_DIR="$scratch/registry"
 export SCENE_ROOT="$scratch"

@@ -1,7 +1,7 @@
 // Path text by its definition.
 
-#ifndef VX_TESTS_PATH_MODEL_H
-#define VX_TESTS_PATH_MODEL_H
+#ifndef VX_FUZZ_MODELS_PATH_MODEL_H
+#define VX_FUZZ_MODELS_PATH_MODEL_H
 
 #include <cctype>
 #include <cstdlib>

@@ -1,9 +1,9 @@
 // A list of directories beside a plain one, in runs of random changes.
 
-#ifndef VX_TESTS_SEARCH_PATH_RUN_H
-#define VX_TESTS_SEARCH_PATH_RUN_H
+#ifndef VX_FUZZ_MODELS_SEARCH_PATH_MODEL_H
+#define VX_FUZZ_MODELS_SEARCH_PATH_MODEL_H
 
-#include "path_model.h"
+#include "fuzz/models/path_model.h"
 
 #include <vxsearchpath.h>
 
