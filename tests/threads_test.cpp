@@ -83,11 +83,11 @@ std::string ownContainers(const Shared &, int number) {
     VxOwningTable<std::string> table(7);
     VxPointerList<const std::string> pointers;
     for (int i = 0; i < 30; ++i) {
-        list.insert(i / 2, std::to_string(number * i));
+        EXPECT_TRUE(list.insert(i / 2, std::to_string(number * i)));
         table.insert(list[0]);
     }
     for (const std::string &text : table)
-        pointers.append(&text);
+        EXPECT_TRUE(pointers.append(&text));
     const VxOwningList<std::string> copy(list);
     list.remove(0, 10);
     return copy[7] + list[7] + std::to_string(pointers.length());
