@@ -323,7 +323,7 @@ TEST_F(Store, WhatIsNoFileIsLeftAlone) {
 
 TEST_F(Store, NobodyElseCanHoldTheLock) {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
-    const auto save = [this](const char *entry) {
+    const auto save = [](const char *entry) {
         const Library library;
         for (const int level : {VX_LEVEL_USER, VX_LEVEL_MACHINE})
             library.insert(library.get(1, level), 0, entry);
