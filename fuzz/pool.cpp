@@ -8,9 +8,9 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     FuzzedDataProvider input(data, size);
     const auto below = [&](int n) { return input.ConsumeIntegralInRange(0, n - 1); };
-    PoolRun run(1 + below(64));
+    PoolModel run(1 + below(64));
     while (input.remaining_bytes() > 0) {
-        run.step(below);
+        run.change(below);
         CHECK(run.difference().empty());
     }
     return 0;

@@ -1,49 +1,55 @@
 /*
- * vxtyped.h: typed lists and tables, ready to use. Header only, over the bases of vxarraylist.h
- * and vxhashtable.h, whose rules on order, growth, load and memory hold here too.
+ * vxtyped.h: typed lists and sets, ready to use. Header only, on top of vxarraylist.h and
+ * vxhashtable.h, whose rules on order, growth, load and memory apply here too.
  *
- *     VxOwningList<T>                 copies of T      made by T's copy constructor, ended by
- *     VxOwningTable<T, Hash, Equal>   copies of T      delete
- *     VxPointerList<T>                T *              the caller's pointers; T may be const
- *     VxPointerTable<T>               T *              likewise
+ *     VxOwningList<T>                 copies of T, made by its copy constructor and destroyed by
+ *     VxOwningTable<T, Hash, Equal>   delete
+ *     VxPointerList<T>                T *, the caller's pointers; T may be const
+ *     VxPointerTable<T>
+ *
+ * Examples, with a class Widget:
  *
  *     VxOwningList<Widget> widgets;
- *     widgets.append(Widget("knob"));
+ *     if (!widgets.append(Widget("knob"))) ...;   // out of memory
  *     for (Widget &widget : widgets) widget.paint();
  *
- *     VxPointerTable<Widget const> seen(vxNumBuckets(500));
+ *     VxPointerTable<const Widget> seen(vxNumBuckets(500));
  *     if (seen.insert(&widget)) ...;   // true the first time
  *
- * What holds for all four:
+ * Rules for all four:
  *
- *  - remove, empty, length, swap and the statistics are those of the base.
- *  - begin and end serve range-for and the algorithms. Those of lists give random access, those
- *    of tables go forward. They go stale as the iterators of the base do.
- *  - The owning ones end their elements in their destructor. When an element cannot be copied,
- *    for want of memory or because T's copy constructor throws, the call answers false and
- *    nothing has changed; a copy of a whole list or table is then empty. No exception comes
- *    out: `Hash` and `Equal` of a table must not throw.
+ *  - remove, empty, length, swap and the statistics are those of the base. So empty() removes all
+ *    elements; to ask whether there are any, compare length() or getNumElements() with 0, or call
+ *    std::ranges::empty.
+ *  - begin and end serve range-for and the algorithms. The iterators of lists are random access,
+ *    those of tables forward. They become invalid like the iterators of the base.
+ *  - The owning classes destroy their elements in their destructor. A class derived from one of
+ *    the four cannot replace the hooks.
+ *  - An element may fail to be copied: memory runs out, or the copy constructor of T throws. Then
+ *    the call returns false and nothing has changed; a copy of an entire list or table is empty.
+ *    The same happens if T is itself a list or table and its copy lacks elements. A class T with
+ *    such a member should compare the lengths in its copy constructor, and throw.
+ *  - No exception leaves these classes. `Hash` and `Equal` of a table must not throw, nor may
+ *    their copy constructors.
+ *  - Assignment of a table takes the number of buckets of its source; copyObjects keeps its own.
+ *  - A move takes the storage in constant time, copies no element, and leaves an empty source that
+ *    can be used again. A table that was moved from has the former buckets of the target, or 83
+ *    after a move constructor.
+ *  - Copying a const list or table writes nothing to it, so several threads may copy it at once.
  */
 #ifndef VXTYPED_H
 #define VXTYPED_H
 
-#include "vxarraylist.h"
-#include "vxhashtable.h"
+#include "vxtyped_detail.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <functional>
-#include <iterator>
-#include <new>
-#include <optional>
-#include <type_traits>
 
 /*
- * A good number of buckets for an expected number of elements: the first prime that is not below
- * it, so that the load stays at or below 1 and hashes with a common divisor spread. 83 at the
- * lowest. Time grows with the load: at 2 a look-up takes perhaps half as long again, at 10 several
- * times as long. A table that came to hold far more than expected is copied by copyObjects into
- * one of the right size. For tables of addresses there is no use in more than 4096 buckets.
+ * A number of buckets for an expected number of elements: the first prime that is at least that
+ * number, and at least 83. The load is then at most 1, and hashes with a common divisor spread.
+ * Time grows with the load: at 2 a look-up takes perhaps 1.5 times as long, at 10 several times. If
+ * a table receives far more elements than expected, copy it by copyObjects into a larger one.
+ * Tables of addresses cannot use more than 4096 buckets.
  */
 constexpr int vxNumBuckets(int elements) {
     constexpr int kMin = 83;
@@ -61,213 +67,84 @@ constexpr int vxNumBuckets(int elements) {
     return number;
 }
 
-// A place in a list: the list and an index. `Reference` is what the list's operator[] gives.
-template <typename List, typename Reference>
-class VxListPlace {
-public:
-    using iterator_concept = std::random_access_iterator_tag;
-    using iterator_category =
-        std::conditional_t<std::is_reference_v<Reference>, std::random_access_iterator_tag,
-                           std::input_iterator_tag>;
-    using value_type = std::remove_cvref_t<Reference>;
-    using difference_type = std::ptrdiff_t;
-    using reference = Reference;
-    using pointer = std::add_pointer_t<Reference>;
-
-    VxListPlace() = default;
-    VxListPlace(List *list, int index) : list_(list), index_(index) {}
-
-    Reference operator*() const { return (*list_)[index_]; }
-    Reference operator[](difference_type n) const { return *(*this + n); }
-    pointer operator->() const requires std::is_reference_v<Reference> { return &**this; }
-
-    VxListPlace &operator+=(difference_type n) {
-        index_ += static_cast<int>(n);
-        return *this;
-    }
-    VxListPlace &operator-=(difference_type n) { return *this += -n; }
-    VxListPlace &operator++() { return *this += 1; }
-    VxListPlace &operator--() { return *this -= 1; }
-    VxListPlace operator++(int) {
-        VxListPlace before = *this;
-        ++*this;
-        return before;
-    }
-    VxListPlace operator--(int) {
-        VxListPlace before = *this;
-        --*this;
-        return before;
-    }
-
-    friend VxListPlace operator+(VxListPlace place, difference_type n) { return place += n; }
-    friend VxListPlace operator+(difference_type n, VxListPlace place) { return place += n; }
-    friend VxListPlace operator-(VxListPlace place, difference_type n) { return place -= n; }
-    friend difference_type operator-(const VxListPlace &one, const VxListPlace &other) {
-        return one.index_ - other.index_;
-    }
-    friend bool operator==(const VxListPlace &one, const VxListPlace &other) {
-        return one.index_ == other.index_;
-    }
-    friend auto operator<=>(const VxListPlace &one, const VxListPlace &other) {
-        return one.index_ <=> other.index_;
-    }
-
-private:
-    List *list_ = nullptr;
-    int index_ = 0;
-};
-
-// A place in a table, none at the end. `Iterator` is the const iterator of the table's base.
-template <typename Iterator, typename Reference>
-class VxTablePlace {
-public:
-    using iterator_concept = std::forward_iterator_tag;
-    using iterator_category =
-        std::conditional_t<std::is_reference_v<Reference>, std::forward_iterator_tag,
-                           std::input_iterator_tag>;
-    using value_type = std::remove_cvref_t<Reference>;
-    using difference_type = std::ptrdiff_t;
-    using reference = Reference;
-    using pointer = std::add_pointer_t<Reference>;
-
-    VxTablePlace() = default;
-    explicit VxTablePlace(const Iterator &at) : at_(at) { leaveAtEnd(); }
-
-    Reference operator*() const {
-        if constexpr (std::is_reference_v<Reference>) {
-            return *static_cast<pointer>(at_->getElem());
-        } else {
-            return static_cast<Reference>(at_->getElem());
-        }
-    }
-    pointer operator->() const requires std::is_reference_v<Reference> { return &**this; }
-    VxTablePlace &operator++() {
-        at_->postInc();
-        leaveAtEnd();
-        return *this;
-    }
-    VxTablePlace operator++(int) {
-        VxTablePlace before = *this;
-        ++*this;
-        return before;
-    }
-    // The elements of a table all differ.
-    friend bool operator==(const VxTablePlace &one, const VxTablePlace &other) {
-        if (!one.at_ || !other.at_) return !one.at_ && !other.at_;
-        return one.at_->getElem() == other.at_->getElem();
-    }
-
-private:
-    void leaveAtEnd() {
-        if (at_->isValid() == 0) at_.reset();
-    }
-
-    std::optional<Iterator> at_;
-};
-
 /*
  * A list of copies of T.
  */
 template <typename T>
-class VxOwningList : public VxArrayList {
-public:
-    using iterator = VxListPlace<VxOwningList, T &>;
-    using const_iterator = VxListPlace<const VxOwningList, const T &>;
+class VxOwningList : public vx::detail::Owning<VxArrayList, T> {
+    using Base = vx::detail::Owning<VxArrayList, T>;
 
-    VxOwningList() = default;
-    VxOwningList(const VxOwningList &source) : VxArrayList(unfailed(source)) { takeWhole(source); }
-    VxOwningList &operator=(const VxOwningList &source) {
-        if (this != &source) {
-            VxArrayList::operator=(unfailed(source));
-            takeWhole(source);
-        }
-        return *this;
-    }
-    ~VxOwningList() override { empty(); }
+public:
+    using value_type = T;
+    using reference = T &;
+    using const_reference = const T &;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using iterator = vx::detail::ListIterator<VxOwningList, reference>;
+    using const_iterator = vx::detail::ListIterator<const VxOwningList, const_reference>;
 
     // REQUIRES: 0 <= index < length().
-    T &operator[](int index) { return *static_cast<T *>(get(index)); }
-    const T &operator[](int index) const { return *static_cast<const T *>(get(index)); }
+    T &operator[](int index) { return *static_cast<T *>(this->get(index)); }
+    const T &operator[](int index) const { return *static_cast<const T *>(this->get(index)); }
 
     // Replaces an element by a copy of another, which may be in this list.
     // REQUIRES: 0 <= index < length().
-    bool set(int index, const T &element) {
-        if (!append(element)) return false;
-        const int last = length() - 1;
-        swap(index, last);
-        remove(last, 1);
+    [[nodiscard]] bool set(int index, const T &element) {
+        T *copy = vx::detail::newCopy(element);
+        if (copy == nullptr) return false;
+        this->destroyElement(std::exchange(slots().at(index), copy));
         return true;
     }
 
     // Inserts copies before the index. REQUIRES: 0 <= index <= length(); `list` is another list.
-    bool insert(int index, const T &element) {
-        const int before = length();
-        VxArrayList::insert(index, &element);
-        return settle(index, before, 1);
+    [[nodiscard]] bool insert(int index, const T &element) {
+        const int before = this->length();
+        Base::insert(index, std::addressof(element));
+        return rollBackIfIncomplete(index, before, 1);
     }
-    bool insert(int index, const VxOwningList &list) {
-        const int before = length();
-        VxArrayList::insert(index, list);
-        return settle(index, before, list.length());
+    [[nodiscard]] bool insert(int index, const VxOwningList &list) {
+        const int before = this->length();
+        Base::insert(index, list);
+        return rollBackIfIncomplete(index, before, list.length());
     }
-    bool append(const T &element) { return insert(length(), element); }
-    bool append(const VxOwningList &list) { return insert(length(), list); }
+    [[nodiscard]] bool append(const T &element) { return insert(this->length(), element); }
+    [[nodiscard]] bool append(const VxOwningList &list) { return insert(this->length(), list); }
 
     iterator begin() { return {this, 0}; }
-    iterator end() { return {this, length()}; }
+    iterator end() { return {this, this->length()}; }
     const_iterator begin() const { return {this, 0}; }
-    const_iterator end() const { return {this, length()}; }
-
-protected:
-    void *copyElement(const void *element) override {
-        void *copy = nullptr;
-        try {
-            copy = new (std::nothrow) T(*static_cast<const T *>(element));
-        } catch (...) {
-            copy = nullptr;
-        }
-        if (copy == nullptr) failed_ = true;
-        return copy;
-    }
-    void destroyElement(void *stored) override { delete static_cast<T *>(stored); }
+    const_iterator end() const { return {this, this->length()}; }
+    const_iterator cbegin() const { return begin(); }
+    const_iterator cend() const { return end(); }
 
 private:
-    // Was the insertion of n elements complete; if not, takes it back.
-    bool settle(int index, int before, int n) {
-        if (length() != before + n) return false;
-        if (!failed_) return true;
-        failed_ = false;
-        remove(index, n);
+    vx::detail::SlotArray &slots() { return vx::detail::Access::array(*this); }
+
+    // Takes the insertion of n elements back unless all of them were copied.
+    bool rollBackIfIncomplete(int index, int before, int n) {
+        if (this->length() != before + n) return false;
+        void **const first = slots().slots + index;
+        if (std::find(first, first + n, nullptr) == first + n) return true;
+        this->remove(index, n);
         return false;
     }
-    // A whole copy: it is the source that makes the copies of the elements.
-    static const VxOwningList &unfailed(const VxOwningList &source) {
-        source.failed_ = false;
-        return source;
-    }
-    void takeWhole(const VxOwningList &source) {
-        if (source.failed_) empty();
-        source.failed_ = false;
-    }
-
-    mutable bool failed_ = false;  // an element could not be copied since this was last looked at
 };
 
 /*
  * A list of pointers that belong to the caller. Null is an element like any other.
  */
 template <typename T>
-class VxPointerList : public std::conditional_t<std::is_const_v<T>, VxCPArrayList, VxPArrayList> {
-    using Base = std::conditional_t<std::is_const_v<T>, VxCPArrayList, VxPArrayList>;
+class VxPointerList : public vx::detail::PointerListBase<T> {
+    using Base = vx::detail::PointerListBase<T>;
 
 public:
-    using iterator = VxListPlace<VxPointerList, T *&>;
-    using const_iterator = VxListPlace<const VxPointerList, T *>;
-
-    VxPointerList() = default;
-    VxPointerList(const VxPointerList &) = default;
-    VxPointerList &operator=(const VxPointerList &) = default;
-    ~VxPointerList() override = default;
+    using value_type = T *;
+    using reference = T *&;
+    using const_reference = T *;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using iterator = vx::detail::ListIterator<VxPointerList, reference>;
+    using const_iterator = vx::detail::ListIterator<const VxPointerList, const_reference>;
 
     // REQUIRES: 0 <= index < length().
     T *operator[](int index) const { return static_cast<T *>(Base::get(index)); }
@@ -275,127 +152,103 @@ public:
     T *&operator[](int index) { return reinterpret_cast<T *&>(Base::get(index)); }
     void set(int index, T *element) { Base::set(index, element); }
 
-    // Insert before the index. False without memory; nothing has changed then.
+    // Insert before the index. False out of memory; nothing has changed then.
     // REQUIRES: 0 <= index <= length(); `list` is another list.
-    bool insert(int index, T *element) {
+    [[nodiscard]] bool insert(int index, T *element) {
         const int before = this->length();
         Base::insert(index, element);
         return this->length() > before;
     }
-    bool insert(int index, const VxPointerList &list) {
+    [[nodiscard]] bool insert(int index, const VxPointerList &list) {
         const int before = this->length();
         Base::insert(index, list);
         return this->length() == before + list.length();
     }
-    bool append(T *element) {
+    [[nodiscard]] bool append(T *element) {
         const int before = this->length();
         Base::append(element);
         return this->length() > before;
     }
-    bool append(const VxPointerList &list) { return insert(this->length(), list); }
+    [[nodiscard]] bool append(const VxPointerList &list) { return insert(this->length(), list); }
 
     iterator begin() { return {this, 0}; }
     iterator end() { return {this, this->length()}; }
     const_iterator begin() const { return {this, 0}; }
     const_iterator end() const { return {this, this->length()}; }
+    const_iterator cbegin() const { return begin(); }
+    const_iterator cend() const { return end(); }
 };
 
 /*
- * A set of copies of T. `Hash` gives an integer for a T, of which all bits count; `Equal` says
- * whether two are the same element. Elements that are equal have equal hashes.
+ * A set of copies of T. `Hash` returns an integer for a T, of which all bits count. `Equal` says
+ * whether two are the same element. Equal elements must have equal hashes.
  */
 template <typename T, typename Hash = std::hash<T>, typename Equal = std::equal_to<T>>
-class VxOwningTable : public VxHashTable {
+class VxOwningTable : public vx::detail::Owning<VxHashTable, T> {
+    using Base = vx::detail::Owning<VxHashTable, T>;
+
 public:
-    using const_iterator = VxTablePlace<VxHashTableConstIterator, const T &>;
+    using value_type = T;
+    using reference = const T &;
+    using const_reference = const T &;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using const_iterator = vx::detail::TableIterator<VxOwningTable, const T &>;
     using iterator = const_iterator;
 
     // The number of buckets; 0 gives 83.
     explicit VxOwningTable(int numBuckets = 0, Hash hash = Hash(), Equal equal = Equal())
-        : VxHashTable(numBuckets), hash_(hash), equal_(equal) {}
-    VxOwningTable(const VxOwningTable &source)
-        : VxHashTable(unfailed(source)), hash_(source.hash_), equal_(source.equal_) {
-        takeWhole(source);
-    }
-
-    // Takes over the number of buckets as well.
-    VxOwningTable &operator=(const VxOwningTable &source) {
-        if (this != &source) {
-            VxHashTable::operator=(unfailed(source));
-            takeFunctions(source);
-            takeWhole(source);
-        }
-        return *this;
-    }
+        : Base(numBuckets), functors_(hash, equal) {}
 
     // Keeps the number of buckets.
     VxOwningTable &copyObjects(const VxOwningTable &source) {
-        if (this != &source) {
-            VxHashTable::copyObjects(unfailed(source));
-            takeFunctions(source);
-            takeWhole(source);
-        }
+        Base::copyObjects(source);
+        functors_ = source.functors_;
+        this->discardIfIncomplete(source);
         return *this;
     }
-    ~VxOwningTable() override { empty(); }
 
-    // True if a copy was added; false if an equal element is there or none could be made.
-    bool insert(const T &element) {
-        const bool added = VxHashTable::insert(&element) != 0;
-        failed_ = false;
-        return added;
-    }
+    // True if a copy was added. False if an equal element is present or no copy could be made;
+    // `has` shows which.
+    bool insert(const T &element) { return Base::insert(std::addressof(element)) != 0; }
 
-    // True if an equal element was there and is destroyed.
-    bool remove(const T &element) { return VxHashTable::remove(&element) != 0; }
+    // True if an equal element was present and is now destroyed.
+    bool remove(const T &element) { return Base::remove(std::addressof(element)) != 0; }
 
-    // The stored element that equals the given one, or null. It stays the table's.
+    // The stored element that equals the given one, or null. The table keeps ownership.
     const T *has(const T &element) const {
-        return static_cast<const T *>(VxHashTable::has(&element));
+        return static_cast<const T *>(Base::has(std::addressof(element)));
     }
 
-    const_iterator begin() const { return const_iterator(VxHashTableConstIterator(*this)); }
-    const_iterator end() const { return {}; }
+    const_iterator begin() const { return {this, 0}; }
+    const_iterator end() const { return {this, this->getNumBuckets()}; }
+    const_iterator cbegin() const { return begin(); }
+    const_iterator cend() const { return end(); }
 
 protected:
-    unsigned int hashElement(const void *given) override {
-        const auto hash = static_cast<unsigned long long>(hash_(*static_cast<const T *>(given)));
+    unsigned int hashElement(const void *given) final {
+        const auto hash =
+            static_cast<unsigned long long>(functors_.hash(*static_cast<const T *>(given)));
         return static_cast<unsigned int>(hash ^ hash >> 32);
     }
-    short equalElements(const void *given, const void *stored) override {
-        return equal_(*static_cast<const T *>(given), *static_cast<const T *>(stored)) ? 1 : 0;
+    short equalElements(const void *given, const void *stored) final {
+        return functors_.equal(*static_cast<const T *>(given), *static_cast<const T *>(stored)) ? 1
+                                                                                                : 0;
     }
-    void *copyElement(const void *element) override {
-        void *copy = nullptr;
-        try {
-            copy = new (std::nothrow) T(*static_cast<const T *>(element));
-        } catch (...) {
-            copy = nullptr;
-        }
-        if (copy == nullptr) failed_ = true;
-        return copy;
-    }
-    void destroyElement(void *stored) override { delete static_cast<T *>(stored); }
 
 private:
-    // The hashes of the source come along, and so what made them.
-    void takeFunctions(const VxOwningTable &source) {
-        hash_ = source.hash_;
-        equal_ = source.equal_;
-    }
-    // A whole copy: it is the source that makes the copies of the elements.
-    static const VxOwningTable &unfailed(const VxOwningTable &source) {
-        source.failed_ = false;
-        return source;
-    }
-    void takeWhole(const VxOwningTable &source) {
-        if (source.failed_) empty();
-        source.failed_ = false;
-    }
+    // Copies of a table take the stored hashes, and so the functors that made them. A move copies
+    // the functors, too: the source stays usable.
+    struct Functors {
+        Functors(const Hash &forHash, const Equal &forEqual) : hash(forHash), equal(forEqual) {}
+        Functors(const Functors &) = default;
+        Functors &operator=(const Functors &) = default;
 
-    [[no_unique_address]] Hash hash_;
-    [[no_unique_address]] Equal equal_;
-    mutable bool failed_ = false;  // an element could not be copied since this was last looked at
+        [[no_unique_address]] Hash hash;
+        [[no_unique_address]] Equal equal;
+    };
+
+    [[no_unique_address]] Functors functors_;
 };
 
 /*
@@ -403,42 +256,44 @@ private:
  * other.
  */
 template <typename T>
-class VxPointerTable : public std::conditional_t<std::is_const_v<T>, VxCPHashTable, VxPHashTable> {
-    using Base = std::conditional_t<std::is_const_v<T>, VxCPHashTable, VxPHashTable>;
-    using Iterator = std::conditional_t<std::is_const_v<T>, VxCPHashTableConstIterator,
-                                        VxPHashTableConstIterator>;
+class VxPointerTable : public vx::detail::PointerTableBase<T> {
+    using Base = vx::detail::PointerTableBase<T>;
 
 public:
-    using const_iterator = VxTablePlace<Iterator, T *>;
+    using value_type = T *;
+    using reference = T *;
+    using const_reference = T *;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using const_iterator = vx::detail::TableIterator<VxPointerTable, T *>;
     using iterator = const_iterator;
 
     // The number of buckets; 0 gives 83.
     explicit VxPointerTable(int numBuckets = 0) : Base(numBuckets) {}
-    VxPointerTable(const VxPointerTable &) = default;
-    VxPointerTable &operator=(const VxPointerTable &) = default;
-    ~VxPointerTable() override = default;
-
     // Keeps the number of buckets.
     VxPointerTable &copyObjects(const VxPointerTable &source) {
         Base::copyObjects(source);
         return *this;
     }
 
-    // True if the pointer was added; false if it is there already, or without memory.
+    // True if the pointer was added. False if it is present already or memory ran out; `has`
+    // shows which.
     bool insert(T *element) { return Base::insert(element) != 0; }
 
-    // True if the pointer was there and is removed.
+    // True if the pointer was present and is now removed.
     bool remove(const T *element) { return Base::remove(element) != 0; }
 
-    // Is the pointer there. For null this walks the table, since the base, which answers with the
-    // pointer, cannot tell a stored null from none.
+    // Is the pointer present? For null this walks the table: the base returns the pointer, so it
+    // cannot distinguish a stored null from an absent one.
     bool has(const T *element) const {
         if (element != nullptr) return Base::has(element) != nullptr;
         return std::find(begin(), end(), element) != end();
     }
 
-    const_iterator begin() const { return const_iterator(Iterator(*this)); }
-    const_iterator end() const { return {}; }
+    const_iterator begin() const { return {this, 0}; }
+    const_iterator end() const { return {this, this->getNumBuckets()}; }
+    const_iterator cbegin() const { return begin(); }
+    const_iterator cend() const { return end(); }
 };
 
 #endif

@@ -384,6 +384,19 @@ TEST_F(SettingsFaults, SignalsOnlyCostAnotherTry) {
         [&] { restore(before_); });
 }
 
+TEST_F(SettingsFaults, AMergedListIsCompleteOrAbsent) {
+    restore(after_);
+    strikeEach(
+        faults::kMemory, Effect::kRefuse,
+        [&](bool) {
+            VxSearchPath *merged = vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_MERGED);
+            EXPECT_EQ(merged != nullptr, !faults::disarm());
+            EXPECT_TRUE(merged == nullptr || merged->count == 2);
+            vx::tearDownPathStore();
+        },
+        vx::buildPathStore);
+}
+
 // A list that could not be read at load keeps what is stored, and what was added to it.
 TEST_F(SettingsFaults, AnUnreadListIsReadAgain) {
     for (const bool replaced : {false, true}) {
@@ -404,6 +417,7 @@ TEST_F(SettingsFaults, AnUnreadListIsReadAgain) {
         const std::string text = read("user.reg");
         EXPECT_EQ(text == after_, !replaced) << text;
         EXPECT_EQ(text.find("\"1\"=\"/other\"") != std::string::npos, replaced) << text;
+        EXPECT_EQ(text.find("\"/a\"") == std::string::npos, replaced) << text;
     }
 }
 

@@ -1,13 +1,12 @@
-// The three tables: hooks, the order of walks, copies, figures, and long random runs against a set.
+// The three tables: hooks, the order of walks, copies, statistics, and long random runs compared
+// with a set.
 
-#include "container_run.h"
+#include "fuzz/models/container_model.h"
 
 #include <vxtyped.h>
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
-#include <set>
 #include <utility>
 
 namespace {
@@ -33,52 +32,10 @@ TYPED_TEST(EveryTable, HasBucketsAndNothingElseAtFirst) {
     }
 }
 
-TYPED_TEST(EveryTable, KeepsTheOrderOfInsertionInABucket) {
-    TypeParam table(1);
-    for (const int v : {5, 3, 9})
-        EXPECT_TRUE(table.insert(element<TypeParam>(v)));
-    EXPECT_EQ(values(table), V({5, 3, 9}));
-    EXPECT_TRUE(table.remove(element<TypeParam>(3)));
-    EXPECT_EQ(values(table), V({5, 9}));
-    table.empty();
-    EXPECT_EQ(table.getNumBuckets(), 1);
-    EXPECT_TRUE(table.insert(element<TypeParam>(3)));
-}
-
-TYPED_TEST(EveryTable, CopiesWholeOrIntoOtherBuckets) {
-    TypeParam source(40);
-    for (int v = 0; v < 100; ++v)
-        source.insert(element<TypeParam>(v * 7 % 300));
-    TypeParam copy(source);
-    TypeParam assigned(7);
-    assigned.insert(element<TypeParam>(299));
-    assigned = source;
-    const TypeParam &same = assigned;
-    assigned = same;
-    TypeParam alike(40);
-    alike.copyObjects(source);
-    for (TypeParam *it : {&copy, &assigned, &alike}) {
-        EXPECT_EQ(it->getNumBuckets(), 40);
-        EXPECT_EQ(values(*it), values(source));
-        EXPECT_TRUE(it->insert(element<TypeParam>(900)));
-    }
-    TypeParam one(1);
-    one.insert(element<TypeParam>(299));
-    one.copyObjects(source);
-    EXPECT_EQ(values(one), values(source));
-    TypeParam wide(500);
-    wide.copyObjects(one);
-    const TypeParam &self = wide;
-    wide.copyObjects(self);
-    EXPECT_EQ(wide.getNumBuckets(), 500);
-    EXPECT_EQ(wide.getNumElements(), 100);
-    EXPECT_FALSE(wide.insert(element<TypeParam>(7)));
-}
-
 TYPED_TEST(EveryTable, DoesWhatASetDoes) {
     std::mt19937 random(21);
     for (const int numBuckets : {1, 7, 83}) {
-        TableRun<TypeParam> run(numBuckets);
+        TableModel<TypeParam> run(numBuckets);
         for (int step = 0; step < 4000; ++step) {
             const auto below = [&](int n) {
                 return static_cast<int>(random() % static_cast<unsigned>(n));
@@ -162,12 +119,10 @@ TEST(OwningTable, CountsOverUsedBuckets) {
 }
 
 TEST(PointerTables, HaveEightyThreeBucketsWhenDerivedFrom) {
-    struct Derived : VxPHashTable {
-    } derived;
-    struct ConstDerived : VxCPHashTable {
-    } constDerived;
-    EXPECT_EQ(derived.getNumBuckets(), 83);
-    EXPECT_EQ(constDerived.getNumBuckets(), 83);
+    struct Derived : VxPHashTable {};
+    struct ConstDerived : VxCPHashTable {};
+    EXPECT_EQ(Derived().getNumBuckets(), 83);
+    EXPECT_EQ(ConstDerived().getNumBuckets(), 83);
 }
 
 TEST(PointerTables, FoldAnAddressOfThirtyTwoBits) {

@@ -37,7 +37,7 @@ TEST(OutOfMemory, ListsStayAsTheyWere) {
     using Texts = VxOwningList<std::string>;
     Texts five;
     for (const char *text : {"a", "b", "c", "d", "e"})
-        five.append(text);
+        EXPECT_TRUE(five.append(text));
     failEach([&five] {
         Texts list = withMemory<Texts>(five);
         const bool one = list.insert(2, "x");
@@ -49,24 +49,28 @@ TEST(OutOfMemory, ListsStayAsTheyWere) {
         const bool middle = list.insert(1, five);
         EXPECT_EQ(list.length(), before + (all ? 5 : 0) + (middle ? 5 : 0));
         EXPECT_EQ(list[1], middle ? "a" : "b");
-        list.remove(1, list.length() - 1);  // shrinks, or goes on in the old slots
+        list.remove(1, list.length() - 1);  // shrinks, or keeps the old slots
         EXPECT_EQ(list[0], "a");
         const Texts copy(list);
         EXPECT_TRUE(copy.length() == 0 || copy[0] == "a");
-        return one && all && middle && copy.length() == 1;
+        VxOwningList<Texts> lists;
+        const bool nested = lists.append(five);
+        EXPECT_EQ(lists.length(), nested ? 1 : 0);
+        EXPECT_TRUE(!nested || lists[0].length() == 5);
+        return one && all && middle && nested && copy.length() == 1;
     });
     failEach([] {
         VxPointerList<bool> list;
-        bool whole = true;
+        bool complete = true;
         for (int i = 0; i < 20; ++i)
-            whole &= list.append(&whole);
+            complete &= list.append(&complete);
         VxPointerList<bool> copy;
         copy = list;
         EXPECT_TRUE(copy.length() == 0 || copy.length() == list.length());
-        whole &= copy.length() == 20;
-        copy.remove(0, copy.length() * 19 / 20);  // shrinks, or goes on in the old slots
-        EXPECT_TRUE(copy.length() == 0 || copy[0] == &whole);
-        return whole;
+        complete &= copy.length() == 20;
+        copy.remove(0, copy.length() * 19 / 20);  // shrinks, or keeps the old slots
+        EXPECT_TRUE(copy.length() == 0 || copy[0] == &complete);
+        return complete;
     });
 }
 
@@ -95,7 +99,7 @@ bool fillAndCopy(const Elements &elements) {
     return inserted == 6 && copied == 12 && planted;
 }
 
-TEST(OutOfMemory, TablesStayAsTheyWereAndCopiesAreWholeOrEmpty) {
+TEST(OutOfMemory, TablesStayAsTheyWereAndCopiesAreCompleteOrEmpty) {
     const std::vector<std::string> words = {"ash", "beech", "fir", "oak", "pine", "yew"};
     failEach([&] { return fillAndCopy<VxOwningTable<std::string>>(words); });
     std::vector<const std::string *> pointers;

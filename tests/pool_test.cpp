@@ -28,12 +28,12 @@ TEST(Pool, DoesWhatItsModelDoesAndAsksForMemoryOncePerBlock) {
         const auto below = [&](int n) { return static_cast<int>(random() % unsigned(n)); };
         const int blocksOut = faults::blocksOut();
         {
-            PoolRun run(size);
+            PoolModel run(size);
             for (int step = 0; step < 20000; ++step) {
                 ASSERT_TRUE(!run.needsMemory() || allocWithoutMemory(&run.pool) == nullptr);
                 const int made = run.blocksMade();
                 faults::resetCounts();
-                run.step(below);
+                run.change(below);
                 ASSERT_EQ(faults::count(faults::kMemory), run.blocksMade() - made);
                 ASSERT_EQ(run.difference(), "") << step;
             }

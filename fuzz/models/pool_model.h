@@ -16,16 +16,16 @@
 #include <vector>
 
 // Each element in use is filled with a byte of its own.
-class PoolRun {
+class PoolModel {
 public:
-    explicit PoolRun(int elementSize) : size_(elementSize) { vxPoolInit(&pool, size_, perBlock_); }
-    ~PoolRun() { vxPoolDestroy(&pool); }
-    PoolRun(const PoolRun &) = delete;
-    PoolRun &operator=(const PoolRun &) = delete;
+    explicit PoolModel(int elementSize) : size_(elementSize) { vxPoolInit(&pool, size_, perBlock_); }
+    ~PoolModel() { vxPoolDestroy(&pool); }
+    PoolModel(const PoolModel &) = delete;
+    PoolModel &operator=(const PoolModel &) = delete;
 
     // One operation. below(n) chooses a number from 0 to n - 1.
     template <typename Below>
-    void step(Below below) {
+    void change(Below below) {
         const int action = below(80);
         if (action < 44) {
             alloc();

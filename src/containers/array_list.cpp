@@ -2,15 +2,7 @@
 
 #include "containers/slot_array.h"
 
-namespace {
-
-// Hooks are no const members, since a derived class may count or cache in them; the source of a
-// copy is const. This is the one place where the two meet.
-VxArrayList &hooksOf(const VxArrayList &list) {
-    return const_cast<VxArrayList &>(list);
-}
-
-}  // namespace
+namespace slots = vx::slots;
 
 VxArrayList::VxArrayList() = default;
 
@@ -32,7 +24,8 @@ VxArrayList &VxArrayList::operator=(const VxArrayList &source) {
 
 void VxArrayList::dup(const VxArrayList &source) {
     if (!slots::allocateLike(source.array_, array_)) return;
-    VxArrayList &hooks = hooksOf(source);
+    // Hooks are not const, because a derived class may count or cache in them.
+    auto &hooks = const_cast<VxArrayList &>(source);
     for (int i = 0; i < array_.count; ++i)
         array_.slots[i] = hooks.copyElement(source.array_.slots[i]);
 }
@@ -44,14 +37,13 @@ void VxArrayList::set(int index, const void *element) {
 }
 
 void VxArrayList::insert(int index, const void *element) {
-    if (!slots::makeRoom(array_, index, 1, [this](int at, int n) { grow(at, n); })) return;
-    array_.slots[index] = copyElement(element);
+    if (slots::makeRoom(array_, index, 1)) array_.slots[index] = copyElement(element);
 }
 
 void VxArrayList::insert(int index, const VxArrayList &list) {
     assert(this != &list);
     const int n = list.array_.count;
-    if (!slots::makeRoom(array_, index, n, [this](int at, int more) { grow(at, more); })) return;
+    if (!slots::makeRoom(array_, index, n)) return;
     for (int i = 0; i < n; ++i)
         array_.slots[index + i] = copyElement(list.array_.slots[i]);
 }
@@ -67,6 +59,7 @@ void VxArrayList::append(const VxArrayList &list) {
 void VxArrayList::remove(int first, int n) {
     if (n == 0) return;
     assert(first >= 0 && n > 0 && n <= array_.count - first);
+    // The count falls first, so hooks see the new length.
     array_.count -= n;
     if (slots::isSparse(array_)) {
         shrink(first, n);
@@ -88,13 +81,9 @@ void VxArrayList::grow(int index, int n) {
 }
 
 void VxArrayList::shrink(int first, int n) {
-    const int capacity = slots::shrunkCapacity(array_);
-    void **fresh = slots::allocate(capacity);
+    // Allocated before the first element goes: failing then costs nothing but the unused slots.
+    const slots::Storage smaller = slots::allocateSmaller(array_);
     for (int i = first; i < first + n; ++i)
         destroyElement(array_.slots[i]);
-    if (fresh != nullptr) {
-        slots::moveTo(fresh, capacity, array_, first, n);
-    } else {
-        slots::closeGap(array_, first, n);
-    }
+    slots::moveTo(smaller, array_, first, n);
 }

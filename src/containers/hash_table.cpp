@@ -1,12 +1,14 @@
 // The table that owns its elements.
 
-#include "containers/bucket_array.h"
+#include "containers/buckets.h"
 #include "containers/uint_list.h"
+
+namespace buckets = vx::buckets;
 
 namespace {
 
-// Hooks are no const members, since a derived class may count or cache in them; look-ups and
-// the sources of copies are const. This is the one place where the two meet.
+// Hooks are not const, because a derived class may count or cache in them. Look-ups and the
+// sources of copies are const; this is the one place that casts it away.
 VxHashTable &hooksOf(const VxHashTable &table) {
     return const_cast<VxHashTable &>(table);
 }
@@ -14,7 +16,7 @@ VxHashTable &hooksOf(const VxHashTable &table) {
 }  // namespace
 
 VxHashTable::VxHashTable(int numBuckets) {
-    makeBuckets(numBuckets > 0 ? numBuckets : buckets::kDefaultNumber);
+    makeBuckets(buckets::bucketCountOrDefault(numBuckets));
 }
 
 VxHashTable::VxHashTable(const VxHashTable &source) {
@@ -44,6 +46,7 @@ VxHashTable &VxHashTable::copyObjects(const VxHashTable &source) {
     return *this;
 }
 
+// Makes both arrays or none: whoever finds buckets also finds their hashes.
 void VxHashTable::makeBuckets(int numBuckets) {
     if (!buckets::make(buckets_, numBuckets)) return;
     hashBuckets_ = new (std::nothrow) VxUIntList[static_cast<std::size_t>(numBuckets)];
@@ -58,22 +61,23 @@ void VxHashTable::releaseBuckets() {
 
 void VxHashTable::dup(const VxHashTable &source) {
     if (buckets_.numBuckets == source.buckets_.numBuckets) {
-        copyAlike(source);
+        copyBucketwise(source);
     } else if (buckets_.numBuckets > 0) {
-        distribute(source);
+        rehashFrom(source);
     }
 }
 
-// Every element at the place that it has in the source. All lists are there before the first
-// hook runs, so that without memory there is nothing to destroy yet, and in a copy constructor
-// nobody to do it.
-void VxHashTable::copyAlike(const VxHashTable &source) {
+// Every element goes to the place that it has in the source. All lists exist before the first hook
+// runs: out of memory there is then nothing to destroy, which a copy constructor could not do.
+void VxHashTable::copyBucketwise(const VxHashTable &source) {
     const int number = buckets_.numBuckets;
     for (int i = 0; i < number; ++i) {
         const int length = source.buckets_.slots(i).count;
         buckets_.elementBuckets[i] = source.buckets_.elementBuckets[i];
         hashBuckets_[i] = source.hashBuckets_[i];
-        if (buckets_.slots(i).count == length && hashBuckets_[i].isWhole(length)) continue;
+        if (buckets_.slots(i).count == length &&
+            vx::detail::Access::array(hashBuckets_[i]).countFilled() == length)
+            continue;
         for (int done = 0; done <= i; ++done) {
             buckets_.elementBuckets[done].empty();
             hashBuckets_[done].empty();
@@ -82,87 +86,76 @@ void VxHashTable::copyAlike(const VxHashTable &source) {
     }
     VxHashTable &hooks = hooksOf(source);
     for (int i = 0; i < number; ++i) {
-        const VxSlotArray &stored = source.buckets_.slots(i);
+        const auto &stored = source.buckets_.slots(i);
         for (int j = 0; j < stored.count; ++j)
             buckets_.elementBuckets[i].set(j, hooks.copyElement(stored.slots[j]));
     }
 }
 
-// Every element where its stored hash belongs in this number of buckets.
-void VxHashTable::distribute(const VxHashTable &source) {
+// Every element goes to the bucket that its stored hash has in this number of buckets.
+void VxHashTable::rehashFrom(const VxHashTable &source) {
     VxHashTable &hooks = hooksOf(source);
     for (int i = 0; i < source.buckets_.numBuckets; ++i) {
-        const VxSlotArray &stored = source.buckets_.slots(i);
+        const auto &stored = source.buckets_.slots(i);
         for (int j = 0; j < stored.count; ++j) {
             const unsigned int hash = source.hashBuckets_[i].at(j);
-            const int target = buckets_.indexOf(hash);
-            if (!hashBuckets_[target].append(hash)) {
-                empty();
-                return;
-            }
-            VxPBucketList &elements = buckets_.elementBuckets[target];
-            const int length = elements.length();
             void *copy = hooks.copyElement(stored.slots[j]);
-            elements.append(copy);
-            if (elements.length() == length) {
-                destroyElement(copy);
-                empty();
-                return;
-            }
+            if (append(buckets_.indexOf(hash), hash, copy)) continue;
+            destroyElement(copy);
+            empty();
+            return;
         }
     }
 }
 
-int VxHashTable::find(unsigned int hash, int bucket, const void *element) {
-    const VxSlotArray &stored = buckets_.slots(bucket);
-    const VxUIntList &hashes = hashBuckets_[bucket];
-    for (int i = 0; i < stored.count; ++i) {
-        if (hashes.at(i) == hash && equalElements(element, stored.slots[i]) != 0) return i;
-    }
-    return -1;
+// Appends to both lists of a bucket. False out of memory; nothing is added then.
+bool VxHashTable::append(int bucket, unsigned int hash, void *stored) {
+    VxUIntList &hashes = hashBuckets_[bucket];
+    if (!hashes.append(hash)) return false;
+    if (buckets::append(buckets_.elementBuckets[bucket], stored)) return true;
+    hashes.remove(hashes.length() - 1, 1);
+    return false;
 }
 
-// -1 in a table without buckets.
-int VxHashTable::bucketOf(unsigned int hash) const {
-    return buckets_.numBuckets > 0 ? buckets_.indexOf(hash) : -1;
+// Inline, for the speed of look-ups. Compares the hashes first: equalElements is a virtual call,
+// and often an expensive one.
+VxHashTable::Place VxHashTable::find(unsigned int hash, const void *element) {
+    if (buckets_.numBuckets <= 0) return {-1, -1};
+    const int bucket = buckets_.indexOf(hash);
+    const auto &stored = buckets_.slots(bucket);
+    const VxUIntList &hashes = hashBuckets_[bucket];
+    for (int i = 0; i < stored.count; ++i) {
+        if (hashes.at(i) == hash && equalElements(element, stored.slots[i]) != 0)
+            return {bucket, i};
+    }
+    return {bucket, -1};
 }
 
 short VxHashTable::insert(const void *element) {
     if (element == nullptr) return 0;
     const unsigned int hash = hashElement(element);
-    const int bucket = bucketOf(hash);
-    if (bucket < 0 || find(hash, bucket, element) >= 0) return 0;
+    const Place place = find(hash, element);
+    if (place.bucket < 0 || place.found()) return 0;
+    // The copy comes first: if the hook rejects the element, no list has grown.
     void *copy = copyElement(element);
     if (copy == nullptr) return 0;
-
-    VxUIntList &hashes = hashBuckets_[bucket];
-    if (hashes.append(hash)) {
-        VxPBucketList &elements = buckets_.elementBuckets[bucket];
-        elements.append(copy);
-        if (elements.length() == hashes.length()) return 1;
-        hashes.remove(hashes.length() - 1, 1);
-    }
+    if (append(place.bucket, hash, copy)) return 1;
     destroyElement(copy);
     return 0;
 }
 
 short VxHashTable::remove(const void *element) {
-    const unsigned int hash = hashElement(element);
-    const int bucket = bucketOf(hash);
-    const int position = bucket < 0 ? -1 : find(hash, bucket, element);
-    if (position < 0) return 0;
-    VxPBucketList &elements = buckets_.elementBuckets[bucket];
-    destroyElement(elements.slots().slots[position]);
-    elements.remove(position, 1);
-    hashBuckets_[bucket].remove(position, 1);
+    const Place place = find(hashElement(element), element);
+    if (!place.found()) return 0;
+    destroyElement(buckets_.slots(place.bucket).slots[place.position]);
+    buckets_.elementBuckets[place.bucket].remove(place.position, 1);
+    hashBuckets_[place.bucket].remove(place.position, 1);
     return 1;
 }
 
 void *VxHashTable::has(const void *element) {
-    const unsigned int hash = hashElement(element);
-    const int bucket = bucketOf(hash);
-    const int position = bucket < 0 ? -1 : find(hash, bucket, element);
-    return position < 0 ? nullptr : buckets_.slots(bucket).slots[position];
+    const Place place = find(hashElement(element), element);
+    return place.found() ? buckets_.slots(place.bucket).slots[place.position] : nullptr;
 }
 
 const void *VxHashTable::has(const void *element) const {
@@ -171,11 +164,11 @@ const void *VxHashTable::has(const void *element) const {
 
 void VxHashTable::empty() {
     for (int i = 0; i < buckets_.numBuckets; ++i) {
-        VxPBucketList &elements = buckets_.elementBuckets[i];
-        const int length = elements.length();
+        const auto &stored = buckets_.slots(i);
+        const int length = stored.count;
         for (int j = 0; j < length; ++j)
-            destroyElement(elements.slots().slots[j]);
-        elements.empty();
+            destroyElement(stored.slots[j]);
+        buckets_.elementBuckets[i].empty();
         hashBuckets_[i].empty();
     }
 }

@@ -3,44 +3,39 @@
 
 #include "containers/slot_array.h"
 
+namespace slots = vx::slots;
+using vx::slots::SlotArray;
+
 namespace {
 
-template <typename Grow>
-void insertPointer(VxSlotArray &array, int index, const void *element, Grow grow) {
-    if (slots::makeRoom(array, index, 1, grow)) array.slots[index] = const_cast<void *>(element);
+void insertPointer(SlotArray &array, int index, const void *element) {
+    if (slots::makeRoom(array, index, 1)) array.slots[index] = const_cast<void *>(element);
 }
 
-template <typename Grow>
-void insertAll(VxSlotArray &array, int index, const VxSlotArray &list, Grow grow) {
+void insertAll(SlotArray &array, int index, const SlotArray &list) {
     assert(&array != &list);
-    if (!slots::makeRoom(array, index, list.count, grow)) return;
+    if (!slots::makeRoom(array, index, list.count)) return;
     for (int i = 0; i < list.count; ++i)
         array.slots[index + i] = list.slots[i];
 }
 
-template <typename Shrink>
-void removeRange(VxSlotArray &array, int first, int n, Shrink shrink) {
+void shrinkArray(SlotArray &array, int first, int n) {
+    slots::moveTo(slots::allocateSmaller(array), array, first, n);
+}
+
+void removeRange(SlotArray &array, int first, int n) {
     if (n == 0) return;
     assert(first >= 0 && n > 0 && n <= array.count - first);
     array.count -= n;
     if (slots::isSparse(array)) {
-        shrink(first, n);
+        shrinkArray(array, first, n);
     } else {
         slots::closeGap(array, first, n);
     }
 }
 
-void shrinkArray(VxSlotArray &array, int first, int n) {
-    const int capacity = slots::shrunkCapacity(array);
-    void **fresh = slots::allocate(capacity);
-    if (fresh != nullptr) {
-        slots::moveTo(fresh, capacity, array, first, n);
-    } else {
-        slots::closeGap(array, first, n);
-    }
-}
-
-void assignArray(VxSlotArray &array, const VxSlotArray &source) {
+// Releases the old slots first, so that the new ones may take their memory.
+void assignArray(SlotArray &array, const SlotArray &source) {
     if (&array == &source) return;
     slots::release(array);
     slots::copy(source, array);
@@ -64,19 +59,19 @@ VxPArrayList &VxPArrayList::operator=(const VxPArrayList &source) {
 }
 
 void VxPArrayList::insert(int index, void *element) {
-    insertPointer(array_, index, element, [this](int at, int n) { grow(at, n); });
+    insertPointer(array_, index, element);
 }
 
 void VxPArrayList::insert(int index, const VxPArrayList &list) {
-    insertAll(array_, index, list.array_, [this](int at, int n) { grow(at, n); });
+    insertAll(array_, index, list.array_);
 }
 
 void VxPArrayList::append(const VxPArrayList &list) {
-    insert(array_.count, list);
+    insertAll(array_, array_.count, list.array_);
 }
 
 void VxPArrayList::remove(int first, int n) {
-    removeRange(array_, first, n, [this](int at, int gone) { shrink(at, gone); });
+    removeRange(array_, first, n);
 }
 
 void VxPArrayList::empty() {
@@ -107,19 +102,19 @@ VxCPArrayList &VxCPArrayList::operator=(const VxCPArrayList &source) {
 }
 
 void VxCPArrayList::insert(int index, const void *element) {
-    insertPointer(array_, index, element, [this](int at, int n) { grow(at, n); });
+    insertPointer(array_, index, element);
 }
 
 void VxCPArrayList::insert(int index, const VxCPArrayList &list) {
-    insertAll(array_, index, list.array_, [this](int at, int n) { grow(at, n); });
+    insertAll(array_, index, list.array_);
 }
 
 void VxCPArrayList::append(const VxCPArrayList &list) {
-    insert(array_.count, list);
+    insertAll(array_, array_.count, list.array_);
 }
 
 void VxCPArrayList::remove(int first, int n) {
-    removeRange(array_, first, n, [this](int at, int gone) { shrink(at, gone); });
+    removeRange(array_, first, n);
 }
 
 void VxCPArrayList::empty() {

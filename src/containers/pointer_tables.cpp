@@ -1,39 +1,30 @@
-// The two tables of the caller's pointers. They differ in the constness of what they hold, so the
-// work is done once, for either kind of bucket.
+// The two tables of the caller's pointers. They differ in the constness of what they hold, so one
+// set of functions does the work for both kinds of bucket.
 
-#include "containers/bucket_array.h"
+#include "containers/buckets.h"
+
+namespace buckets = vx::buckets;
+using vx::buckets::Buckets;
 
 VxPBucketList::~VxPBucketList() = default;
 VxCPBucketList::~VxCPBucketList() = default;
 
 namespace {
 
-int requested(int numBuckets) {
-    return numBuckets > 0 ? numBuckets : buckets::kDefaultNumber;
-}
-
 template <typename List>
-typename VxBuckets<List>::Place find(const VxBuckets<List> &in, const void *element) {
+auto find(const Buckets<List> &in, const void *element) {
     return in.find(VxPHashTable::hash(element), element);
 }
 
-// False without memory; nothing is added then.
 template <typename List, typename Element>
-bool append(List &bucket, Element element) {
-    const int length = bucket.length();
-    bucket.append(element);
-    return bucket.length() > length;
-}
-
-template <typename List, typename Element>
-short insert(const VxBuckets<List> &in, Element element) {
+short insertPointer(const Buckets<List> &in, Element element) {
     const auto place = find(in, element);
     if (place.bucket < 0 || place.found()) return 0;
-    return append(in.elementBuckets[place.bucket], element) ? 1 : 0;
+    return buckets::append(in.elementBuckets[place.bucket], element) ? 1 : 0;
 }
 
 template <typename List>
-short remove(const VxBuckets<List> &in, const void *element) {
+short removePointer(const Buckets<List> &in, const void *element) {
     const auto place = find(in, element);
     if (!place.found()) return 0;
     in.elementBuckets[place.bucket].remove(place.position, 1);
@@ -41,13 +32,14 @@ short remove(const VxBuckets<List> &in, const void *element) {
 }
 
 template <typename List>
-void empty(const VxBuckets<List> &in) {
+void emptyBuckets(const Buckets<List> &in) {
     for (int i = 0; i < in.numBuckets; ++i)
         in.elementBuckets[i].empty();
 }
 
+// Copies each list as it is. False out of memory.
 template <typename List>
-bool copyAlike(const VxBuckets<List> &source, const VxBuckets<List> &in) {
+bool copyBucketwise(const Buckets<List> &source, const Buckets<List> &in) {
     for (int i = 0; i < in.numBuckets; ++i) {
         in.elementBuckets[i] = source.elementBuckets[i];
         if (in.slots(i).count != source.slots(i).count) return false;
@@ -55,34 +47,35 @@ bool copyAlike(const VxBuckets<List> &source, const VxBuckets<List> &in) {
     return true;
 }
 
+// Adds each element to the bucket that it has in this number of buckets. False out of memory.
 template <typename List>
-bool distribute(const VxBuckets<List> &source, const VxBuckets<List> &in) {
+bool rehashFrom(const Buckets<List> &source, const Buckets<List> &in) {
     for (int i = 0; i < source.numBuckets; ++i) {
-        const VxSlotArray &stored = source.slots(i);
+        const auto &stored = source.slots(i);
         for (int j = 0; j < stored.count; ++j) {
             void *element = stored.slots[j];
             const int target = in.indexOf(VxPHashTable::hash(element));
-            if (!append(in.elementBuckets[target], element)) return false;
+            if (!buckets::append(in.elementBuckets[target], element)) return false;
         }
     }
     return true;
 }
 
-// The table is empty. It gets all of the source or, without memory, nothing.
+// The table is empty. It gets all elements of the source or, out of memory, none.
 template <typename List>
-void duplicate(const VxBuckets<List> &source, const VxBuckets<List> &in) {
+void duplicate(const Buckets<List> &source, const Buckets<List> &in) {
     if (in.numBuckets == 0) return;
-    const bool alike = in.numBuckets == source.numBuckets;
-    if (!(alike ? copyAlike(source, in) : distribute(source, in))) empty(in);
+    const bool bucketwise = in.numBuckets == source.numBuckets;
+    if (!(bucketwise ? copyBucketwise(source, in) : rehashFrom(source, in))) emptyBuckets(in);
 }
 
 }  // namespace
 
 VxPHashTable::VxPHashTable(int numBuckets) {
-    buckets::make(buckets_, requested(numBuckets));
+    buckets::make(buckets_, buckets::bucketCountOrDefault(numBuckets));
 }
 
-VxPHashTable::VxPHashTable() : VxPHashTable(buckets::kDefaultNumber) {}
+VxPHashTable::VxPHashTable() : VxPHashTable(buckets::kDefaultCount) {}
 
 VxPHashTable::VxPHashTable(const VxPHashTable &source) {
     buckets::make(buckets_, source.buckets_.numBuckets);
@@ -115,15 +108,15 @@ void VxPHashTable::dup(const VxPHashTable &source) {
 }
 
 short VxPHashTable::insert(void *element) {
-    return ::insert(buckets_, element);
+    return insertPointer(buckets_, element);
 }
 
 short VxPHashTable::remove(const void *element) {
-    return ::remove(buckets_, element);
+    return removePointer(buckets_, element);
 }
 
 void VxPHashTable::empty() {
-    ::empty(buckets_);
+    emptyBuckets(buckets_);
 }
 
 int VxPHashTable::getNumElements() const {
@@ -147,10 +140,10 @@ double VxPHashTable::getVarianceUsedBucketLength() const {
 }
 
 VxCPHashTable::VxCPHashTable(int numBuckets) {
-    buckets::make(buckets_, requested(numBuckets));
+    buckets::make(buckets_, buckets::bucketCountOrDefault(numBuckets));
 }
 
-VxCPHashTable::VxCPHashTable() : VxCPHashTable(buckets::kDefaultNumber) {}
+VxCPHashTable::VxCPHashTable() : VxCPHashTable(buckets::kDefaultCount) {}
 
 VxCPHashTable::VxCPHashTable(const VxCPHashTable &source) {
     buckets::make(buckets_, source.buckets_.numBuckets);
@@ -183,15 +176,15 @@ void VxCPHashTable::dup(const VxCPHashTable &source) {
 }
 
 short VxCPHashTable::insert(const void *element) {
-    return ::insert(buckets_, element);
+    return insertPointer(buckets_, element);
 }
 
 short VxCPHashTable::remove(const void *element) {
-    return ::remove(buckets_, element);
+    return removePointer(buckets_, element);
 }
 
 void VxCPHashTable::empty() {
-    ::empty(buckets_);
+    emptyBuckets(buckets_);
 }
 
 int VxCPHashTable::getNumElements() const {

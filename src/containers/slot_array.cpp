@@ -3,36 +3,42 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace slots {
+namespace vx::slots {
 
 namespace {
 
+// The next power of two does not fit in an int.
 constexpr int kMaxCapacity = 1 << 30;
 
 std::size_t bytes(int n) {
     return static_cast<std::size_t>(n) * sizeof(void *);
 }
 
-// Null pointers come only with no slots to move, which memcpy does not allow for.
+void **allocate(int capacity) {
+    return static_cast<void **>(std::malloc(bytes(capacity)));
+}
+
+// memcpy does not take null pointers, not even for no bytes.
 void copySlots(void **to, void *const *from, int n) {
     if (n > 0) std::memcpy(to, from, bytes(n));
 }
 
 }  // namespace
 
-void **allocate(int capacity) {
-    return static_cast<void **>(std::malloc(bytes(capacity)));
+void openGap(SlotArray &array, int index, int n) {
+    const int after = array.count - index - n;
+    if (after > 0) std::memmove(array.slots + index + n, array.slots + index, bytes(after));
 }
 
-void grow(VxSlotArray &array, int index, int n) {
+void grow(SlotArray &array, int index, int n) {
     if (array.count > kMaxCapacity) return;
     int capacity = array.capacity;
     while (capacity < array.count)
         capacity = capacity == 0 ? 1 : capacity * 2;
 
-    const int behind = array.count - index - n;
-    if (behind == 0) {
-        // Nothing moves, so that the allocator may extend the block where it lies.
+    const int after = array.count - index - n;
+    if (after == 0) {
+        // No slot moves, so the allocator may extend the block in place.
         auto *extended = static_cast<void **>(std::realloc(array.slots, bytes(capacity)));
         if (extended == nullptr) return;
         array.slots = extended;
@@ -40,41 +46,39 @@ void grow(VxSlotArray &array, int index, int n) {
         void **fresh = allocate(capacity);
         if (fresh == nullptr) return;
         copySlots(fresh, array.slots, index);
-        copySlots(fresh + index + n, array.slots + index, behind);
+        copySlots(fresh + index + n, array.slots + index, after);
         std::free(array.slots);
         array.slots = fresh;
     }
     array.capacity = capacity;
 }
 
-void openGap(VxSlotArray &array, int index, int n) {
-    const int behind = array.count - index - n;
-    if (behind > 0) {
-        std::memmove(array.slots + index + n, array.slots + index, bytes(behind));
-    }
+void closeGap(SlotArray &array, int first, int n) {
+    const int after = array.count - first;
+    if (after > 0) std::memmove(array.slots + first, array.slots + first + n, bytes(after));
 }
 
-void closeGap(VxSlotArray &array, int first, int n) {
-    const int behind = array.count - first;
-    if (behind > 0) std::memmove(array.slots + first, array.slots + first + n, bytes(behind));
-}
-
-int shrunkCapacity(const VxSlotArray &array) {
+Storage allocateSmaller(const SlotArray &array) {
+    // Ends at 2 at the latest: no count is below 2 >> 2.
     int capacity = array.capacity >> 1;
     while (capacity != 1 && array.count < capacity >> 2)
         capacity >>= 1;
-    return capacity;
+    return {allocate(capacity), capacity};
 }
 
-void moveTo(void **fresh, int capacity, VxSlotArray &array, int first, int n) {
-    copySlots(fresh, array.slots, first);
-    copySlots(fresh + first, array.slots + first + n, array.count - first);
+void moveTo(Storage storage, SlotArray &array, int first, int n) {
+    if (storage.slots == nullptr) {
+        closeGap(array, first, n);
+        return;
+    }
+    copySlots(storage.slots, array.slots, first);
+    copySlots(storage.slots + first, array.slots + first + n, array.count - first);
     std::free(array.slots);
-    array.slots = fresh;
-    array.capacity = capacity;
+    array.slots = storage.slots;
+    array.capacity = storage.capacity;
 }
 
-bool allocateLike(const VxSlotArray &source, VxSlotArray &array) {
+bool allocateLike(const SlotArray &source, SlotArray &array) {
     if (source.capacity > 0) {
         array.slots = allocate(source.capacity);
         if (array.slots == nullptr) return false;
@@ -84,15 +88,13 @@ bool allocateLike(const VxSlotArray &source, VxSlotArray &array) {
     return true;
 }
 
-bool copy(const VxSlotArray &source, VxSlotArray &array) {
-    if (!allocateLike(source, array)) return false;
-    copySlots(array.slots, source.slots, source.count);
-    return true;
+void copy(const SlotArray &source, SlotArray &array) {
+    if (allocateLike(source, array)) copySlots(array.slots, source.slots, source.count);
 }
 
-void release(VxSlotArray &array) {
+void release(SlotArray &array) {
     std::free(array.slots);
     array = {};
 }
 
-}  // namespace slots
+}  // namespace vx::slots

@@ -1,4 +1,4 @@
-// The list of stored hashes of a bucket: each slot points to a cell of its own.
+// The list of stored hashes of a bucket. Each slot points to a cell of its own.
 
 #ifndef VX_CONTAINERS_UINT_LIST_H
 #define VX_CONTAINERS_UINT_LIST_H
@@ -14,11 +14,8 @@ public:
 
     unsigned int at(int index) const { return *static_cast<const unsigned int *>(get(index)); }
 
-    // False without memory; nothing is added then.
+    // False out of memory; nothing is added then.
     bool append(unsigned int value);
-
-    // Has a copy as many entries as its source, and each of them its cell.
-    bool isWhole(int length) const;
 
 protected:
     void *copyElement(const void *value) override;

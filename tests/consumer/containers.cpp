@@ -25,7 +25,7 @@ struct Light {
     double power;
 };
 
-// A list that owns lights.
+// Owns its lights.
 class LightList : public VxArrayList {
 public:
     LightList() = default;
@@ -33,26 +33,26 @@ public:
     LightList &operator=(const LightList &) = default;
     ~LightList() override { empty(); }
     void append(const Light &light) { VxArrayList::append(&light); }
-    const Light &get(int i) const { return *static_cast<const Light *>(VxArrayList::get(i)); }
+    // Null if there was no memory for the element.
+    const Light *get(int i) const { return static_cast<const Light *>(VxArrayList::get(i)); }
 
 protected:
     void *copyElement(const void *light) override {
+        if (light == nullptr) return nullptr;
         return new (std::nothrow) Light(*static_cast<const Light *>(light));
     }
     void destroyElement(void *light) override { delete static_cast<Light *>(light); }
 };
 
-// Lists of lights that belong to others.
-class LightRefs : public VxPArrayList {
-public:
-    void append(Light *light) { VxPArrayList::append(light); }
-    Light *get(int i) const { return static_cast<Light *>(VxPArrayList::get(i)); }
+// Lists of lights that others own.
+struct LightRefs : VxPArrayList {
+    using VxPArrayList::append;
+    using VxPArrayList::get;
 };
 
-class LightViews : public VxCPArrayList {
-public:
-    void append(const Light *light) { VxCPArrayList::append(light); }
-    const Light *get(int i) const { return static_cast<const Light *>(VxCPArrayList::get(i)); }
+struct LightViews : VxCPArrayList {
+    using VxCPArrayList::append;
+    using VxCPArrayList::get;
 };
 
 // A set of names that owns its strings.
@@ -81,17 +81,15 @@ private:
     static const VxString &string(const void *name) { return *static_cast<const VxString *>(name); }
 };
 
-class LightSet : public VxPHashTable {
-public:
-    bool insert(Light *light) { return VxPHashTable::insert(light) != 0; }
-    bool has(const Light *light) const { return VxPHashTable::has(light) == light; }
+struct LightSet : VxPHashTable {
+    using VxPHashTable::has;
+    using VxPHashTable::insert;
 };
 
-class LightViewSet : public VxCPHashTable {
-public:
+struct LightViewSet : VxCPHashTable {
     LightViewSet() : VxCPHashTable(100) {}
-    bool insert(const Light *light) { return VxCPHashTable::insert(light) != 0; }
-    bool remove(const Light *light) { return VxCPHashTable::remove(light) != 0; }
+    using VxCPHashTable::insert;
+    using VxCPHashTable::remove;
 };
 
 void lists() {
@@ -102,8 +100,8 @@ void lists() {
     owned.append(lamp);
     LightList copy(owned);
     owned.remove(0, 1);
-    check(copy.length() == 2 && copy.get(0).name == sun.name, "a copied list is whole");
-    check(owned.length() == 1 && owned.get(0).power == 60.0, "its source went its own way");
+    check(copy.length() == 2 && copy.get(0)->name == sun.name, "a copied list is complete");
+    check(owned.length() == 1 && owned.get(0)->power == 60.0, "its source changes alone");
     copy = owned;
     check(copy.length() == 1, "assignment of lists");
 
@@ -145,7 +143,7 @@ void tables() {
 void readyTypes() {
     VxOwningList<std::string> words;
     for (const char *word : {"b", "c", "a"})
-        words.append(word);
+        check(words.append(word), "an owned word");
     std::sort(words.begin(), words.end());
     VxOwningTable<std::string> table;
     VxPointerList<std::string> refs;

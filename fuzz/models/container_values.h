@@ -1,7 +1,7 @@
 // The same ints in every kind of container: as copies, and as pointers to cells of that number.
 
-#ifndef VX_TESTS_CONTAINER_VALUES_H
-#define VX_TESTS_CONTAINER_VALUES_H
+#ifndef VX_FUZZ_MODELS_CONTAINER_VALUES_H
+#define VX_FUZZ_MODELS_CONTAINER_VALUES_H
 
 #include <string>
 #include <type_traits>
@@ -34,7 +34,7 @@ inline std::vector<int> values(const auto &container) {
     return all;
 }
 
-// What the hooks of containers under test leave behind.
+// What the hooks of containers under test record.
 inline std::string hookLog;
 
 std::string logOf(auto &&action) {
@@ -43,7 +43,7 @@ std::string logOf(auto &&action) {
     return hookLog;
 }
 
-// Owns ints, with hooks that leave a word each in the log: whose, what, on which number.
+// Owns ints. Each hook logs one word: its owner, what it did, and on which number.
 template <typename Base>
 class Logging : public Base {
 public:

@@ -1,7 +1,7 @@
-// Strings beside those of the standard library: runs of changes, and searches.
+// Strings compared with those of the standard library: runs of changes, and searches.
 
-#ifndef VX_TESTS_STRING_RUN_H
-#define VX_TESTS_STRING_RUN_H
+#ifndef VX_FUZZ_MODELS_STRING_MODEL_H
+#define VX_FUZZ_MODELS_STRING_MODEL_H
 
 #include "platform/code_page.h"
 
@@ -25,13 +25,21 @@ inline const char *body(const VxString &string) {
     return string;
 }
 
+// A text over and over again, up to a length.
+inline std::string repeated(const std::string &text, std::size_t length) {
+    std::string result;
+    while (!text.empty() && result.size() < length)
+        result += text;
+    return result.substr(0, length);
+}
+
 inline std::string mapped(std::string text, char (*change)(char)) {
     std::transform(text.begin(), text.end(), text.begin(), change);
     return text;
 }
 
 // Every operation that changes text, on strings that share bodies at random.
-class StringRun {
+class StringModel {
 public:
     // One change. below(n) chooses a number from 0 to n - 1.
     template <typename Below>
@@ -75,14 +83,14 @@ public:
         }
     }
 
-    // How the strings differ from their models; empty when they do not.
+    // How the strings differ from their models; empty if they do not.
     std::string difference() const {
         for (int k = 0; k < kStrings; ++k) {
             if (text(strings_[k]) != models_[k]) {
                 return "string " + std::to_string(k) + " is " + text(strings_[k]) + ", not " +
                        models_[k];
             }
-            if (body(strings_[k])[strings_[k].length()] != '\0') return "a lost end";
+            if (body(strings_[k])[strings_[k].length()] != '\0') return "a lost terminator";
         }
         return "";
     }
@@ -95,7 +103,7 @@ private:
     std::string models_[kStrings];
 };
 
-// All searches: what each finds, and what those of std::string find, whose npos is -1 as an int.
+// All searches: the result of each, and that of std::string, whose npos is -1 as an int.
 inline std::vector<std::pair<int, int>> searches(const std::string &in, const std::string &what,
                                                  char byte, std::size_t from) {
     using vx::lowered;
