@@ -47,7 +47,7 @@ void useEverything(unsigned seed) {
     TableModel<VxPointerTable<int>> table(7);
     PoolModel pool(16);
     SearchPathRun path("/a;/b", "/");
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < 1000; ++i) {
         strings.change(below);
         pool.change(below);
         EXPECT_TRUE(list.change(below) && table.change(below));
