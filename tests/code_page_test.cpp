@@ -57,7 +57,7 @@ TEST(CodePage, HalfACharacterIsNeitherFoundNorCopiedNorCompared) {
 }
 
 TEST(CodePage, TextSplitsAtSeparators) {
-    char text[] = ";;a" SO ";;b;";
+    char text[] = ";;a" SO ";;b";
     char *rest = text;
     EXPECT_STREQ(vx::splitNext(rest, ';'), "a" SO);
     EXPECT_STREQ(vx::splitNext(rest, ';'), "b");
