@@ -109,9 +109,9 @@ protected:
 
 std::uint64_t hashOf(const VxPicture &picture) {
     std::uint64_t hash = 0xcbf29ce484222325;
-    for (const std::uint16_t element : picture.elements) {
-        for (const unsigned byte : {element & 0xFFU, unsigned{element} >> 8})
-            hash = (hash ^ byte) * 0x100000001b3;
+    for (const unsigned element : picture.elements) {
+        hash = (hash ^ (element & 0xFF)) * 0x100000001b3;
+        hash = (hash ^ element >> 8) * 0x100000001b3;
     }
     return hash;
 }
@@ -199,7 +199,7 @@ TEST_F(Image, AnyByteMayBeWrong) {
 
 TEST_F(Image, FilesAreTheRowsThatWerePut) {
     std::mt19937 random(1);
-    for (const unsigned width : {0, 1, 2, 3, 4, 5, 31, 32, 33, 63, 64, 127, 128, 255, 300}) {
+    for (const unsigned width : {0U, 1U, 2U, 3U, 4U, 5U, 31U, 32U, 33U, 127U, 128U, 255U, 300U}) {
         for (const auto &[y, z] : {std::pair{1, 1}, {5, 1}, {1, 3}, {3, 4}}) {
             for (const unsigned format : kFormats) {
                 SCOPED_TRACE(testing::Message() << width << 'x' << y << 'x' << z << ' ' << format);
@@ -294,24 +294,25 @@ TEST_F(Image, RowsThatCannotBePut) {
 // ---- Opening
 
 TEST_F(Image, ModesAndDescriptors) {
-    VxImage *image = vxImageOpen(path_.c_str(), "w", 0x101U, 1U, 9U);  // no more sizes are taken
-    EXPECT_EQ(std::tie(image->xSize, image->ySize, image->zSize, image->dimension),
-              std::make_tuple(9, 1, 1, 1));
-    EXPECT_EQ(vxImageClose(image), 0);
-    const std::string before = folder_.read("a.sgi");
+    const auto descriptor = [&] { return ::open(path_.c_str(), O_RDWR | O_CREAT, 0600); };
+    ::close(0);
+    VxImage *image = vxImageOpenFd(descriptor(), "w", 0x101U, 1U, 9U);  // no more sizes are taken
+    EXPECT_EQ(image->file, 0);
+    FileModel model(0x101, 9, 1, 1);
+    expectFile(image, model);
     for (const char *mode : {"r+", "w+", "a+"}) {
         EXPECT_EQ(vxImageOpen(path_.c_str(), mode, 1, 1, 1), nullptr);
         EXPECT_EQ(takeReports(), reportOf(20361));
     }
-    EXPECT_EQ(folder_.read("a.sgi"), before);
-    image = vxImageOpenFd(::open(path_.c_str(), O_RDWR), "a");
+    EXPECT_TRUE(folder_.read("a.sgi") == model.bytes());
+    image = vxImageOpenFd(descriptor(), "a");
     EXPECT_EQ(image->flags, VX_IMAGE_WRITE);
     EXPECT_EQ(image->appendOffset, 520U);
     EXPECT_EQ(vxImageClose(image), 0);
     errno = 0;
     EXPECT_EQ(vxImageOpen("/no/such/file", "r"), nullptr);
-    EXPECT_EQ(errno, ENOENT);
     EXPECT_EQ(vxImageOpenFd(-1, "r"), nullptr);
+    EXPECT_EQ(errno, ENOENT);
     EXPECT_EQ(takeReports(), "");
     EXPECT_EQ(vxImageOpen("/no/such/folder/file", "w", 1, 1, 1), nullptr);
     EXPECT_EQ(vxImageOpenFd(-1, "w", 1, 1, 1), nullptr);
@@ -483,9 +484,7 @@ TEST_F(Image, OtherOwnersHoldAndRelease) {
 
 VxPicture pictureOf(int width, int height, int planes) {
     VxPicture picture;
-    picture.width = width;
-    picture.height = height;
-    picture.planes = planes;
+    std::tie(picture.width, picture.height, picture.planes) = std::tie(width, height, planes);
     picture.elements.resize(static_cast<std::size_t>(width * height * planes));
     std::iota(picture.elements.begin(), picture.elements.end(), std::uint16_t{1});
     return picture;
@@ -596,15 +595,14 @@ TEST(WordSwap, ReversesCompleteWordsOnly) {
     for (const auto &[swap, word] : {std::pair{&vxSwapShorts, 2}, {&vxSwapLongs, 4}}) {
         for (int offset = 0; offset < 4; ++offset) {
             for (int count = -1; count <= 70; ++count) {
-                std::vector<Byte> bytes(80);
-                std::iota(bytes.begin(), bytes.end(), Byte{0});
-                std::vector<Byte> expected = bytes;
-                for (int i = 0; count > 0 && i < count / word; ++i) {
-                    const auto start = expected.begin() + offset + i * word;
-                    std::reverse(start, start + word);
-                }
-                swap(&bytes[static_cast<std::size_t>(offset)], count);
-                ASSERT_EQ(bytes, expected) << word << " " << offset << " " << count;
+                std::string bytes(80, '\0');
+                std::iota(bytes.begin(), bytes.end(), '\0');
+                std::string expected = bytes;
+                char *at = expected.data() + offset;
+                for (int left = count; left >= word; left -= word, at += word)
+                    std::reverse(at, at + word);
+                swap(bytes.data() + offset, count);
+                ASSERT_EQ(bytes, expected);
             }
         }
     }

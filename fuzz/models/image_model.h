@@ -51,7 +51,7 @@ struct ReadResult {
     bool operator==(const ReadResult &) const = default;
 };
 
-// A call that loads a row of the stream: its result, the flags of the end and of errors, the
+// A call that loads a row of the stream: its result, the flags of the handle, the
 // elements left after the first, and the row from the element that comes next, or all of the last
 // row.
 struct StreamStep {
@@ -63,7 +63,9 @@ struct StreamStep {
     bool operator==(const StreamStep &) const = default;
 };
 
-constexpr unsigned kMaxStreamSteps = 40, kEof = VX_IMAGE_EOF, kError = VX_IMAGE_ERROR;
+constexpr unsigned kMaxStreamSteps = 40;
+constexpr unsigned kRead = VX_IMAGE_READ, kAtEnd = kRead | VX_IMAGE_EOF,
+                   kFailed = kRead | VX_IMAGE_ERROR;
 
 // The fields of the header, and the name.
 using Header = std::pair<Elements, std::string>;
@@ -116,11 +118,11 @@ public:
             const auto loaded = row(step % rows, step / rows).row;
             if (!loaded || loaded->empty() || loaded->size() > 32768) {
                 const bool empty = loaded && loaded->empty();
-                steps.push_back({-1, empty ? kEof : kError, 0, {}});
+                steps.push_back({-1, empty ? kAtEnd : kFailed, 0, {}});
                 return steps;
             }
             const bool last = step + 1 == rows * static_cast<unsigned>(planes());
-            steps.push_back({last ? -1 : static_cast<int>(loaded->front()), last ? kEof : 0,
+            steps.push_back({last ? -1 : static_cast<int>(loaded->front()), last ? kAtEnd : kRead,
                              static_cast<int>(loaded->size()) - 1, *loaded});
             if (last) return steps;
         }
@@ -303,13 +305,11 @@ inline ReadResult readRow(VxImage *image, unsigned y, unsigned z, std::uint16_t 
 
 inline std::vector<StreamStep> readStream(VxImage *image) {
     std::vector<StreamStep> steps;
-    unsigned flags = 0;
-    while (steps.size() < kMaxStreamSteps && flags == 0) {
+    while (steps.size() < kMaxStreamSteps && image->flags == kRead) {
         const int result = vxImageFillPixels(image);
-        flags = image->flags & (kEof | kError);
-        steps.push_back({result, flags, image->pixelsLeft, {}});
-        if (flags == kError) break;
-        const std::uint16_t *first = image->nextPixel - (flags == 0 ? 1 : 0);
+        steps.push_back({result, image->flags, image->pixelsLeft, {}});
+        if (image->flags == kFailed) break;
+        const std::uint16_t *first = image->nextPixel - (image->flags == kRead ? 1 : 0);
         steps.back().row.assign(first, first + image->xSize);
     }
     return steps;
