@@ -43,10 +43,11 @@ inline std::string reportOf(int id, ...) {
 
 // ---- What reading gives
 
-// The messages of the call and, if it succeeds, the elements.
+// The messages of the call and, if it succeeds, the elements. Then the stored bytes of the row.
 struct ReadResult {
     std::string reports;
     std::optional<Elements> row;
+    std::uint32_t storedBytes = 0;
 
     bool operator==(const ReadResult &) const = default;
 };
@@ -103,11 +104,13 @@ public:
         if (dimension() < 3) z = 0;
         if (dimension() < 2) y = 0;
         ReadResult result{rowReports(y, z), {}};
-        if (!result.reports.empty()) return result;
         const std::uint64_t index = dimension() == 3 ? std::uint64_t{z} * head(4) + y : y;
-        const bool written = storage() == 0 || (tableEntry(1, index) & 0xFFFF) != 0xFFFF;
-        if (written) result.row = storage() == 0 ? verbatim(index) : runLength(index);
-        if (written && !result.row) result.reports = reportOf(20380);
+        const bool exists = result.reports.empty() || result.reports == reportOf(20381);
+        if (exists && storage() == 1) result.storedBytes = tableEntry(1, index);
+        if (!result.reports.empty()) return result;
+        if ((result.storedBytes & 0xFFFF) == 0xFFFF) return result;  // never written
+        result.row = storage() == 0 ? verbatim(index) : runLength(index);
+        if (!result.row) result.reports = reportOf(20380);
         return result;
     }
 
@@ -294,6 +297,9 @@ inline ReadResult readRow(VxImage *image, unsigned y, unsigned z, std::uint16_t 
     std::uint16_t *memory = image->xSize != 0 ? row.data() : nullptr;  // none is needed then
     const int got = vxImageGetRow(image, memory, static_cast<int>(y), static_cast<int>(z));
     ReadResult result{takeReports(), {}};
+    // A row out of range leaves the handle at the row before.
+    if (!result.reports.starts_with(reportOf(20372)))
+        result.storedBytes = static_cast<std::uint32_t>(vxImageRowSize(image));
     if (got == image->xSize) result.row.emplace(row.begin(), row.end() - 1);
     if (got != image->xSize && got != -1) result.reports += "another result";
     if (row.back() != stale) result.reports += "written after the end";
