@@ -189,7 +189,7 @@ TEST_F(Image, AnyByteMayBeWrong) {
         for (std::size_t length = 512; length <= good.size(); ++length)
             expectFile(good.substr(0, length));
         for (std::size_t at = 0; at < good.size(); at = at == 11 ? 512 : at + 1) {
-            for (const char value : {'\0', '\1', '\2', '\3', '\x7F', '\x80', '\xFF'})
+            for (const char value : {'\0', '\1', '\2', '\3', '\4', '\x7F', '\x80', '\xFF'})
                 expectFile(std::string(good).replace(at, 1, 1, value));
         }
     }
@@ -206,8 +206,8 @@ TEST_F(Image, FilesAreTheRowsThatWerePut) {
                 FileModel model(format, width, unsigned(y), unsigned(z));
                 VxImage *image = create(format, width, unsigned(y), unsigned(z));
                 for (int i = 0; i < 2 * y * z; ++i) {
-                    Row row(width, 0xFFFF);
-                    for (std::size_t x = 0; i != 0 && x < width; ++x)
+                    Row row(width, 0xFFFF);  // as are all rows of 32 elements
+                    for (std::size_t x = 0; i != 0 && width != 32 && x < width; ++x)
                         row[x] = static_cast<std::uint16_t>(0x105 + random() % 3 * 0x100);
                     const int index = static_cast<int>(random() % 1000) % (y * z);
                     // What the dimension does not count is ignored.
@@ -539,6 +539,7 @@ TEST_F(Image, PicturesThatAreNotWritten) {
     EXPECT_FALSE(vxPictureWrite(nullptr, picture));
     EXPECT_FALSE(folder_.has("a.sgi"));
     EXPECT_FALSE(vxPictureWrite(path_.c_str(), picture, 0x0200));  // no such storage
+    EXPECT_TRUE(folder_.read("a.sgi").starts_with('\xDA'));        // not completed as big-endian
     EXPECT_FALSE(vxPictureWrite("/no/such/folder/file", picture));
     EXPECT_EQ(takeReports(), reportOf(20379) + reportOf(20363, "/no/such/folder/file"));
 }
