@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <clocale>
 #include <functional>
-#include <limits>
 #include <new>
 #include <numeric>
 #include <random>
@@ -16,8 +15,7 @@
 
 // Memory from new: the largest block asked for, and the size from which on there is none. Not
 // inlined, as compilers compare each new with its delete.
-constexpr std::size_t kAny = std::numeric_limits<std::size_t>::max();
-static std::size_t largestBlock, newLimit = kAny;
+static std::size_t largestBlock, newLimit = SIZE_MAX;
 
 [[gnu::noinline]] void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
     largestBlock = std::max(largestBlock, size);
@@ -117,19 +115,13 @@ std::uint64_t hashOf(const VxPicture &picture) {
 }
 
 TEST_F(Image, ReadsTheFilesOfOtherPrograms) {
-    std::ifstream table(VX_TEST_DATA "/samples.txt");
-    int files = 0;
-    for (std::string line; std::getline(table, line);) {
-        if (line.starts_with('#')) continue;
-        const std::string name = line.substr(0, line.find(' '));
-        const std::string hash = line.substr(line.rfind(' ') + 1);
-        std::ifstream file(VX_TEST_DATA "/samples/" + name, std::ios::binary);
+    for (const DataRow &sample : dataRows("samples.txt", "samples")) {
+        SCOPED_TRACE(sample[0]);
+        std::ifstream file(VX_TEST_DATA "/samples/" + sample[0], std::ios::binary);
         expectFile({std::istreambuf_iterator<char>(file), {}});
-        EXPECT_EQ(hashOf(vxPictureRead(path_.c_str()).value()), std::stoull(hash, nullptr, 16))
-            << line;
-        ++files;
+        const VxPicture picture = vxPictureRead(path_.c_str()).value();
+        EXPECT_EQ(hashOf(picture), std::stoull(sample[9], nullptr, 16));
     }
-    EXPECT_EQ(files, 27);
 }
 
 std::string packed(const Elements &numbers, unsigned width) {
@@ -152,7 +144,7 @@ TEST_F(Image, HeadersThatAreWrong) {
         EXPECT_EQ(model.opening(), reportsOf(test[2], fields[0]));
         EXPECT_EQ(test[2].empty() ? model.row(0, 0).reports : "", reportsOf(test[3]));
         largestBlock = 0;
-        const VxPicture picture = vxPictureRead(path_.c_str(), kAny).value_or(VxPicture{});
+        const VxPicture picture = vxPictureRead(path_.c_str(), SIZE_MAX).value_or(VxPicture{});
         EXPECT_LE(largestBlock, 4 * file.size() + 4 * fields[3] + 1000);
         EXPECT_EQ((Elements{unsigned(picture.height), unsigned(picture.planes)}),
                   numbersIn(test[4]));
@@ -477,7 +469,7 @@ TEST_F(Image, OtherOwnersHoldAndRelease) {
     EXPECT_NE(vxPoolAlloc(vxPoolMake(16, 10).get()), nullptr);
     newLimit = 1;
     EXPECT_FALSE(vxSampleTableMake(3, 1, 0, 0, 1) || vxPoolMake(16, 10));
-    newLimit = kAny;
+    newLimit = SIZE_MAX;
 }
 
 // ---- Pictures
@@ -513,7 +505,7 @@ TEST_F(Image, PicturesThatAreNotRead) {
     EXPECT_FALSE(vxPictureRead(path_.c_str(), 63));
     newLimit = 16;
     EXPECT_FALSE(vxPictureRead(path_.c_str()));
-    newLimit = kAny;
+    newLimit = SIZE_MAX;
     EXPECT_FALSE(vxPictureRead(halfWritten(1).get()));  // it is being written
     // By default up to 512 MiB; these rows are not in the file.
     for (const unsigned height : {16384U, 16385U}) {
