@@ -18,7 +18,9 @@
 // Each element in use is filled with a byte of its own.
 class PoolModel {
 public:
-    explicit PoolModel(int elementSize) : size_(elementSize) { vxPoolInit(&pool, size_, perBlock_); }
+    explicit PoolModel(int elementSize) : size_(elementSize) {
+        vxPoolInit(&pool, size_, perBlock_);
+    }
     ~PoolModel() { vxPoolDestroy(&pool); }
     PoolModel(const PoolModel &) = delete;
     PoolModel &operator=(const PoolModel &) = delete;
