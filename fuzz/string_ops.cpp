@@ -3,7 +3,9 @@
 #include "fuzz/fuzz.h"
 #include "fuzz/models/string_model.h"
 
+#include <climits>
 #include <cmath>
+#include <cstdlib>
 #include <fuzzer/FuzzedDataProvider.h>
 
 namespace {
@@ -19,12 +21,12 @@ void search(const std::string &in, const std::string &what, char byte, std::size
 }
 
 void readNumber(const std::string &text) {
-    int end = -1;
     const VxString s = made(text);
-    const long value = std::strtol(text.c_str(), nullptr, 10);
-    const long nearest = std::clamp<long>(value, -2147483647L - 1, 2147483647L);
-    CHECK(s.getInt(0, end) == nearest && end >= 0 && end <= s.length());
+    int end = -1;
     char *stop = nullptr;
+    const long value = std::strtol(text.c_str(), &stop, 10);
+    CHECK(s.getInt(0, end) == std::clamp<long>(value, INT_MIN, INT_MAX));
+    CHECK(end == stop - text.c_str());
     const double real = std::strtod(text.c_str(), &stop);
     const double got = s.getDouble(0, end);
     CHECK(got == real || (std::isnan(got) && std::isnan(real)));
@@ -48,7 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         const auto byte = static_cast<char>(below(256));
         const auto from = static_cast<std::size_t>(below(static_cast<int>(in.size()) + 3));
         search(in, text, byte, from);
-        // Long patterns take another way.
+        // The library finds long patterns and compares long texts in another way than short ones.
         search(repeated(in, 400) + repeated(text, 700) + in, repeated(text, 300) + in, byte, from);
         compare(in, text);
         compare(repeated(in, 1200) + text, repeated(in, 1200) + in);

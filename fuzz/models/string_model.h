@@ -83,7 +83,7 @@ public:
         for (int k = 0; k < kStrings; ++k) {
             const VxString &s = strings_[k];
             const Body &b = *bodies_[k];
-            if (text(s) != b.text || capacity(s) != b.capacity)
+            if (vxStringView(s) != b.text || capacity(s) != b.capacity)
                 return described(text(s), capacity(s)) + ", not " + described(b.text, b.capacity);
             if (s[s.length()] != '\0') return "a lost terminator";
             for (int other = 0; other < k; ++other) {
@@ -100,6 +100,8 @@ public:
 private:
     static constexpr int kStrings = 6;
     static constexpr int kLong = 200;  // longer texts are cut next
+    static constexpr VxString::MemoryHint kHints[] = {VxString::kExactRoom, VxString::kDoubleRoom,
+                                                      static_cast<VxString::MemoryHint>(-1)};
 
     struct Body {
         std::string text;
@@ -150,7 +152,7 @@ private:
             b = sum;
         } else if (action == 3) {
             const int hint = below(3);
-            s.setMemoryHint(static_cast<VxString::MemoryHint>(hint));
+            s.setMemoryHint(kHints[hint]);
             b->doubles = hint != 0;
         } else {
             const int n = s.length() + below(20) - 5;
