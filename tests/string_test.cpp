@@ -99,7 +99,14 @@ TEST_F(StringSearch, FindsWhatStdStringFinds) {
 
 TEST_F(StringSearch, FindsPeriodicPatternsAfterSimilarOnes) {
     for (int round = 0; round < 250; ++round) {
-        std::string what = repeated(textOf(1 + random.size(9)), 200 + random.size(400));
+        const std::string unit = textOf(1 + random.size(9));
+        std::string what = repeated(unit, 200 + random.size(400));
+        // Wrong bytes as far apart as the pattern is long.
+        std::string run = repeated(unit, 3 * what.size());
+        const std::size_t wrong = random.size(9);
+        run[wrong] = run[wrong + what.size()] = '-';
+        search(run, what, 0);
+
         if (random(2) == 0) what[random.size(static_cast<int>(what.size()))] = 'b';
         std::string in;
         for (int i = 0; i < 12; ++i) {
@@ -120,10 +127,10 @@ TEST_F(StringSearch, FindsPatternsOfAnyLengthAcrossStretches) {
                 for (const std::size_t rest : {0U, 1U, 2047U, 5000U}) {
                     std::string in = std::string(at, around) + lower(pattern);
                     in += std::string(rest, around);
-                    search(in, pattern, at);
+                    search(in, pattern, 0);
                     search(in, lower(pattern), at);
                     in[at + length - 1] = 'c';
-                    search(in, pattern, at);
+                    search(in, pattern, 0);
                 }
             }
         }
