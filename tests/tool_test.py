@@ -5,6 +5,7 @@ import json
 import os
 import pty
 import random
+import re
 import resource
 import shutil
 import signal
@@ -227,7 +228,7 @@ class ToolTest(unittest.TestCase):
 
     def test_samples_of_other_programs_are_good(self):
         for line in (SAMPLES.parent / 'samples.txt').read_text().splitlines():
-            if not line.startswith('#'):
+            if not line.startswith(('[', '#')):
                 name, width, height, planes, size, storage, *_ = line.split()
                 told = self.run_tool('image', 'info', SAMPLES / name)
                 self.assertRegex(told, f'size +{width} x {height}, {planes} plane(.|\n)*elements +{size} byte'
@@ -269,13 +270,13 @@ class ToolTest(unittest.TestCase):
                 self.run_tool('image', *command, code=1, error=error)
 
     def test_other_programs_read_what_is_converted(self):
-        if missing := [name for name in ('sgitopnm', 'pngtopnm', 'ffmpeg') if shutil.which(name) is None]:
+        if missing := [name for name in ('sgitopnm', 'pngtopnm', 'ffmpeg', 'oiiotool') if shutil.which(name) is None]:
             self.assertNotIn('VX_REQUIRE_READERS', os.environ, missing)
             self.skipTest(f'needs {missing}')
 
         def output(*command):
             return subprocess.run(command, cwd=self.folder, capture_output=True, check=True).stdout
-        width, height = 37, 11
+        width, height = 300, 5
         for planes, formats in enumerate((('gray', 'gray16be'), ('ya8', 'ya16be'), ('rgb24', 'rgb48be'),
                                           ('rgba', 'rgba64be')), 1):
             for size, pixels in enumerate(formats, 1):
@@ -292,6 +293,9 @@ class ToolTest(unittest.TestCase):
                         plane = b''.join(row[x:x + size] for row in rows for x in places)
                         read = output('sgitopnm', '-channel', str(z), 'out.sgi')
                         self.assertEqual(read, b'P5\n%d %d\n%d\n' % (width, height, 256 ** size - 1) + plane)
+                    pixels_listed = re.findall(rb'Pixel .*: (.*) \(', output('oiiotool', '--dumpdata', 'out.sgi'))
+                    self.assertEqual(b''.join(int(element).to_bytes(size, 'big') for pixel in pixels_listed
+                                              for element in pixel.split()), b''.join(rows))
                     if planes in (1, 3):
                         self.assertEqual(output('pngtopnm', 'back.png')[-len(b''.join(rows)):], b''.join(rows))
                     for name in ('out.sgi', 'back.png'):
