@@ -21,6 +21,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// A function of the library.
+#define VX_BIND(name) reinterpret_cast<decltype(&(name))>(::dlsym(handle_, #name))
+
 // The library while it is loaded.
 class Library {
 public:
@@ -34,25 +37,20 @@ public:
     Library(const Library &) = delete;
     Library &operator=(const Library &) = delete;
 
-    template <typename Function>
-    Function *bind(const char *name) const {
-        return reinterpret_cast<Function *>(::dlsym(handle_, name));
-    }
     VxSearchPath *get(int category, int level) const {
-        return bind<decltype(vxPathStoreGet)>("vxPathStoreGet")(category, level);
+        return VX_BIND(vxPathStoreGet)(category, level);
     }
     int set(int category, int level, VxSearchPath *list) const {
-        return bind<decltype(vxPathStoreSet)>("vxPathStoreSet")(category, level, list);
+        return VX_BIND(vxPathStoreSet)(category, level, list);
     }
     std::string text(int category, int level) const {
-        char *text =
-            bind<decltype(vxSearchPathToString)>("vxSearchPathToString")(get(category, level));
+        char *text = VX_BIND(vxSearchPathToString)(get(category, level));
         std::string result = text;
         std::free(text);
         return result;
     }
     void insert(VxSearchPath *list, unsigned index, const char *path) const {
-        bind<decltype(vxSearchPathInsert)>("vxSearchPathInsert")(list, index, path);
+        VX_BIND(vxSearchPathInsert)(list, index, path);
     }
 
 private:
