@@ -35,7 +35,7 @@ namespace {
 // copy throws.
 class Boxed {
 public:
-    explicit Boxed(int v, const faults::Pause & = {}) : box_(newBox(v)) {}
+    explicit Boxed(int v, const faults::SuspendFaults & = {}) : box_(newBox(v)) {}
     Boxed(const Boxed &other) : box_(newBox(*other.box_)) {}
     Boxed(Boxed &&other) noexcept : box_(std::exchange(other.box_, nullptr)) {}
     Boxed &operator=(Boxed other) noexcept {
@@ -74,7 +74,9 @@ struct OneBucket : BoxedTable {
 // Has one element, which is lost if that cannot be copied.
 template <typename Container>
 struct Nested : Container {
-    explicit Nested(int v, const faults::Pause & = {}) { EXPECT_TRUE(this->append(Boxed(v))); }
+    explicit Nested(int v, const faults::SuspendFaults & = {}) {
+        EXPECT_TRUE(this->append(Boxed(v)));
+    }
     friend int value(const Nested &nested) {
         return nested.begin() == nested.end() ? -1 : value(*nested.begin());
     }
@@ -91,7 +93,7 @@ TYPED_TEST_SUITE(EveryContainer, Models);
 
 TYPED_TEST(EveryContainer, StaysAsItWasOutOfMemory) {
     const int before = faults::blocksOut();
-    faults::strikeEach(faults::kMemory, faults::Effect::kRefuse, [before](bool) {
+    faults::failEach(faults::kMemory, [before](bool) {
         std::mt19937 random(22);
         {
             TypeParam run;
@@ -124,7 +126,7 @@ TEST(OutOfMemory, StringsStayAsTheyWere) {
                    {[](VxString &s) { s = VxString(1.5); }, "1.5", ""},
                    {[](VxString &s) { s = vxStringFrom("12"); }, "12", ""}};
     for (const auto &row : changes) {
-        faults::strikeEach(faults::kMemory, faults::Effect::kRefuse, [&](bool) {
+        faults::failEach(faults::kMemory, [&](bool) {
             const auto &[change, result, failing] = row;
             VxString changed(abc);
             change(changed);
@@ -142,7 +144,7 @@ TEST(OutOfMemory, StringsStayAsTheyWere) {
 
 TEST(OutOfMemory, SampleTablesReleaseWhatTheyHad) {
     float sentinel = 0;
-    faults::strikeEach(faults::kMemory, faults::Effect::kRefuse, [&](bool) {
+    faults::failEach(faults::kMemory, [&](bool) {
         VxSampleTable table{};
         for (int set = 0; set < VX_SAMPLE_SETS; ++set)
             table.offsetX[set] = table.offsetY[set] = &sentinel;
@@ -169,7 +171,7 @@ TEST(OutOfMemory, AGridBeyondTheCountIsRefused) {
     VxSampleTable table{};
     for (const int grid : {46340, 46341, INT32_MAX}) {
         const bool counts = grid == 46340;
-        faults::arm(faults::kMemory, 1, true, faults::Effect::kRefuse);
+        faults::arm(faults::kMemory);
         EXPECT_EQ(vxSampleTableInit(&table, grid, 1.0F, 0, 1.0F, 0), 0);
         EXPECT_EQ(faults::disarm(), counts);
         EXPECT_EQ(table.sampleCount, counts ? grid * grid : 0);

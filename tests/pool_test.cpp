@@ -15,7 +15,7 @@
 namespace {
 
 void *allocWithoutMemory(VxPool *pool) {
-    faults::arm(faults::kMemory, 1, true, faults::Effect::kRefuse);
+    faults::arm(faults::kMemory);
     void *element = vxPoolAlloc(pool);
     faults::disarm();
     return element;
@@ -68,7 +68,7 @@ TEST(PoolDeathTest, ARunWithoutMemoryEndsTheProcess) {
     for (const DataRow &row : dataRows("pool.txt", "runs")) {
         VxPool pool;
         vxPoolInit(&pool, std::stoi(row[0]), 10);
-        if (row[2] == "1") faults::arm(faults::kMemory, 1, true, faults::Effect::kRefuse);
+        if (row[2] == "1") faults::arm(faults::kMemory);
         EXPECT_EXIT(vxPoolAllocBlock(&pool, std::stoi(row[1])), testing::KilledBySignal(SIGABRT),
                     "fatal: .*[^0-9]" + row[3] + "[^0-9]");
         faults::disarm();
