@@ -1,4 +1,4 @@
-# What every target of the library is built with, and the helpers that make them.
+# The flags of every target, and the functions that define targets.
 
 add_library(vx_build_flags INTERFACE)
 target_compile_features(vx_build_flags INTERFACE cxx_std_20)
@@ -6,14 +6,14 @@ target_compile_options(vx_build_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow
   $<$<BOOL:${VXUTIL_WARNINGS_AS_ERRORS}>:-Werror>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  # gcc 12 reports the standard library's own operator+(const char *, std::string &&) when it
-  # optimises: a false report, number 105651 of its own list.
+  # gcc 12 optimises the standard library's operator+(const char *, std::string &&) and then warns of
+  # it: a false report, number 105651 of its bug list.
   target_compile_options(vx_build_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 
-# Hardening, as distributions build: smashed stacks and overrun buffers end the process, addresses of
-# functions are bound at load and then read-only. The places where an indirect jump may land are
-# marked; the marks are in force where the start files of the C library have them, too.
+# Hardening as in distributions: a smashed stack or an overrun buffer ends the process. The addresses
+# of functions are bound at load and read-only from then on. The targets of indirect jumps are marked;
+# this has an effect if the start files of the C library are marked too.
 target_compile_options(vx_build_flags INTERFACE -fstack-protector-strong -fstack-clash-protection)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
   target_compile_options(vx_build_flags INTERFACE -fcf-protection=full)
@@ -22,10 +22,11 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
 endif()
 target_link_options(vx_build_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 if(NOT VXUTIL_SANITIZE)
-  # Sanitizers watch the plain calls; and the C library checks in optimised code only.
+  # Sanitizers intercept the unchecked calls. The C library checks in optimised code only, and warns
+  # elsewhere.
+  set(optimised $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
   target_compile_options(vx_build_flags INTERFACE
-    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
-    $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+    $<${optimised}:-U_FORTIFY_SOURCE> $<${optimised}:-D_FORTIFY_SOURCE=2>)
 endif()
 
 if(VXUTIL_SANITIZE)
@@ -34,7 +35,7 @@ if(VXUTIL_SANITIZE)
   target_link_options(vx_build_flags INTERFACE -fsanitize=${VXUTIL_SANITIZE})
 endif()
 
-# vx_module(NAME SOURCE...): one subsystem as the object library vx_NAME.
+# vx_module(NAME SOURCE...): one module as the object library vx_NAME.
 function(vx_module name)
   add_library(vx_${name} OBJECT ${ARGN})
   target_link_libraries(vx_${name} PRIVATE vx_build_flags)
@@ -47,7 +48,7 @@ function(vx_module name)
     VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
-# vx_library(TARGET): what both shared libraries have in common.
+# vx_library(TARGET): settings shared by both shared libraries.
 function(vx_library target)
   set_target_properties(${target} PROPERTIES
     VERSION ${PROJECT_VERSION}
@@ -57,18 +58,16 @@ function(vx_library target)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     INSTALL_RPATH "$ORIGIN")
-  target_include_directories(${target} PUBLIC
-    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
-    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
   target_link_options(${target} PRIVATE -Wl,--as-needed)
   if(NOT VXUTIL_SANITIZE)
-    # A sanitizer's runtime is found in the program, not linked to the library.
+    # A sanitizer's runtime is linked to the program, not to the library.
     target_link_options(${target} PRIVATE -Wl,-z,defs)
   endif()
 endfunction()
 
-# vx_locale(FOLDER NAME SOURCE CHARMAP): a locale made there, named as setlocale takes it. localedef
-# reports character sets that are not a superset of ASCII as a failure, but makes them.
+# vx_locale(FOLDER NAME SOURCE CHARMAP): builds a locale in FOLDER, with the name that setlocale takes.
+# For a character set that is not a superset of ASCII, localedef fails but still writes the locale.
 function(vx_locale locales name source charmap)
   add_custom_command(OUTPUT ${locales}/${name}/LC_CTYPE
     COMMAND sh -c "localedef -c -i ${source} -f ${charmap} --no-archive ${locales}/${name} 2>localedef.log || test -f ${locales}/${name}/LC_CTYPE"

@@ -1,7 +1,6 @@
-# The export table is one list: a line an export, its ordinal, its symbol and
-# for class members a decorated name that only people and tests read.
-# From it come the linker's version script and the table behind vxExportAddress,
-# so that the two cannot disagree.
+# The export table is one list with one export per line: its ordinal, its symbol and, for class
+# members, a decorated name that only people and tests read. The linker's version script and the
+# table of vxExportAddress are generated from this list, so that the two cannot disagree.
 
 function(vx_read_exports list_file out_lines)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list_file})
@@ -9,8 +8,8 @@ function(vx_read_exports list_file out_lines)
   set(${out_lines} ${lines} PARENT_SCOPE)
 endfunction()
 
-# vx_export_only(TARGET LIST ABI_LIST): nothing leaves TARGET but what the export table and the
-# plain list of further symbols name.
+# vx_export_only(TARGET LIST ABI_LIST): TARGET exports only the symbols of the export table and of
+# ABI_LIST, a plain list of further symbols.
 function(vx_export_only target list_file abi_file)
   vx_read_exports(${list_file} lines)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${abi_file})
@@ -26,13 +25,13 @@ function(vx_export_only target list_file abi_file)
   string(APPEND script "local:\n    *;\n};\n")
   set(map ${CMAKE_CURRENT_BINARY_DIR}/exports.map)
   file(CONFIGURE OUTPUT ${map} CONTENT "${script}" @ONLY)
-  # Calls inside the library need no detour through the procedure linkage table.
+  # Calls inside the library do not need the procedure linkage table.
   target_link_options(${target} PRIVATE
     -Wl,--version-script=${map} -Wl,-Bsymbolic-functions)
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${map})
 endfunction()
 
-# vx_export_table(LIST OUTPUT): a line VX_EXPORT(ordinal, symbol) an export.
+# vx_export_table(LIST OUTPUT): one line VX_EXPORT(ordinal, symbol) per export.
 function(vx_export_table list_file output)
   vx_read_exports(${list_file} lines)
   set(table "")

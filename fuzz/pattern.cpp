@@ -2,8 +2,8 @@
 // matched against the definition. Input: texts, first the pattern and last the subject.
 
 #include "fuzz/fuzz.h"
+#include "fuzz/models/pattern_model.h"
 #include "pattern/pattern_compiler.h"
-#include "tests/pattern_model.h"
 
 #include <algorithm>
 #include <cstring>

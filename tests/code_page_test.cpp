@@ -1,96 +1,62 @@
-// The functions of code pages, in single-byte pages and in page 932, where a trail byte may be a
-// backslash.
+// Code pages: which bytes make a character in each, and text taken character by character.
 
 #include "platform/code_page.h"
 
+#include "data_rows.h"
 #include "in_locale.h"
 
-#include <clocale>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 
 namespace {
 
-using vx::compareText;
-using vx::copyPrefix;
-using vx::currentCodePage;
-using vx::findCharacter;
-using vx::kMaxCharacterBytes;
-
-class InPage932 : public testing::Test {
-protected:
-    void SetUp() override { ASSERT_NE(std::setlocale(LC_CTYPE, "ja_JP.SJIS"), nullptr); }
-    void TearDown() override { std::setlocale(LC_CTYPE, "C"); }
-};
-
-// The character whose two bytes are 83 5C.
-#define SO "\x83\\"
-
-TEST(CodePage, IsSingleByteInOtherLocales) {
-    for (const char *name : {"C", "C.UTF-8"}) {
-        ASSERT_NE(std::setlocale(LC_CTYPE, name), nullptr);
-        EXPECT_EQ(currentCodePage().number(), 0);
-        EXPECT_EQ(vx::characterLength(SO, kMaxCharacterBytes), 1);
-        EXPECT_STREQ(findCharacter(SO "x", '\\'), "\\x");
-    }
-    std::setlocale(LC_CTYPE, "C");
+// Whether a byte is in a range. Two bytes for each: the first and the last.
+bool isIn(const std::string &ranges, int byte) {
+    bool found = false;
+    for (std::size_t i = 0; i < ranges.size(); i += 2)
+        found |= byte >= static_cast<unsigned char>(ranges[i]) &&
+                 byte <= static_cast<unsigned char>(ranges[i + 1]);
+    return found;
 }
 
-TEST(CodePage, DoubleByteCharactersHaveTheirBytes) {
-    const struct {
-        const char *locale;
-        int number;
-        const char *leads, *trails;  // pairs of first and last
-    } pages[] = {{"ja_JP.SJIS", 932, "\x81\x9F\xE0\xFC", "\x40\x7E\x80\xFC"},
-                 {"zh_CN.GBK", 936, "\x81\xFE", "\x40\x7E\x80\xFE"},
-                 {"ko_KR.EUC-KR", 949, "\x81\xFE", "\x41\x5A\x61\x7A\x81\xFE"},
-                 {"zh_TW.BIG5", 950, "\x81\xFE", "\x40\x7E\xA1\xFE"}};
-    const auto holds = [](const char *pairs, int byte) {
-        bool inside = false;
-        for (; *pairs != '\0'; pairs += 2)
-            inside |= byte >= static_cast<unsigned char>(pairs[0]) &&
-                      byte <= static_cast<unsigned char>(pairs[1]);
-        return inside;
-    };
-    for (const auto &page : pages) {
-        const InLocale locale(page.locale);
-        EXPECT_EQ(currentCodePage().number(), page.number);
-        EXPECT_EQ(vx::characterLength("", kMaxCharacterBytes), 0);
+TEST(CodePage, CharactersHaveTheirBytes) {
+    for (const DataRow &row : dataRows("code_page.txt", "pages")) {
+        const InLocale locale(row[0].c_str());
+        EXPECT_EQ(vx::currentCodePage().number(), std::stoi(row[1])) << row[0];
+        EXPECT_EQ(vx::characterLength("", vx::kMaxCharacterBytes), 0);
         for (int code = 0x100; code <= 0xFFFF; ++code) {
             const int lead = code >> 8, trail = code & 0xFF;
             const char bytes[] = {static_cast<char>(lead), static_cast<char>(trail)};
-            const int length = !holds(page.leads, lead) ? 1 : holds(page.trails, trail) ? 2 : -1;
-            ASSERT_EQ(vx::characterLength(bytes, kMaxCharacterBytes), length)
-                << page.locale << ' ' << code;
-            ASSERT_EQ(vx::characterLength(bytes, 1), length == 1 ? 1 : -1) << code;
+            const int length = !isIn(row[2], lead) ? 1 : isIn(row[3], trail) ? 2 : -1;
+            ASSERT_EQ(vx::characterLength(bytes, 2), length) << row[0] << ' ' << code;
+            ASSERT_EQ(vx::characterLength(bytes, 1), length == 1 ? 1 : -1) << row[0] << ' ' << code;
         }
     }
 }
 
-TEST_F(InPage932, SearchesNeverMatchHalfACharacter) {
-    EXPECT_STREQ(findCharacter(SO "\\x", '\\'), "\\x");
-    EXPECT_EQ(findCharacter(SO, '\\'), nullptr);
-    EXPECT_STREQ(findCharacter("a" SO, '\0'), "");
-}
+// The character whose two bytes are 83 5C, the second one a backslash.
+#define SO "\x83\\"
 
-TEST_F(InPage932, ComparesByCharacterCode) {
-    EXPECT_EQ(compareText(SO "a", SO "a"), 0);
-    EXPECT_LT(compareText("\xB1", SO), 0);  // code B1 against 835C, though byte B1 is above byte 83
-    EXPECT_LT(compareText(SO, SO "a"), 0);
-    EXPECT_GT(compareText("b", "a" SO), 0);
-}
+TEST(CodePage, HalfACharacterIsNeitherFoundNorCopiedNorCompared) {
+    EXPECT_STREQ(vx::findCharacter(SO "x", '\\'), "\\x");
+    const InLocale page("ja_JP.SJIS");
+    EXPECT_STREQ(vx::findCharacter(SO "\\x", '\\'), "\\x");
+    EXPECT_EQ(vx::findCharacter(SO, '\\'), nullptr);
+    EXPECT_STREQ(vx::findCharacter("a" SO, '\0'), "");
 
-TEST_F(InPage932, CopiesWholeCharactersAndFillsUp) {
-    char buffer[8];
-    std::memset(buffer, '#', sizeof buffer);
-    copyPrefix(buffer, "ab" SO "c", 3);
+    EXPECT_EQ(vx::compareText(SO "a", SO "a"), 0);
+    EXPECT_LT(vx::compareText("\xB1", SO), 0);  // 00B1 before 835C
+    EXPECT_LT(vx::compareText(SO, SO "a"), 0);
+    EXPECT_GT(vx::compareText("b", "a" SO), 0);
+
+    char buffer[] = "########";
+    vx::copyPrefix(buffer, "ab" SO "c", 3);
     EXPECT_EQ(std::string(buffer, 4), std::string("ab\0#", 4));
-    copyPrefix(buffer, "ab" SO "c", 4);
-    EXPECT_EQ(std::string(buffer, 5), "ab" SO "#");
+    vx::copyPrefix(buffer, "ab" SO "c", 4);
+    EXPECT_STREQ(buffer, "ab" SO "####");
 }
 
-TEST_F(InPage932, SplitsAtSeparators) {
+TEST(CodePage, TextSplitsAtSeparators) {
     char text[] = ";;a" SO ";;b;";
     char *rest = text;
     EXPECT_STREQ(vx::splitNext(rest, ';'), "a" SO);
@@ -99,17 +65,13 @@ TEST_F(InPage932, SplitsAtSeparators) {
     EXPECT_EQ(vx::splitNext(rest, ';'), nullptr);
 }
 
-TEST_F(InPage932, CodesHaveClasses) {
-    struct Case {
-        unsigned code;
-        int alpha, digit;
-    };
-    for (const Case &test :
-         {Case{'a', 1, 0}, Case{'7', 0, 1}, Case{'_', 0, 0}, Case{0x83, 0, 0}, Case{0x835C, 1, 0},
-          Case{0x8258, 0, 1}, Case{0x8140, 0, 0}, Case{0x8320, 0, 0}}) {
-        EXPECT_EQ(vx::isLetter(test.code), test.alpha) << test.code;
-        EXPECT_EQ(vx::isDigit(test.code), test.digit) << test.code;
-        EXPECT_EQ(vx::isLetterOrDigit(test.code), test.alpha | test.digit) << test.code;
+TEST(CodePage, CodesHaveClasses) {
+    const InLocale page("ja_JP.SJIS");
+    for (const DataRow &row : dataRows("code_page.txt", "classes")) {
+        const auto code = static_cast<unsigned>(std::stoul(row[0], nullptr, 16));
+        EXPECT_EQ(vx::isLetter(code), row[1] == "letter") << row[0];
+        EXPECT_EQ(vx::isDigit(code), row[1] == "digit") << row[0];
+        EXPECT_EQ(vx::isLetterOrDigit(code), row[1] != "neither") << row[0];
     }
 }
 

@@ -1,5 +1,5 @@
-// Tables of a test, kept in tests/data under a [heading]: a row a line, fields parted by blanks, a
-// remark behind #. A field in quotes holds any bytes: \xHH, and \ before what means something.
+// Tables of a test, kept in tests/data under a [heading]: one row per line, with blanks between its
+// fields and a remark after #. A field in quotes holds any bytes: \xHH, or any other byte after \.
 
 #ifndef VX_TESTS_DATA_ROWS_H
 #define VX_TESTS_DATA_ROWS_H
@@ -12,7 +12,7 @@
 
 using DataRow = std::vector<std::string>;
 
-// What is left of a field in quotes.
+// The rest of a field in quotes.
 inline std::string quotedField(std::istream &line) {
     std::string field;
     for (char byte; line.get(byte) && byte != '"'; field += byte) {
@@ -24,10 +24,11 @@ inline std::string quotedField(std::istream &line) {
     return field;
 }
 
-inline std::vector<DataRow> dataRows(const std::string &file, const std::string &heading) {
+// The rows under a heading, or those before the first one.
+inline std::vector<DataRow> dataRows(const std::string &file, const std::string &heading = "") {
     std::vector<DataRow> rows;
     std::ifstream in(VX_TEST_DATA "/" + file);
-    bool found = false;
+    bool found = heading.empty();
     for (std::string text; std::getline(in, text);) {
         if (text.starts_with('[')) {
             found = text == "[" + heading + "]";

@@ -25,8 +25,8 @@ struct Plan {
     unsigned kinds = 0;
     int left = 0;
     bool onward = false;
-    Effect effect = Effect::kRefuse;
-    bool struck = false;
+    Effect effect = Effect::kFail;
+    bool hasFailed = false;
 };
 
 Plan plan;
@@ -34,7 +34,7 @@ int counts[8];  // a kind each
 int blocks;
 char names[4096];  // of fixed size, since this must not allocate
 
-bool strikes(Kind kind, const char *name = "") {
+bool isToFail(Kind kind, const char *name = "") {
     if (observer != nullptr) observer(name);
     if (*name != '\0' && std::strlen(names) + std::strlen(name) + 2 < sizeof names) {
         std::strcat(std::strcat(names, name), " ");
@@ -45,7 +45,7 @@ bool strikes(Kind kind, const char *name = "") {
     if (!plan.armed || (plan.kinds & kind) == 0) return false;
     --plan.left;
     if (plan.onward ? plan.left > 0 : plan.left != 0) return false;
-    plan.struck = true;
+    plan.hasFailed = true;
     if (plan.effect == Effect::kKill) ::raise(SIGKILL);
     errno = kind == kMemory || kind == kNew ? ENOMEM : EIO;
     if (plan.effect == Effect::kInterrupt) errno = EINTR;
@@ -61,7 +61,7 @@ void arm(unsigned kinds, int n, bool onward, Effect effect) {
 
 bool disarm() {
     plan.armed = false;
-    return plan.struck;
+    return plan.hasFailed;
 }
 
 const char *trace() {
@@ -81,26 +81,38 @@ void resetCounts() {
         number = 0;
 }
 
-void strikeEach(unsigned kinds, Effect effect, const std::function<void(bool once)> &trial,
-                const std::function<void()> &prepare) {
-    for (const bool onward : {false, true}) {
-        if (onward && effect == Effect::kInterrupt) break;  // a signal without end is waited for
-        bool struck = true;
-        for (int n = 1; struck && !testing::Test::HasFailure(); ++n) {
-            SCOPED_TRACE(testing::Message() << "call " << n << (onward ? " onward" : ""));
-            prepare();
-            arm(kinds, n, onward, effect);
-            trial(!onward);
-            struck = disarm();
-            EXPECT_TRUE(struck || n > 1) << "there is no call to strike";
-        }
+namespace {
+
+void failEachWith(Effect effect, bool onward, unsigned kinds,
+                  const std::function<void(bool once)> &trial,
+                  const std::function<void()> &prepare) {
+    bool hasFailed = true;
+    for (int n = 1; hasFailed && !testing::Test::HasFailure(); ++n) {
+        SCOPED_TRACE(testing::Message() << "call " << n << (onward ? " onward" : ""));
+        prepare();
+        arm(kinds, n, onward, effect);
+        trial(!onward);
+        hasFailed = disarm();
+        EXPECT_TRUE(hasFailed || n > 1) << "no call can fail";
     }
 }
 
-Pause::Pause() : armed_(plan.armed) {
+}  // namespace
+
+void failEach(unsigned kinds, const std::function<void(bool once)> &trial,
+              const std::function<void()> &prepare, std::initializer_list<Effect> effects) {
+    for (const Effect effect : effects) {
+        // Without transfers nothing falls short, and a signal without end is waited for.
+        if (effect == Effect::kShort && (kinds & (kRead | kWrite)) == 0) continue;
+        failEachWith(effect, false, kinds, trial, prepare);
+        if (effect != Effect::kInterrupt) failEachWith(effect, true, kinds, trial, prepare);
+    }
+}
+
+SuspendFaults::SuspendFaults() : armed_(plan.armed) {
     plan.armed = false;
 }
-Pause::~Pause() {
+SuspendFaults::~SuspendFaults() {
     plan.armed = armed_;
 }
 
@@ -118,14 +130,14 @@ void countBlock(const void *block, int change) {
 
 }  // namespace faults
 
-using faults::strikes;
+using faults::isToFail;
 
 // The linker sends the library's calls of NAME to __wrap_NAME, and __real_NAME is the C library's.
 // A call that fails gives `failed`.
 #define VX_WRAP(type, name, kind, failed, parameters, arguments) \
     type __real_##name parameters;                               \
     type __wrap_##name parameters {                              \
-        if (strikes(faults::kind, #name)) return failed;         \
+        if (isToFail(faults::kind, #name)) return failed;        \
         return __real_##name arguments;                          \
     }
 
@@ -133,26 +145,26 @@ using faults::strikes;
 #define VX_WRAP_TRANSFER(name, kind, pointer)                                  \
     ssize_t __real_##name(int file, pointer buffer, size_t size);              \
     ssize_t __wrap_##name(int file, pointer buffer, size_t size) {             \
-        const bool fails = strikes(faults::kind, #name);                       \
+        const bool fails = isToFail(faults::kind, #name);                      \
         if (fails && faults::plan.effect != faults::Effect::kShort) return -1; \
         return __real_##name(file, buffer, fails ? size / 2 : size);           \
     }
 
 // What is closed is gone, even if closing fails.
-#define VX_WRAP_CLOSE(name, type)                          \
-    int __real_##name(type file);                          \
-    int __wrap_##name(type file) {                         \
-        const bool fails = strikes(faults::kOther, #name); \
-        const int result = __real_##name(file);            \
-        return fails ? -1 : result;                        \
+#define VX_WRAP_CLOSE(name, type)                           \
+    int __real_##name(type file);                           \
+    int __wrap_##name(type file) {                          \
+        const bool fails = isToFail(faults::kOther, #name); \
+        const int result = __real_##name(file);             \
+        return fails ? -1 : result;                         \
     }
 
-#define VX_WRAP_MEMORY(name, parameters, arguments)                                 \
-    void *__real_##name parameters;                                                 \
-    void *__wrap_##name parameters {                                                \
-        void *block = strikes(faults::kMemory) ? nullptr : __real_##name arguments; \
-        faults::countBlock(block, 1);                                               \
-        return block;                                                               \
+#define VX_WRAP_MEMORY(name, parameters, arguments)                                  \
+    void *__real_##name parameters;                                                  \
+    void *__wrap_##name parameters {                                                 \
+        void *block = isToFail(faults::kMemory) ? nullptr : __real_##name arguments; \
+        faults::countBlock(block, 1);                                                \
+        return block;                                                                \
     }
 
 extern "C" {
@@ -187,12 +199,12 @@ int __wrap_open(const char *path, int flags, ...) {
     va_start(arguments, flags);
     const int mode = (flags & O_CREAT) != 0 ? va_arg(arguments, int) : 0;
     va_end(arguments);
-    return strikes(faults::kOpen, "open") ? -1 : __real_open(path, flags, mode);
+    return isToFail(faults::kOpen, "open") ? -1 : __real_open(path, flags, mode);
 }
 
 void *__real_realloc(void *block, size_t size);
 void *__wrap_realloc(void *block, size_t size) {
-    if (strikes(faults::kMemory)) return nullptr;
+    if (isToFail(faults::kMemory)) return nullptr;
     void *grown = __real_realloc(block, size);
     faults::countBlock(grown, block == nullptr ? 1 : 0);
     return grown;
@@ -214,10 +226,10 @@ int __wrap_nanosleep(const timespec *, timespec *) {
 // The standard library allocates inside its own shared object, which only a replacement reaches.
 // The array forms call these.
 void *operator new(size_t size, const std::nothrow_t &) noexcept {
-    return strikes(faults::kMemory) ? nullptr : __real_malloc(size != 0 ? size : 1);
+    return isToFail(faults::kMemory) ? nullptr : __real_malloc(size != 0 ? size : 1);
 }
 void *operator new(size_t size) {
-    void *block = strikes(faults::kNew) ? nullptr : __real_malloc(size != 0 ? size : 1);
+    void *block = isToFail(faults::kNew) ? nullptr : __real_malloc(size != 0 ? size : 1);
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }

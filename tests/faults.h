@@ -1,13 +1,14 @@
-// Faults in the calls that the library makes: the n-th one fails, falls short or ends the process.
+// Faults in the calls that the library makes: the n-th call fails, falls short or ends the process.
 //
 // A test of vx_faults_test in CMakeLists.txt is linked with faults.cpp and the library's own
-// objects, by a linker that wraps the calls: those of the library go through here, and those of the
-// test itself. Nothing strikes while no plan is armed.
+// objects. The linker sends their calls of the C library through here, and those of the test
+// itself. Nothing fails while no plan is armed.
 
 #ifndef VX_TESTS_FAULTS_H
 #define VX_TESTS_FAULTS_H
 
 #include <functional>
+#include <initializer_list>
 
 namespace faults {
 
@@ -24,29 +25,32 @@ enum Kind : unsigned {
     kAll = kMemory | kFiles
 };
 
-// kInterrupt: a signal comes before the call does anything.
-enum class Effect { kRefuse, kShort, kInterrupt, kKill };
+// kShort: a transfer does half of its work; other calls fail. kInterrupt: a signal comes before the
+// call does anything.
+enum class Effect { kFail, kShort, kInterrupt, kKill };
 
-// From now on the n-th call of these kinds, from 1, is struck; with `onward` all behind it too.
-void arm(unsigned kinds, int n, bool onward, Effect effect);
+// From now on the n-th call of these kinds, from 1, has the effect; with `onward` so have all after
+// it.
+void arm(unsigned kinds, int n = 1, bool onward = true, Effect effect = Effect::kFail);
 
-// Ends the plan and says whether it struck.
+// Ends the plan and says whether a call had its effect.
 bool disarm();
 
-// Runs a trial with the first call of these kinds struck, then the second, and so on until none is
-// struck any more; and all that with every call from there on struck too. `once` says that only the
-// one was struck, so that another try succeeds. Before each trial `prepare` runs without a plan.
-void strikeEach(
-    unsigned kinds, Effect effect, const std::function<void(bool once)> &trial,
-    const std::function<void()> &prepare = [] {});
+// Runs a trial in which the first call of these kinds fails, then the second, and so on until none
+// fails any more; and all that with every later call failing too. `once` says that only one call
+// failed, so that another try succeeds. Before each trial `prepare` runs without a plan.
+void failEach(
+    unsigned kinds, const std::function<void(bool once)> &trial,
+    const std::function<void()> &prepare = [] {},
+    std::initializer_list<Effect> effects = {Effect::kFail, Effect::kShort});
 
-// Without faults for as long as it lives.
-class Pause {
+// No call fails as long as it exists.
+class SuspendFaults {
 public:
-    Pause();
-    ~Pause();
-    Pause(const Pause &) = delete;
-    Pause &operator=(const Pause &) = delete;
+    SuspendFaults();
+    ~SuspendFaults();
+    SuspendFaults(const SuspendFaults &) = delete;
+    SuspendFaults &operator=(const SuspendFaults &) = delete;
 
 private:
     bool armed_;
@@ -59,7 +63,7 @@ extern void (*observer)(const char *name);
 int blocksOut();
 
 // Calls of these kinds since the last `arm` or `resetCounts`, and the names of all but the
-// allocations, each with a space behind it.
+// allocations, each with a space after it.
 int count(unsigned kinds);
 const char *trace();
 void resetCounts();

@@ -51,13 +51,15 @@ protected:
         everReported.clear();
     }
 
-    static void strikeEach(
-        unsigned kinds, Effect effect, const std::function<void(bool once)> &trial,
-        const std::function<void()> &prepare = [] {}) {
-        faults::strikeEach(kinds, effect, trial, [&] {
+    template <typename... More>
+    static void failEach(
+        unsigned kinds, const std::function<void(bool once)> &trial,
+        const std::function<void()> &prepare = [] {}, More... more) {
+        const auto prepareAll = [&] {
             messages.clear();
             prepare();
-        });
+        };
+        faults::failEach(kinds, trial, prepareAll, more...);
     }
 
     const std::string file_ = at("a.sgi");
@@ -92,14 +94,9 @@ protected:
         EXPECT_EQ(vxImageClose(image), 0);
     }
     void expectWhole() const {
-        VxImage *image = open();
-        ASSERT_NE(image, nullptr);
-        Row row(kWidth);
-        for (int y = 0; y < kRows; ++y) {
-            EXPECT_EQ(vxImageGetRow(image, row.data(), y, 0), kWidth);
-            EXPECT_EQ(row, rowOf(y));
-        }
-        EXPECT_EQ(vxImageClose(image), 0);
+        const VxPicture picture = vxPictureRead(file_.c_str()).value();
+        for (int y = 0; y < kRows; ++y)
+            EXPECT_EQ(Row(picture.row(y, 0), picture.row(y, 0) + kWidth), rowOf(y));
     }
 };
 
@@ -107,86 +104,92 @@ INSTANTIATE_TEST_SUITE_P(Storages, ImageFaults,
                          testing::Values(0x001U, 0x002U, 0x101U, 0x102U, 0x8002U, 0x8102U));
 
 TEST_P(ImageFaults, WritingCanBeTakenUpAgain) {
-    for (const Effect effect : {Effect::kRefuse, Effect::kShort}) {
-        strikeEach(faults::kAll, effect, [&](bool once) {
-            VxImage *image = create();
-            if (image == nullptr) {
-                ASSERT_GE(messages.size(), 1U);
-                faults::disarm();
-                if (once) writeAll();
-                return;
-            }
-            for (int y = 0; y < kRows; ++y) {
-                Row row = rowOf(y);
-                const bool put = vxImagePutRow(image, row.data(), y, 0) == kWidth;
-                EXPECT_EQ(image->maxValue, 180U);  // also when the row failed
-                EXPECT_TRUE(put || !once || vxImagePutRow(image, row.data(), y, 0) == kWidth);
-                EXPECT_EQ(row, rowOf(y));
-            }
-            messages.clear();
-            const bool flushed = vxImageFlush(image) == 0;
-            EXPECT_EQ(flushed, messages.empty());
-            messages.clear();
-            bool closed = vxImageClose(image) == 0;
-            const bool gone = !messages.empty() && messages.back() == 20355;
-            if (!closed && !gone) {  // the handle waits for another try
-                faults::disarm();
-                closed = vxImageClose(image) == 0;
-                EXPECT_TRUE(closed);
-            }
+    failEach(faults::kAll, [&](bool once) {
+        VxImage *image = create();
+        if (image == nullptr) {
+            ASSERT_GE(messages.size(), 1U);
             faults::disarm();
-            if (once) expectWhole();
-        });
-    }
-    std::set<int> all = {20352, 20355, 20360, 20363, 20365, 20371, 20377};
-    if (isRunLength()) all.insert({20353, 20354, 20356, 20357, 20368});
+            if (once) writeAll();
+            return;
+        }
+        for (int y = 0; y < kRows; ++y) {
+            Row row = rowOf(y);
+            const bool put = vxImagePutRow(image, row.data(), y, 0) == kWidth;
+            EXPECT_EQ(image->maxValue, 180U);  // also when the row failed
+            EXPECT_TRUE(put || !once || vxImagePutRow(image, row.data(), y, 0) == kWidth);
+            EXPECT_EQ(row, rowOf(y));
+        }
+        messages.clear();
+        const bool flushed = vxImageFlush(image) == 0;
+        EXPECT_EQ(flushed, messages.empty());
+        messages.clear();
+        bool closed = vxImageClose(image) == 0;
+        const bool gone = !messages.empty() && messages.back() == VX_MESSAGE_IMAGE_CLOSE_FAILED;
+        if (!closed && !gone) {  // the handle waits for another try
+            faults::disarm();
+            closed = vxImageClose(image) == 0;
+            EXPECT_TRUE(closed);
+        }
+        faults::disarm();
+        if (once) expectWhole();
+    });
+    std::set<int> all = {VX_MESSAGE_IMAGE_CLOSE_HEADER_FAILED,  VX_MESSAGE_IMAGE_CLOSE_FAILED,
+                         VX_MESSAGE_IMAGE_HANDLE_OUT_OF_MEMORY, VX_MESSAGE_IMAGE_CREATE_FAILED,
+                         VX_MESSAGE_IMAGE_CREATE_HEADER_FAILED, VX_MESSAGE_IMAGE_ROW_OUT_OF_MEMORY,
+                         VX_MESSAGE_IMAGE_ROW_WRITE_FAILED};
+    if (isRunLength())
+        all.insert({VX_MESSAGE_IMAGE_CLOSE_STARTS_FAILED, VX_MESSAGE_IMAGE_CLOSE_SIZES_FAILED,
+                    VX_MESSAGE_IMAGE_FLUSH_STARTS_FAILED, VX_MESSAGE_IMAGE_FLUSH_SIZES_FAILED,
+                    VX_MESSAGE_IMAGE_TABLES_OUT_OF_MEMORY});
     EXPECT_EQ(everReported, all);
 }
 
 TEST_P(ImageFaults, ReadingLeavesTheRowAndCanBeTakenUpAgain) {
     writeAll();
-    for (const Effect effect : {Effect::kRefuse, Effect::kShort}) {
-        strikeEach(faults::kAll, effect, [&](bool once) {
-            VxImage *image = open();
-            if (image == nullptr) {
-                EXPECT_TRUE(!messages.empty() || faults::count(faults::kRead) == 0);
-                if (faults::count(faults::kRead) == 2 && messages.back() != 20371) {  // the tables
-                    EXPECT_EQ(messages.back(), effect == Effect::kShort ? 20370 : 20369);
-                }
-                faults::disarm();
-                if (once) expectWhole();
-                return;
+    failEach(faults::kAll, [&](bool once) {
+        VxImage *image = open();
+        if (image == nullptr) {
+            EXPECT_TRUE(!messages.empty() || faults::count(faults::kRead) == 0);
+            faults::disarm();
+            if (once) expectWhole();
+            return;
+        }
+        for (int y = 0; y < kRows; ++y) {
+            Row row(kWidth, 0xABCD);
+            if (vxImageGetRow(image, row.data(), y, 0) != kWidth) {
+                EXPECT_EQ(row, Row(kWidth, 0xABCD));
+                if (!once) continue;
+                EXPECT_EQ(vxImageGetRow(image, row.data(), y, 0), kWidth);
             }
-            for (int y = 0; y < kRows; ++y) {
-                Row row(kWidth, 0xABCD);
-                if (vxImageGetRow(image, row.data(), y, 0) != kWidth) {
-                    EXPECT_EQ(row, Row(kWidth, 0xABCD));
-                    if (!once) continue;
-                    EXPECT_EQ(vxImageGetRow(image, row.data(), y, 0), kWidth);
-                }
-                EXPECT_EQ(row, rowOf(y));
-            }
-            const int result = vxImageClose(image);
-            EXPECT_TRUE(result == 0 || messages.back() == 20355);
-        });
-    }
-    std::set<int> all = {20355, 20360, 20366, 20371, 20380};
-    if (isRunLength()) all.insert({20368, 20369, 20370});
+            EXPECT_EQ(row, rowOf(y));
+        }
+        const int result = vxImageClose(image);
+        EXPECT_TRUE(result == 0 || messages.back() == VX_MESSAGE_IMAGE_CLOSE_FAILED);
+    });
+    std::set<int> all = {VX_MESSAGE_IMAGE_CLOSE_FAILED, VX_MESSAGE_IMAGE_HANDLE_OUT_OF_MEMORY,
+                         VX_MESSAGE_IMAGE_HEADER_TRUNCATED, VX_MESSAGE_IMAGE_ROW_OUT_OF_MEMORY,
+                         VX_MESSAGE_IMAGE_ROW_READ_FAILED};
+    if (isRunLength())
+        all.insert({VX_MESSAGE_IMAGE_TABLES_OUT_OF_MEMORY, VX_MESSAGE_IMAGE_STARTS_TRUNCATED,
+                    VX_MESSAGE_IMAGE_SIZES_TRUNCATED});
     EXPECT_EQ(everReported, all);
 }
 
 // Signals cost nothing but another try. No close is made again: the descriptor is gone.
 TEST_P(ImageFaults, SignalsOnlyCostAnotherTry) {
-    strikeEach(faults::kOpen | faults::kRead | faults::kWrite, Effect::kInterrupt, [&](bool) {
+    const auto trial = [&](bool) {
         writeAll();
         expectWhole();
         EXPECT_EQ(messages, std::vector<int>());
-    });
+    };
+    failEach(
+        faults::kOpen | faults::kRead | faults::kWrite, trial, [] {},
+        std::initializer_list{Effect::kInterrupt});
 }
 
 TEST_P(ImageFaults, StreamsReportEveryFailure) {
     writeAll();
-    strikeEach(faults::kAll, Effect::kRefuse, [&](bool) {
+    failEach(faults::kAll, [&](bool) {
         VxImage *image = open();
         if (image == nullptr) return;
         bool ended = false;
@@ -199,8 +202,9 @@ TEST_P(ImageFaults, StreamsReportEveryFailure) {
         faults::disarm();
         vxImageClose(image);
     });
-    EXPECT_TRUE(everReported.contains(20358) && everReported.contains(20380));
-    strikeEach(faults::kWrite | faults::kMemory, Effect::kRefuse, [&](bool) {
+    EXPECT_TRUE(everReported.contains(VX_MESSAGE_IMAGE_FILL_OUT_OF_MEMORY) &&
+                everReported.contains(VX_MESSAGE_IMAGE_ROW_READ_FAILED));
+    failEach(faults::kWrite | faults::kMemory, [&](bool) {
         VxImage *image = create();
         if (image == nullptr) return;
         bool good = true;
@@ -209,16 +213,13 @@ TEST_P(ImageFaults, StreamsReportEveryFailure) {
             if (good) image->nextPixel = image->pixelBuffer + kWidth;
         }
         EXPECT_FALSE(good);  // by the fault or, behind the last row, by the end
-        const std::string flags = std::to_string(image->flags);
         EXPECT_EQ((image->flags & VX_IMAGE_ERROR) != 0,
-                  faults::disarm() && image->pixelBuffer != nullptr)
-            << flags;
+                  faults::disarm() && image->pixelBuffer != nullptr);
         EXPECT_TRUE(image->pixelBuffer == nullptr ||
                     (image->flags & (VX_IMAGE_EOF | VX_IMAGE_ERROR)) != 0);
-        faults::disarm();
-        EXPECT_TRUE(vxImageClose(image) == 0);
+        EXPECT_EQ(vxImageClose(image), 0);
     });
-    EXPECT_TRUE(everReported.contains(20359));
+    EXPECT_TRUE(everReported.contains(VX_MESSAGE_IMAGE_DRAIN_OUT_OF_MEMORY));
 }
 
 // In file order a row costs one call of the system, and no row an allocation.
@@ -255,7 +256,7 @@ TEST_F(Faults, NoRoomForTablesThatAreNotThere) {
 void expectText(const std::string &text, const std::function<char *()> &make) {
     VxUniqueText made(make());
     if (made == nullptr) {
-        const faults::Pause pause;
+        const faults::SuspendFaults pause;
         made.reset(make());
     }
     EXPECT_STREQ(made.get(), text.c_str());
@@ -265,7 +266,7 @@ TEST_F(Faults, ListsStayValid) {
     write("a.sgi", "found");
     // Without a current directory the relative entry is dropped.
     const std::string relative = ";" + std::filesystem::current_path().string() + "/b";
-    strikeEach(faults::kMemory, Effect::kRefuse, [&](bool) {
+    failEach(faults::kMemory, [&](bool) {
         const VxUniqueSearchPath owner(vxSearchPathCreate("/a;b;/c;/d;/e"));
         const VxUniqueSearchPath other(vxSearchPathCreate("/x;/c;/y"));
         if (owner == nullptr || other == nullptr) return;
@@ -355,18 +356,16 @@ TEST_F(SettingsFaults, AFileIsAsBeforeOrAsAfter) {
             expectNothingLost(text);
             if (text == before_) expectGoodForTheNext();
         };
-        for (const Effect effect : {Effect::kRefuse, Effect::kShort}) {
-            for (const unsigned kinds : {faults::kFiles, faults::kNew, faults::kMemory})
-                strikeEach(kinds, effect, trial, [&] { restore(text); });
-        }
+        for (const unsigned kinds : {faults::kFiles, faults::kNew, faults::kMemory})
+            failEach(kinds, trial, [&] { restore(text); });
     }
 }
 
 TEST_F(SettingsFaults, ARelativeEntrySurvivesOutOfMemory) {
     std::string relative = before_;
     relative.replace(relative.find("/a"), 2, "rel");
-    strikeEach(
-        faults::kMemory, Effect::kRefuse,
+    failEach(
+        faults::kMemory,
         [&](bool) {
             live("/b");
             EXPECT_NE(read("user.reg").find("rel\""), std::string::npos);
@@ -375,26 +374,39 @@ TEST_F(SettingsFaults, ARelativeEntrySurvivesOutOfMemory) {
 }
 
 TEST_F(SettingsFaults, SignalsOnlyCostAnotherTry) {
-    strikeEach(
-        faults::kRead | faults::kWrite | faults::kLock, Effect::kInterrupt,
+    const auto trial = [&](bool) {
+        live("/b");
+        EXPECT_EQ(read("user.reg"), after_);
+    };
+    failEach(
+        faults::kRead | faults::kWrite | faults::kLock, trial, [&] { restore(before_); },
+        std::initializer_list{Effect::kInterrupt});
+}
+
+TEST_F(SettingsFaults, AMergedListIsCompleteOrAbsent) {
+    restore(after_);
+    failEach(
+        faults::kMemory,
         [&](bool) {
-            live("/b");
-            EXPECT_EQ(read("user.reg"), after_);
+            VxSearchPath *merged = vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_MERGED);
+            EXPECT_EQ(merged != nullptr, !faults::disarm());
+            EXPECT_TRUE(merged == nullptr || merged->count == 2);
+            vx::tearDownPathStore();
         },
-        [&] { restore(before_); });
+        vx::buildPathStore);
 }
 
 // A list that could not be read at load keeps what is stored, and what was added to it.
 TEST_F(SettingsFaults, AnUnreadListIsReadAgain) {
     for (const bool replaced : {false, true}) {
         restore(before_);
-        faults::arm(faults::kRead, 1, true, Effect::kRefuse);
+        faults::arm(faults::kRead);
         vx::buildPathStore();
         faults::disarm();
         VxSearchPath *mine = vxPathStoreGet(VX_CATEGORY_TEXTURES, VX_LEVEL_USER);
         EXPECT_EQ(mine->count, 0U);
         VxSearchPath *other = vxSearchPathCreate("/other");
-        faults::arm(faults::kMemory, 1, !replaced, Effect::kRefuse);
+        faults::arm(faults::kMemory, 1, !replaced);
         if (replaced) faults::disarm();
         vxPathStoreSet(VX_CATEGORY_TEXTURES, VX_LEVEL_USER, other);
         faults::disarm();
@@ -404,6 +416,7 @@ TEST_F(SettingsFaults, AnUnreadListIsReadAgain) {
         const std::string text = read("user.reg");
         EXPECT_EQ(text == after_, !replaced) << text;
         EXPECT_EQ(text.find("\"1\"=\"/other\"") != std::string::npos, replaced) << text;
+        EXPECT_EQ(text.find("\"/a\"") == std::string::npos, replaced) << text;
     }
 }
 
@@ -536,7 +549,7 @@ TEST_F(Streams, StayOpenWhenTheLibraryGoes) {
 
 // Whatever the C library says of a file, the locale comes back.
 TEST_F(Streams, BringTheLocaleBackIfTheFileFails) {
-    strikeEach(faults::kOpen | faults::kOther, Effect::kRefuse, [](bool) {
+    failEach(faults::kOpen | faults::kOther, [](bool) {
         FILE *stream = open();
         expectLocale(stream != nullptr ? "C" : kUsersLocale);
         const int closed = stream != nullptr ? vxStreamClose(stream) : EOF;
@@ -547,7 +560,7 @@ TEST_F(Streams, BringTheLocaleBackIfTheFileFails) {
 
 TEST_F(Streams, ReuseTheMemoryOfClosedOnesAndEndTheProcessWithoutAny) {
     const auto openWithout = [](int allocation) {  // and all after it
-        faults::arm(faults::kMemory, allocation, true, Effect::kRefuse);
+        faults::arm(faults::kMemory, allocation);
         FILE *stream = open();
         faults::disarm();
         return stream;

@@ -1,4 +1,4 @@
-// The locale of characters for the time of a test.
+// The character locale for the duration of a scope.
 
 #ifndef VX_TESTS_IN_LOCALE_H
 #define VX_TESTS_IN_LOCALE_H

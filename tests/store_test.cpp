@@ -21,6 +21,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// A function of the library.
+#define VX_BIND(name) reinterpret_cast<decltype(&(name))>(::dlsym(handle_, #name))
+
 // The library while it is loaded.
 class Library {
 public:
@@ -34,25 +37,20 @@ public:
     Library(const Library &) = delete;
     Library &operator=(const Library &) = delete;
 
-    template <typename Function>
-    Function *bind(const char *name) const {
-        return reinterpret_cast<Function *>(::dlsym(handle_, name));
-    }
     VxSearchPath *get(int category, int level) const {
-        return bind<decltype(vxPathStoreGet)>("vxPathStoreGet")(category, level);
+        return VX_BIND(vxPathStoreGet)(category, level);
     }
     int set(int category, int level, VxSearchPath *list) const {
-        return bind<decltype(vxPathStoreSet)>("vxPathStoreSet")(category, level, list);
+        return VX_BIND(vxPathStoreSet)(category, level, list);
     }
     std::string text(int category, int level) const {
-        char *text =
-            bind<decltype(vxSearchPathToString)>("vxSearchPathToString")(get(category, level));
+        char *text = VX_BIND(vxSearchPathToString)(get(category, level));
         std::string result = text;
         std::free(text);
         return result;
     }
     void insert(VxSearchPath *list, unsigned index, const char *path) const {
-        bind<decltype(vxSearchPathInsert)>("vxSearchPathInsert")(list, index, path);
+        VX_BIND(vxSearchPathInsert)(list, index, path);
     }
 
 private:
@@ -218,7 +216,8 @@ TEST_F(Store, OtherCategoriesAndLevels) {
     VxSearchPath *merged = library.get(1, 0);
     library.insert(merged, 1, "C:/mark");
     EXPECT_EQ(library.set(-5, 1, list), 1);
-    EXPECT_EQ(library.set(9, 1, list), 1);
+    for (const int category : {3, 9})
+        EXPECT_EQ(library.set(category, 1, list), 1);
     EXPECT_EQ(library.text(1, 0), "C:/a;C:/mark");
     EXPECT_EQ(library.set(1, 4, list), 1);
     EXPECT_EQ(library.text(1, 0), "C:/a");
@@ -322,7 +321,7 @@ TEST_F(Store, WhatIsNoFileIsLeftAlone) {
 
 TEST_F(Store, NobodyElseCanHoldTheLock) {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
-    const auto save = [this](const char *entry) {
+    const auto save = [](const char *entry) {
         const Library library;
         for (const int level : {VX_LEVEL_USER, VX_LEVEL_MACHINE})
             library.insert(library.get(1, level), 0, entry);

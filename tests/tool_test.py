@@ -44,6 +44,13 @@ def sparse_image(path, width, height):
 
 LIBC = ctypes.CDLL(None)
 
+# Programs inherit which signals are ignored or blocked: a job in the background may ignore SIGINT. Python
+# itself ignores two, and restores these in its children.
+signal.pthread_sigmask(signal.SIG_SETMASK, ())
+for number in signal.valid_signals() - {signal.SIGPIPE, signal.SIGXFSZ}:
+    if signal.getsignal(number) == signal.SIG_IGN:
+        signal.signal(number, signal.SIG_DFL)
+
 
 def as_a_plain_user():
     """What a child does before it runs: permissions count, for root too."""

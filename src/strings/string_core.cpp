@@ -1,9 +1,10 @@
-// The body of a string, its sharing, and everything that changes text.
+// The body of a string, its sharing, and all that changes text.
 
 #include "platform/code_page.h"
 
 #include <vxstring.h>
 
+#include <algorithm>
 #include <charconv>
 #include <climits>
 #include <cstdint>
@@ -13,13 +14,13 @@
 
 namespace {
 
-// The longest text; a body with it still has a size that fits an int.
+// The longest text. The size of its body still fits an int.
 constexpr int kMaxLength = INT_MAX - 64;
 
-// What operator[] refers to where there is no byte to be written.
-char scrapByte;
+// What operator[] refers to if there is no byte to write.
+char scratchByte;
 
-// Two moves of one size that may meet in the middle copy n bytes, size <= n <= 2 * size.
+// Copies n bytes, sizeof(Unit) <= n <= 2 * sizeof(Unit), by two moves that may overlap.
 template <typename Unit>
 void copyEnds(char *to, const char *from, std::size_t n) {
     Unit head;
@@ -30,7 +31,7 @@ void copyEnds(char *to, const char *from, std::size_t n) {
     std::memcpy(to + n - sizeof tail, &tail, sizeof tail);
 }
 
-// Pieces of text are mostly short: up to this length one is there before a call has begun.
+// Pieces of text are mostly short. Up to this length, copying inline is faster than a call.
 constexpr int kShort = 16;
 
 void copyShort(char *to, const char *from, int length) {
@@ -78,8 +79,8 @@ VxString::VxStringRep *VxString::VxStringRep::make(const char *text, int length,
     return rep;
 }
 
-// The body of strings that could not have one of their own. Nothing ever writes to it, its
-// counter included, so that it serves all threads.
+// The body of strings for which there was no memory. Nothing writes to it, not even to its count,
+// so all threads can share it.
 VxString::VxStringRep *VxString::VxStringRep::empty() {
     static char text[1];
     static VxStringRep rep{text, 0, 0, kExactRoom, 0};
@@ -90,8 +91,8 @@ void VxString::unref() {
     if (rep_->refCount != 0 && --rep_->refCount == 0) std::free(rep_);
 }
 
-// Makes the string the only owner of its body. False without memory.
-bool VxString::separate() {
+// Makes the string the only owner of its body. False if out of memory.
+bool VxString::detach() {
     if (rep_->refCount == 1) return true;
     VxStringRep *own = VxStringRep::make(rep_->data, rep_->length, rep_->length);
     if (own == nullptr) return false;
@@ -101,19 +102,14 @@ bool VxString::separate() {
 }
 
 void VxString::makeUnique() {
-    separate();
+    detach();
 }
 
-// The capacity of a body that must grow to hold a text.
-int VxString::VxStringRep::grownCapacity(int needed) const {
-    if (memoryHint == kExactRoom) return needed;
-    return needed <= kMaxLength / 2 ? 2 * needed : kMaxLength;
-}
-
-// Gives the string a body of its own that holds `needed` bytes, with the present text and hint.
-// False without memory.
+// Gives the string a body of its own for `needed` bytes, with its text and hint. False if out of
+// memory.
 bool VxString::regrow(int needed) {
-    const int capacity = rep_->grownCapacity(needed);
+    const int doubled = needed <= kMaxLength / 2 ? 2 * needed : kMaxLength;
+    const int capacity = rep_->memoryHint == kExactRoom ? needed : doubled;
     VxStringRep *grown = nullptr;
     if (rep_->refCount == 1) {
         const std::size_t size = sizeof(VxStringRep) + static_cast<std::size_t>(capacity) + 1;
@@ -131,19 +127,15 @@ bool VxString::regrow(int needed) {
     return true;
 }
 
-// ---- Making -----------------------------------------------------------------------------------
+// ---- Construction ---------------------------------------------------------------------------
 
 void VxString::adopt(VxStringRep *rep) {
     rep_ = rep != nullptr ? rep : VxStringRep::empty();
 }
 
-VxString::VxString() {
-    adopt(VxStringRep::make(nullptr, 0, 0));
-}
+VxString::VxString() : VxString(nullptr, 0) {}
 
-VxString::VxString(char byte) {
-    adopt(VxStringRep::make(&byte, 1, 1));
-}
+VxString::VxString(char byte) : VxString(&byte, 1) {}
 
 VxString::VxString(const char *text) {
     const std::size_t length = text != nullptr ? std::strlen(text) : 0;
@@ -168,31 +160,19 @@ VxString::VxString(double value) {
     adopt(VxStringRep::make(text, length, length));
 }
 
-VxString VxString::get(int start) const {
-    return get(start, rep_->length - start);
+VxString VxString::get(int start, int count) const {
+    assert(start >= 0 && count >= 0 && count <= rep_->length - start);
+    return VxString(rep_->data + start, count);
 }
 
-VxString VxString::get(int start, int n) const {
-    assert(start >= 0 && n >= 0 && n <= rep_->length - start);
-    return VxString(rep_->data + start, n);
-}
-
-VxString::operator int() const {
-    return getInt(0);
-}
-
-VxString::operator double() const {
-    return getDouble(0);
-}
-
-// ---- Changing ---------------------------------------------------------------------------------
+// ---- Changes ----------------------------------------------------------------------------------
 
 VxString &VxString::operator+=(const VxString &other) {
     VxStringRep *const rep = rep_;
     const int added = other.rep_->length;
     const int length = rep->length;
     if (added > kShort || added > rep->capacity - length || rep->refCount != 1) {
-        return appendLong(other);
+        return appendSlow(other);
     }
     char *const end = rep->data + length;
     rep->length = length + added;
@@ -201,15 +181,15 @@ VxString &VxString::operator+=(const VxString &other) {
     return *this;
 }
 
-// Apart, so that short pieces pay nothing for it.
-[[gnu::noinline]] VxString &VxString::appendLong(const VxString &other) {
+// Not inlined, so that appending short pieces stays cheap.
+[[gnu::noinline]] VxString &VxString::appendSlow(const VxString &other) {
     const int added = other.rep_->length;
     const int length = rep_->length;
     if (added == 0 || added > kMaxLength - length) return *this;
     if ((length + added > rep_->capacity || rep_->refCount != 1) && !regrow(length + added)) {
         return *this;
     }
-    // Read only now: the other string may be this one.
+    // Read after regrow, because the other string may be this one.
     copyBytes(rep_->data + length, other.rep_->data, added);
     rep_->length = length + added;
     rep_->data[length + added] = '\0';
@@ -224,52 +204,36 @@ VxString VxString::operator+(const VxString &other) const {
 
 char &VxString::operator[](int index) {
     assert(index >= 0 && index <= rep_->length);
-    if (index < rep_->length && separate()) return rep_->data[index];
-    if (index == rep_->length) separate();
-    scrapByte = rep_->data[index];
-    return scrapByte;
+    if (detach() && index < rep_->length) return rep_->data[index];
+    scratchByte = rep_->data[index];
+    return scratchByte;
 }
 
-VxString &VxString::set(int start, int n, const VxString &text) {
-    assert(this != &text && start >= 0 && n >= 0 && n <= rep_->length - start);
-    const int added = text.rep_->length;
-    const int kept = rep_->length - n;
-    if (added > kMaxLength - kept || !separate()) return *this;
+VxString &VxString::set(int start, int count, const VxString &replacement) {
+    assert(this != &replacement);
+    assert(start >= 0 && count >= 0 && count <= rep_->length - start);
+    const int added = replacement.rep_->length;
+    const int kept = rep_->length - count;
+    if (added > kMaxLength - kept || !detach()) return *this;
 
     const int length = kept + added;
-    const auto tail = static_cast<std::size_t>(kept - start);
-    if (length > rep_->capacity) {
-        VxStringRep *grown = VxStringRep::make(nullptr, 0, rep_->grownCapacity(length));
-        if (grown == nullptr) return *this;
-        grown->memoryHint = rep_->memoryHint;
-        copyBytes(grown->data, rep_->data, start);
-        std::memcpy(grown->data + start + added, rep_->data + start + n, tail);
-        unref();
-        rep_ = grown;
-    } else if (added != n) {
-        std::memmove(rep_->data + start + added, rep_->data + start + n, tail);
-    }
-    copyBytes(rep_->data + start, text.rep_->data, added);
+    if (length > rep_->capacity && !regrow(length)) return *this;
+    char *const at = rep_->data + start;
+    if (added != count)
+        std::memmove(at + added, at + count, static_cast<std::size_t>(kept - start));
+    copyBytes(at, replacement.rep_->data, added);
     rep_->length = length;
     rep_->data[length] = '\0';
     return *this;
 }
 
 VxString &VxString::toUpper() {
-    if (!separate()) return *this;
-    char *const text = rep_->data;
-    const int length = rep_->length;
-    for (int i = 0; i < length; ++i)
-        text[i] = vx::uppered(text[i]);
+    if (detach()) std::transform(rep_->data, rep_->data + rep_->length, rep_->data, vx::uppered);
     return *this;
 }
 
 VxString &VxString::toLower() {
-    if (!separate()) return *this;
-    char *const text = rep_->data;
-    const int length = rep_->length;
-    for (int i = 0; i < length; ++i)
-        text[i] = vx::lowered(text[i]);
+    if (detach()) std::transform(rep_->data, rep_->data + rep_->length, rep_->data, vx::lowered);
     return *this;
 }
 

@@ -1,7 +1,7 @@
 // The pattern matcher by its definition.
 
-#ifndef VX_TESTS_PATTERN_MODEL_H
-#define VX_TESTS_PATTERN_MODEL_H
+#ifndef VX_FUZZ_MODELS_PATTERN_MODEL_H
+#define VX_FUZZ_MODELS_PATTERN_MODEL_H
 
 #include "platform/code_page.h"
 
