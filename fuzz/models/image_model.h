@@ -43,7 +43,7 @@ inline std::string reportOf(int id, ...) {
 
 // ---- What reading gives
 
-// The messages of the call and, if it succeeds, the elements. Then the stored bytes of the row.
+// The messages of the call; the elements, if it succeeds; and the size of the stored row.
 struct ReadResult {
     std::string reports;
     std::optional<Elements> row;
@@ -52,9 +52,8 @@ struct ReadResult {
     bool operator==(const ReadResult &) const = default;
 };
 
-// A call that loads a row of the stream: its result, the flags of the handle, the
-// elements left after the first, and the row from the element that comes next, or all of the last
-// row.
+// A call that loads a row of the stream: its result, the flags of the handle, the elements left
+// after the first one, and the row.
 struct StreamStep {
     int result;
     unsigned flags;
