@@ -54,10 +54,9 @@ public:
         const auto first = std::ranges::find_if(values_, isSame);
         if (first == values_.end()) {
             values_.push_back(value);
-            return;
+        } else {
+            *first = value;
         }
-        *first = value;
-        values_.erase(std::remove_if(first + 1, values_.end(), isSame), values_.end());
     }
     void removeFirst(std::size_t count) {
         values_.erase(values_.begin(), values_.begin() + static_cast<std::ptrdiff_t>(count));
@@ -131,7 +130,7 @@ void writeAndReadList(const char *text) {
         joined += entry + ";";
     {
         vx::Registry registry(kRoot);
-        vx::writeRegistryList(registry, kKey, list);
+        CHECK(vx::writeRegistryList(registry, kKey, list) == vx::SaveResult::kSaved);
     }
     const std::string read = readList();
     CHECK(!fits || (read == joined.substr(0, joined.size() - (joined.empty() ? 0 : 1))));

@@ -69,6 +69,10 @@ inline bool finishImage(VxImage *image) {
     bool complete = true;
     if ((image->flags & VX_IMAGE_WRITE) != 0) {
         complete = vxImageFlush(image) == 0;
+        if (!complete && image->pixelBuffer != nullptr) {
+            image->nextPixel = image->pixelBuffer;  // gives the pending row up
+            vxImageFlush(image);
+        }
         complete = writeImageHeader(image) && complete;
         image->flags = VX_IMAGE_READ;
     }
@@ -243,11 +247,15 @@ inline std::optional<VxPicture> vxPictureRead(VxImage *image,
     picture.elementBytes = image->type & 0xFF;
     const std::uint64_t total = vx::detail::elementCount(picture);
     if (total == 0 || total > maxElements) return std::nullopt;
+#ifdef __cpp_exceptions
     try {
+#endif
         if (!vx::detail::readRows(image, total, picture)) return std::nullopt;
+#ifdef __cpp_exceptions
     } catch (const std::bad_alloc &) {
         return std::nullopt;
     }
+#endif
     return picture;
 }
 
@@ -264,8 +272,8 @@ inline std::optional<VxPicture> vxPictureRead(const char *path,
 /*
  * Writes a picture to a file in the byte order that other programs read. `storage` is
  * VX_IMAGE_RUN_LENGTH or VX_IMAGE_VERBATIM. In a one-byte picture the low 8 bits of each element
- * are stored. Rows beyond VX_IMAGE_MAX_ONE_BYTE_ROW and its
- * like are written all the same.
+ * are stored. Rows beyond VX_IMAGE_MAX_ONE_BYTE_ROW, VX_IMAGE_MAX_TWO_BYTE_ROW or
+ * VX_IMAGE_MAX_STORED_ROW are written, but cannot be read.
  *
  * True if the file is complete. False after a message of vxImageOpen, vxImagePutRow or
  * vxImageFinish; the file is incomplete then. False with no file touched for a null path, a

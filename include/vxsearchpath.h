@@ -8,7 +8,7 @@
  * them back.
  *
  * Path text is a terminated text in the multibyte code page of the process. Both / and \ are
- * separators on input; a \ that is the second byte of a double-byte character is not. / is the
+ * separators on input; except for a \ that ends a double-byte character. / is the
  * canonical separator.
  *
  *   drive prefix   a letter and a colon, as in C:
@@ -17,7 +17,7 @@
  *   network path   begins with exactly two backslashes; it keeps its backslashes
  *
  * Nothing here is locked: neither a list nor the store. Not even reading is safe:
- * vxSearchPathFind caches in the list. A thread of its own works on a copy of the list.
+ * vxSearchPathFind caches in the list. Each thread works on its own copy.
  */
 #ifndef VXSEARCHPATH_H
 #define VXSEARCHPATH_H
@@ -122,8 +122,8 @@ VX_API char *vxSearchPathToString(const VxSearchPath *list);
 /*
  * Inserts a directory before the entry at the index, or after the last one if the index equals the
  * count. Returns 1 if it was stored. Returns 0, with the entries unchanged, for a null list, a
- * relative path, an index past the count, a path that vxSearchPathIndexOf finds in the list as it
- * is written, and without memory. In the last case the array may have become larger.
+ * relative path, an index past the count, a path that the list holds already (by
+ * vxSearchPathIndexOf), and without memory. In the last case the array may have become larger.
  */
 VX_API int vxSearchPathInsert(VxSearchPath *list, uint32_t index, const char *path);
 
@@ -134,10 +134,10 @@ VX_API int vxSearchPathInsert(VxSearchPath *list, uint32_t index, const char *pa
  */
 VX_API void vxSearchPathPrepend(VxSearchPath *destination, const VxSearchPath *source);
 
-/* Removes an entry. A null list or an index at or past the count does nothing. */
+/* Removes an entry. Nothing happens without a list or for an index that is not below the count. */
 VX_API void vxSearchPathRemove(VxSearchPath *list, uint32_t index);
 
-/* Swaps two entries. A null list or an index at or past the count does nothing. */
+/* Swaps two entries, under the same conditions. */
 VX_API void vxSearchPathSwap(VxSearchPath *list, uint32_t one, uint32_t other);
 
 /* ---- The store ------------------------------------------------------------------------ */
@@ -196,8 +196,9 @@ VX_API VxSearchPath *vxPathStoreGet(int category, int level);
 
 /*
  * Replaces the contents of a level list by a copy of the caller's list, and discards the merged
- * list of the category. A null list, or the store's own list given back after changes to it, only
- * discards the merged list. Without memory for the copy the level list keeps its contents.
+ * list of the category. To make changes of a level list visible, give that list itself, or null:
+ * then only the merged list is discarded. Without memory for the copy the level list keeps its
+ * contents.
  *
  * Returns 0 for level 0, which does nothing, and 1 for every other level. A level above 3 or below
  * 0 copies nothing, but still discards the merged list. A category that does not exist changes

@@ -62,7 +62,7 @@
  * string keeps its text, and operator[] returns a reference to a byte that no string uses.
  *
  * Threads. The reference count is a plain integer. Strings that share a body belong to one thread
- * at a time, even if each thread only copies or destroys its own. Strings with bodies of their own
+ * at a time, even if each of them only copies or destroys strings. Strings with bodies of their own
  * are independent. Any number of threads may search, compare, view and get from a string while no
  * thread changes, copies, assigns or destroys it or a string that shares its body.
  *
@@ -186,7 +186,7 @@ public:
     int find(const VxString &pattern, int start) const;
     int findC(const VxString &pattern, int start) const;
 
-    // The number of consecutive bytes from `start` on that are in the set, or not in the set. This
+    // The length of the run of bytes from `start` on that belong to the set, or that do not. This
     // is a length, not a position: the run ends at start + result. 0 for a start at or above
     // length(). The C forms take both cases of each letter of the set.
     //

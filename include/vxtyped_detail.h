@@ -128,18 +128,19 @@ template <typename T>
 concept AnyTable = std::derived_from<T, VxHashTable> || std::derived_from<T, VxPHashTable> ||
     std::derived_from<T, VxCPHashTable>;
 
-// The number of elements of a list or table, without those that copyElement could not copy; 0 for
-// any other type.
+// A number by which an incomplete copy of a list or table is below its source: elements, and once
+// more those that are not null, as an element is if it could not be copied. 0 for any other type.
 template <typename T>
-int countFilled(const T &value) {
-    int filled = 0;
+int countElements(const T &value) {
+    const auto countIn = [](const auto &array) { return array.count + array.countFilled(); };
+    int elements = 0;
     if constexpr (AnyList<T>) {
-        filled = Access::array(value).countFilled();
+        elements = countIn(Access::array(value));
     } else if constexpr (AnyTable<T>) {
         for (int i = 0; i < value.getNumBuckets(); ++i)
-            filled += Access::buckets(value).slots(i).countFilled();
+            elements += countIn(Access::buckets(value).slots(i));
     }
-    return filled;
+    return elements;
 }
 
 // Null if memory ran out or the copy constructor threw. A list or table cannot report a failed copy
@@ -150,7 +151,7 @@ T *newCopy(const T &element) {
     try {
 #endif
         std::unique_ptr<T> copy(new (std::nothrow) T(element));
-        if (copy != nullptr && countFilled(*copy) != countFilled(element)) copy.reset();
+        if (copy != nullptr && countElements(*copy) != countElements(element)) copy.reset();
         return copy.release();
 #ifdef __cpp_exceptions
     } catch (...) {
@@ -221,7 +222,7 @@ protected:
     void destroyElement(void *stored) final { delete static_cast<T *>(stored); }
 
     void discardIfIncomplete(const Owning &source) {
-        if (countFilled(*this) != countFilled(source)) this->empty();
+        if (countElements(*this) != countElements(source)) this->empty();
     }
 };
 

@@ -447,7 +447,8 @@ TEST_F(SettingsFaults, SyncsBeforeItRenames) {
     restore(before_);
     faults::resetCounts();
     live("/b");
-    EXPECT_NE(std::string(faults::trace()).find("write fsync close rename "), std::string::npos)
+    EXPECT_NE(std::string(faults::trace()).find("write fsync fstat close rename "),
+              std::string::npos)
         << faults::trace();
 }
 

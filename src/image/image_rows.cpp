@@ -82,10 +82,10 @@ bool selectRow(VxImage *image, unsigned y, unsigned z) {
 
 // Seeks to the selected row; -1, without a message, if its position cannot be reached.
 long seekToSelected(VxImage *image) {
-    const std::size_t index = selectedIndex(image);
-    if (!isVerbatim(image)) return vxImageFileSeek(image, image->rowStarts[index]);
+    const std::uint64_t index = selectedIndex(image);
     const std::uint64_t position =
-        VX_IMAGE_FILE_HEAD + std::uint64_t{index} * image->xSize * elementBytesOf(image);
+        isVerbatim(image) ? VX_IMAGE_FILE_HEAD + index * image->xSize * elementBytesOf(image)
+                          : image->rowStarts[index];
     // Reduced to 32 bits it would be the position of another row.
     if (position > VX_IMAGE_MAX_POSITION) return -1;
     return vxImageFileSeek(image, static_cast<std::uint32_t>(position));

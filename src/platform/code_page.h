@@ -61,8 +61,8 @@ const CodePage &currentCodePage();
 // The longest character of any page, in bytes.
 inline constexpr std::size_t kMaxCharacterBytes = 2;
 
-// Bytes of the character at the start of a text of at most `limit` bytes: 1 or 2, 0 at the
-// terminator, -1 for an invalid sequence.
+// Bytes of the character at the start of a text of at most `limit` bytes: 1 or 2. It is 0 if the
+// text is empty, and -1 if the sequence is invalid.
 int characterLength(const char *text, std::size_t limit);
 
 // Classes of character codes: a single byte, or lead byte x 256 + trail byte. They are those of
@@ -97,8 +97,8 @@ int compareText(const char *left, const char *right);
 // Bytes of the complete characters among the first `limit` bytes of a text.
 std::size_t prefixLength(const char *text, std::size_t limit);
 
-// Copies at most `limit` bytes, never half a character, and fills the rest of those bytes with
-// zeros. A text that reaches the limit is not terminated.
+// Copies complete characters into `limit` bytes and clears the rest of them. A text that reaches
+// the limit is not terminated.
 void copyPrefix(char *to, const char *from, std::size_t limit);
 
 // Splits a text in place: terminates the next piece between runs of the separator and returns it,

@@ -50,7 +50,7 @@ public:
 
     std::span<const RegistryValue> values() const { return values_; }
 
-    // Stores a value, in place of the one of that name or after the last one.
+    // Stores a value, in place of the first one of that name or after the last one.
     void set(RegistryValue value);
 
     // Removes the first `count` values. REQUIRES: count <= values().size().
@@ -58,8 +58,8 @@ public:
 
     // Makes the system's values those of the key, and the key itself if it is missing. A value that
     // was removed and set again with the same data is not a change. The result is kFailed without
-    // the right to write, on an I/O failure, for a name with control bytes, and when other
-    // processes save for more than five seconds.
+    // the right to write, on an I/O failure, for names that the system cannot keep, and when
+    // another process holds the lock for five seconds.
     SaveResult save();
 
 private:

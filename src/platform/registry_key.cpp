@@ -16,26 +16,16 @@ std::string foldedName(std::string_view name) {
 }
 
 void RegistryKey::set(RegistryValue value) {
-    const std::string name = foldedName(value.name);
     if (places_.empty()) {
         for (std::size_t i = 0; i < values_.size(); ++i)
             places_.try_emplace(foldedName(values_[i].name), i);
     }
-    const auto [place, isNew] = places_.try_emplace(name, values_.size());
+    const auto [place, isNew] = places_.try_emplace(foldedName(value.name), values_.size());
     if (isNew) {
         values_.push_back(std::move(value));
-        return;
+    } else {
+        values_[place->second] = std::move(value);
     }
-    const std::size_t index = place->second;
-    values_[index] = std::move(value);
-    if (places_.size() == values_.size()) return;
-    // A person may have written a name twice.
-    const auto isRepeat = [&](const RegistryValue &other) {
-        return foldedName(other.name) == name;
-    };
-    const auto next = values_.begin() + static_cast<std::ptrdiff_t>(index) + 1;
-    values_.erase(std::remove_if(next, values_.end(), isRepeat), values_.end());
-    places_.clear();
 }
 
 void RegistryKey::removeFirst(std::size_t count) {

@@ -68,18 +68,23 @@ void readList(vx::Registry &registry, int category, int level) {
 
 // A list that could not be read before is read now, and what was added meanwhile goes in front of
 // it. While it cannot be read, nothing is written.
+vx::SaveResult saveList(vx::Registry &registry, int category, int level) {
+    const VxSearchPath *list = lists[category][level];
+    bool isComplete = true;
+    ListOwner stored(nullptr, vxSearchPathFree);
+    if (unread[category][level]) {
+        stored = storedList(registry, category, &isComplete);
+        isComplete = isComplete && vx::prependSearchPath(stored.get(), list);
+        list = stored.get();
+    }
+    if (!isComplete) return vx::SaveResult::kFailed;
+    return vx::writeRegistryList(registry, registryPath(category), list);
+}
+
 void writeList(vx::Registry &registry, int category, int level) {
-    VxSearchPath *list = lists[category][level];
-    if (list == nullptr) return;
-    if (!unread[category][level]) {
-        vx::writeRegistryList(registry, registryPath(category), list);
-        return;
-    }
-    bool isComplete = false;
-    const ListOwner stored = storedList(registry, category, &isComplete);
-    if (isComplete && vx::prependSearchPath(stored.get(), list)) {
-        vx::writeRegistryList(registry, registryPath(category), stored.get());
-    }
+    if (lists[category][level] == nullptr) return;
+    while (saveList(registry, category, level) == vx::SaveResult::kOutdated)
+        continue;
 }
 
 // Runs a step for each list of a level. A step that runs out of memory is left out, and so are the

@@ -41,7 +41,7 @@ std::vector<Entry> readEntries(const RegistryKey &key) {
     return entries;
 }
 
-// Of equal texts the one with the lowest number stays; the rest is in the order of the numbers.
+// Keeps one entry per text, with the lowest of its numbers, in the order of the numbers.
 void removeRepeats(std::vector<Entry> &entries) {
     std::ranges::sort(entries, [](const Entry &one, const Entry &other) {
         const int order = compareText(one.text.c_str(), other.text.c_str());
@@ -64,17 +64,15 @@ std::string readRegistryList(Registry &registry, const std::string &path) {
     return text;
 }
 
-void writeRegistryList(Registry &registry, const std::string &path, const VxSearchPath *list) {
-    SaveResult result = SaveResult::kOutdated;
-    while (result == SaveResult::kOutdated) {
-        RegistryKey key(registry, path);
-        key.removeFirst(readableValues(key).size());
-        for (std::uint32_t i = 0; i < list->count; ++i) {
-            const char *text = list->entries[i];
-            key.set({std::to_string(i), kRegistryText, std::string(text, std::strlen(text) + 1)});
-        }
-        result = key.save();
+SaveResult writeRegistryList(Registry &registry, const std::string &path,
+                             const VxSearchPath *list) {
+    RegistryKey key(registry, path);
+    key.removeFirst(readableValues(key).size());
+    for (std::uint32_t i = 0; i < list->count; ++i) {
+        const char *text = list->entries[i];
+        key.set({std::to_string(i), kRegistryText, std::string(text, std::strlen(text) + 1)});
     }
+    return key.save();
 }
 
 }  // namespace vx

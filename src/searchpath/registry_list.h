@@ -16,9 +16,8 @@ namespace vx {
 // The text values of a key, ordered by the numbers in their names, with semicolons between them.
 std::string readRegistryList(Registry &registry, const std::string &path);
 
-// Replaces the values of a key by a list and adds the key if it is missing. What cannot be written
-// is left out without a report.
-void writeRegistryList(Registry &registry, const std::string &path, const VxSearchPath *list);
+// Replaces the values of a key by a list and adds the key if it is missing.
+SaveResult writeRegistryList(Registry &registry, const std::string &path, const VxSearchPath *list);
 
 }  // namespace vx
 

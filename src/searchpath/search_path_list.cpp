@@ -1,7 +1,7 @@
 // Ordered lists of directories.
 //
-// `longest` lets a walk along a list allocate one buffer. Operations that cannot be sure of it
-// set it to 0, for the next walk to find out, rather than scan.
+// A search takes its one buffer by `longest`. Changes that may make it wrong clear it instead of
+// looking at all entries; the next search works it out.
 
 #include "searchpath/search_path_list.h"
 

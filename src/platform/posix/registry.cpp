@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -41,14 +40,6 @@ std::string folderOf(const std::string &path) {
     return path.substr(0, path.rfind('/') + 1);
 }
 
-bool makeFolders(const std::string &folder) {
-    for (std::size_t end = folder.find('/', 1);; end = folder.find('/', end + 1)) {
-        const std::string part = folder.substr(0, end);
-        if (::mkdir(part.c_str(), 0777) != 0 && errno != EEXIST) return false;
-        if (end == std::string::npos) return true;
-    }
-}
-
 bool readAll(int file, std::string &text) {
     std::size_t length = 0;
     while (length < text.size()) {
@@ -72,16 +63,18 @@ bool writeAll(int file, std::string_view text) {
 }
 
 // People keep settings elsewhere and link to them. The link stays, even while there is no file at
-// its end yet.
-std::string resolveSymlinks(const std::string &path) {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
-                                                           std::free);
-    if (real != nullptr) return real.get();
-    char target[4096];
-    const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
-    if (length <= 0 || length == sizeof target) return path;
-    const std::string_view text(target, static_cast<std::size_t>(length));
-    return text.front() == '/' ? std::string(text) : folderOf(path).append(text);
+// its end yet. False if it cannot be followed.
+bool resolveSymlinks(std::string &path) {
+    constexpr int kMaxLinks = 40;  // in a row, as the system allows
+    for (int i = 0; i < kMaxLinks; ++i) {
+        char text[4096];
+        const ssize_t length = ::readlink(path.c_str(), text, sizeof text);
+        if (length < 0)
+            return errno == EINVAL || errno == ENOENT || errno == ENOTDIR;  // not a link
+        const std::string target(text, static_cast<std::size_t>(length));
+        path = target.starts_with('/') ? target : folderOf(path) + target;
+    }
+    return false;
 }
 
 // Gives a file a further name. False with EEXIST if there is a file of that name. Where a file
@@ -108,14 +101,35 @@ bool moveAsideDamaged(const std::string &path) {
     return false;
 }
 
-// Only root can give a file away; for others the owner is right already.
+constexpr auto kSameGroup = static_cast<gid_t>(-1);
+
+// Only root can give a file away, but everybody can choose a group that they are in.
 void changeOwner(int file, uid_t user, gid_t group) {
     struct stat now;
-    if (::fstat(file, &now) == 0 && now.st_uid == user &&
-        (now.st_gid == group || group == static_cast<gid_t>(-1))) {
-        return;
+    const bool isKnown = ::fstat(file, &now) == 0;
+    if (isKnown && now.st_uid == user && (now.st_gid == group || group == kSameGroup)) return;
+    if (::fchown(file, user, group) == 0 || group == kSameGroup) return;
+    [[maybe_unused]] const int result = ::fchown(file, static_cast<uid_t>(-1), group);
+}
+
+// A file or folder that root makes in somebody's folder is theirs, or they could never save again.
+void giveToFolderOwner(int file, const std::string &path) {
+    struct stat folder;
+    if (::stat(folderOf(path).c_str(), &folder) == 0) changeOwner(file, folder.st_uid, kSameGroup);
+}
+
+// Makes the folders of a path, as far as they are missing.
+bool makeFolders(const std::string &path) {
+    for (std::size_t end = path.find('/', 1); end != path.npos; end = path.find('/', end + 1)) {
+        const std::string folder = path.substr(0, end);
+        if (::mkdir(folder.c_str(), 0777) == 0) {
+            const File made(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+            giveToFolderOwner(made.get(), folder);
+        } else if (errno != EEXIST) {
+            return false;
+        }
     }
-    [[maybe_unused]] const int given = ::fchown(file, user, group);
+    return true;
 }
 
 bool changeMode(int file, mode_t mode) {
@@ -127,7 +141,7 @@ bool changeMode(int file, mode_t mode) {
 // Does not wait for ever: the holder may be stopped.
 bool waitForLock(int lock) {
     constexpr timespec kPause = {0, 20'000'000};
-    constexpr int kTries = 250;  // five seconds
+    constexpr int kTries = 240;  // five seconds, with the time of the tries
     for (int i = 0; i < kTries; ++i) {
         if (::flock(lock, LOCK_EX | LOCK_NB) == 0) return true;
         if (errno != EWOULDBLOCK && errno != EINTR) return false;
@@ -154,7 +168,8 @@ class Registry::Store {
 public:
     explicit Store(RegistryRoot root)
         : prefix_(root == RegistryRoot::kUser ? "HKEY_CURRENT_USER\\" : "HKEY_LOCAL_MACHINE\\"),
-          path_(registryFilePath(root)) {
+          path_(registryFilePath(root)),
+          isResolved_(resolveSymlinks(path_)) {
         read();
     }
     // A child that was forked meanwhile has the lock file open as well, and would keep the lock if
@@ -185,8 +200,9 @@ public:
                 return SaveResult::kOutdated;
             }
         }
-        if (!replace(text)) return SaveResult::kFailed;
-        content_.parse(text);
+        RegistryFile changed;
+        if (!changed.parse(text) || !replace(text)) return SaveResult::kFailed;
+        content_ = std::move(changed);
         text_ = std::move(text);
         exists_ = true;
         isDamaged_ = false;
@@ -196,7 +212,7 @@ public:
 private:
     void read() {
         content_ = RegistryFile();
-        isReadable_ = readText();
+        isReadable_ = isResolved_ && readText();
         isDamaged_ = isReadable_ && exists_ && !content_.parse(text_);
     }
 
@@ -223,43 +239,44 @@ private:
     // not write the settings does not get that far.
     bool takeLock() {
         // The folder would let a file be replaced that its owner has made read-only.
-        const bool mayWrite =
-            exists_ ? ::access(path_.c_str(), W_OK) == 0 : makeFolders(folderOf(path_));
+        const bool mayWrite = exists_ ? ::access(path_.c_str(), W_OK) == 0 : makeFolders(path_);
         if (!mayWrite) return false;
         const std::string path = path_ + ".lock";
+        // Neither a link nor a pipe, which would be waited for.
+        constexpr int kMode = O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
         File lock;
-        for (const int mode : {0, O_CREAT | O_EXCL, 0}) {  // another process may be faster
-            lock = File(::open(path.c_str(), O_WRONLY | O_CLOEXEC | mode, 0600));
+        for (const int more : {0, O_CREAT | O_EXCL, 0}) {  // another process may be faster
+            lock = File(::open(path.c_str(), kMode | more, 0600));
             if (lock.isOpen()) break;
         }
-        if (!lock.isOpen()) return false;
-        setLockRights(lock.get(), path);
+        if (!lock.isOpen() || !setLockRights(lock.get(), path)) return false;
         if (!waitForLock(lock.get())) return false;
         lock_ = std::move(lock);
         return true;
     }
 
     // Only those who may write the settings can open the lock, so that nobody else can hold it.
-    void setLockRights(int lock, const std::string &path) const {
+    // False for what is not a file of its own: root must not change the rights of another one.
+    bool setLockRights(int lock, const std::string &path) const {
+        struct stat now;
+        if (::fstat(lock, &now) != 0 || !S_ISREG(now.st_mode) || now.st_nlink != 1) return false;
         setOwner(lock, path);
         changeMode(lock, 0600 | (exists_ ? status_.st_mode & 0022 : 0));
+        return true;
     }
 
-    // A file that root makes in somebody's folder is theirs, or they could never save again.
     void setOwner(int file, const std::string &path) const {
-        struct stat folder;
         if (exists_) {
             changeOwner(file, status_.st_uid, status_.st_gid);
-        } else if (::stat(folderOf(path).c_str(), &folder) == 0) {
-            changeOwner(file, folder.st_uid, static_cast<gid_t>(-1));
+        } else {
+            giveToFolderOwner(file, path);
         }
     }
 
-    bool replace(const std::string &text) const {
-        const std::string target = resolveSymlinks(path_);
-        const std::string fresh = target + ".new";
-        if (writeFresh(fresh, text) && (!isDamaged_ || moveAsideDamaged(target)) &&
-            ::rename(fresh.c_str(), target.c_str()) == 0) {
+    bool replace(const std::string &text) {
+        const std::string fresh = path_ + ".new";
+        if (writeFresh(fresh, text) && (!isDamaged_ || moveAsideDamaged(path_)) &&
+            ::rename(fresh.c_str(), path_.c_str()) == 0) {
             return true;
         }
         ::unlink(fresh.c_str());
@@ -267,17 +284,22 @@ private:
     }
 
     // A file that a killed process left is removed first: whatever it is, it is not written into.
-    bool writeFresh(const std::string &fresh, const std::string &text) const {
+    bool writeFresh(const std::string &fresh, const std::string &text) {
         ::unlink(fresh.c_str());
         File file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
         if (!file.isOpen()) return false;
         setOwner(file.get(), fresh);
         if (exists_ && !changeMode(file.get(), status_.st_mode & 07777)) return false;
-        return writeAll(file.get(), text) && ::fsync(file.get()) == 0 && file.close();
+        if (!writeAll(file.get(), text) || ::fsync(file.get()) != 0) return false;
+        return ::fstat(file.get(), &status_) == 0 && file.close();
     }
+
+    // Neither a link nor a pipe, which would be waited for.
+    static constexpr int kOwnFile = O_NOFOLLOW | O_NONBLOCK;
 
     std::string prefix_;
     std::string path_;  // of the file, empty if there is no folder for it
+    bool isResolved_;
     bool isReadable_ = true;
     bool exists_ = false;
     bool isDamaged_ = false;

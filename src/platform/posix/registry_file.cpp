@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
+#include <set>
 #include <utility>
 
 namespace vx {
@@ -179,36 +181,6 @@ bool isSame(const RegistryValue &one, const RegistryValue &other) {
     return one.type == other.type && one.data == other.data;
 }
 
-// Values that are taken by their names, each once; of one name in their order.
-class ValueQueue {
-public:
-    explicit ValueQueue(std::span<const RegistryValue> values) : values_(values) {
-        for (std::size_t i = values.size(); i-- > 0;)
-            places_[foldedName(values[i].name)].push_back(i);
-    }
-    // Null if none is left.
-    const RegistryValue *take(std::string_view name) {
-        const auto found = places_.find(foldedName(name));
-        if (found == places_.end() || found->second.empty()) return nullptr;
-        const std::size_t place = found->second.back();
-        found->second.pop_back();
-        taken_[place] = true;
-        return &values_[place];
-    }
-    std::vector<const RegistryValue *> rest() const {
-        std::vector<const RegistryValue *> rest;
-        for (std::size_t i = 0; i < values_.size(); ++i) {
-            if (!taken_[i]) rest.push_back(&values_[i]);
-        }
-        return rest;
-    }
-
-private:
-    std::span<const RegistryValue> values_;
-    std::unordered_map<std::string, std::vector<std::size_t>> places_;  // the first one last
-    std::vector<bool> taken_ = std::vector<bool>(values_.size());
-};
-
 }  // namespace
 
 RegistryFile::RegistryFile() {
@@ -283,26 +255,30 @@ std::vector<RegistryValue> RegistryFile::values(std::string_view path) const {
 
 std::string RegistryFile::textWith(std::string_view path,
                                    std::span<const RegistryValue> values) const {
-    ValueQueue queue(values);
+    std::multimap<std::string, std::size_t> places;  // of the values that have no line yet
+    for (std::size_t i = 0; i < values.size(); ++i)
+        places.emplace(foldedName(values[i].name), i);
     const int key = findKey(path);
     std::string text;
     std::size_t end = 0;  // of the last line of the key
     for (const Line &line : lines_) {
-        const bool isOfKey = key != kNone && line.key == key;
-        const RegistryValue *value =
-            isOfKey && line.isValue ? queue.take(line.value.name) : nullptr;
-        if (!isOfKey || !line.isValue || (value != nullptr && isSame(*value, line.value))) {
+        if (key == kNone || line.key != key || !line.isValue) {
             text += line.text;
-        } else if (value != nullptr) {
-            text += formatted(*value);
+        } else if (const auto place = places.lower_bound(foldedName(line.value.name));
+                   place != places.end() && place->first == foldedName(line.value.name)) {
+            const RegistryValue &value = values[place->second];
+            text += isSame(value, line.value) ? line.text : formatted(value);
+            places.erase(place);
         }
-        if (isOfKey) end = text.size();
+        if (key == kNone || line.key == key) end = text.size();
     }
+    std::set<std::size_t> rest;
+    for (const auto &[name, place] : places)
+        rest.insert(place);
     std::string added;
     if (key == kNone) added = lineEnd_ + "[" + std::string(path) + "]" + lineEnd_;
-    for (const RegistryValue *value : queue.rest())
-        added += formatted(*value);
-    if (key == kNone) end = text.size();
+    for (const std::size_t place : rest)
+        added += formatted(values[place]);
     // The last line of a file may have no end.
     if (!added.empty() && end == text.size() && !text.ends_with('\n')) added.insert(0, lineEnd_);
     return text.insert(end, added);
