@@ -132,11 +132,11 @@ TEST(Registry, ChangesNoMoreLinesThanItMust) {
         std::function<void(RegistryKey &)> change;
         const char *values;
     } cases[] = {
-        // A name that is there twice is one afterwards.
+        // Of a name that is there twice the first is changed.
         {[&](RegistryKey &key) {
              key.set({"a", kRegistryText, text});
          },
-         "\"a\"=\"4\"\n; note\n\"c\" = \"3\"\n\n[Other]\n"},
+         "\"a\"=\"4\"\n; note\n\"A\"=\"2\"\n\"c\" = \"3\"\n\n[Other]\n"},
         {[&](RegistryKey &key) {
              key.set({"C", kRegistryText, same});
          },
