@@ -160,7 +160,6 @@ class ToolTest(unittest.TestCase):
         file.write_text(file.read_text().replace('"0"="/a"\n', ''.join(f'"{i}"="/{i}"\n' for i in range(127))))
         self.run_tool('paths add /' + 'x' * 258)
         self.run_tool('paths add /one-more', code=1, error='128')
-        self.assertEqual(len(self.paths()), 128)
 
     def test_damaged_registry_files_are_named(self):
         self.registry.mkdir()
