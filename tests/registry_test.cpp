@@ -45,16 +45,40 @@ std::string worked(const std::string &text, Work work) {
     return folder.read("user.reg");
 }
 
-// Whoever owns the folder can still save when root has been there first.
+// Whoever owns the folder can still read and save when root has been there first.
 TEST(Registry, WhatRootMakesIsTheFoldersOwners) {
-    if (::geteuid() != 0) GTEST_SKIP() << "only root can give files away";
     const Folder folder;
-    ASSERT_EQ(::chown(folder.path.c_str(), 65534, 65534), 0);
-    withKey([](RegistryKey &) {});
-    for (const char *name : {"user.reg", "user.reg.lock"}) {
+    const bool isRoot = ::geteuid() == 0;
+    ASSERT_EQ(isRoot ? ::chown(folder.path.c_str(), 65534, 65534) : 0, 0);
+    ::setenv("VX_REGISTRY_DIR", folder.at("made").c_str(), 1);
+    {
+        Registry registry(RegistryRoot::kUser);
+        RegistryKey one(registry, kPath), other(registry, "Other");
+        for (RegistryKey *key : {&one, &other})
+            EXPECT_EQ(key->save(), SaveResult::kSaved);
+    }
+    for (const char *name : {"made", "made/user.reg", "made/user.reg.lock"}) {
         struct stat status;
         ASSERT_EQ(::stat(folder.at(name).c_str(), &status), 0);
-        EXPECT_EQ(status.st_uid, 65534U) << name;
+        EXPECT_EQ(status.st_uid, isRoot ? 65534 : ::geteuid()) << name;
+        EXPECT_EQ(status.st_mode & 0600U, 0600U) << name;
+    }
+}
+
+TEST(Registry, ALockThatIsNotAPlainFileOfItsOwnIsRefused) {
+    using Make = int (*)(const char *, const char *);
+    const Make makers[] = {::symlink, ::link,
+                           [](const char *, const char *lock) { return ::mkfifo(lock, 0600); }};
+    for (const Make make : makers) {
+        const Folder folder;
+        folder.write("other", "");
+        ASSERT_EQ(::chmod(folder.at("other").c_str(), 0604), 0);
+        ASSERT_EQ(make(folder.at("other").c_str(), folder.at("user.reg.lock").c_str()), 0);
+        Registry registry(RegistryRoot::kUser);
+        EXPECT_EQ(RegistryKey(registry, kPath).save(), SaveResult::kFailed);
+        struct stat status;
+        ASSERT_EQ(::stat(folder.at("other").c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777U, 0604U);
     }
 }
 
