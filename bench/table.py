@@ -100,7 +100,11 @@ ROWS = [
         figures({1: 3.0, 8: 3.0}, 'append_vx/{}', {'std::string': 'append_std/{}'})),
     Row('strings', 'find a text in 4 KiB', SPEED, [
         Figure('as it is', 'find_vx', 0.8, {'memmem': 'find_memmem'}),
-        Figure('ignoring case', 'find_folded_vx', 0.75, {'strcasestr': 'find_folded_strcasestr'})]),
+        *(Figure(name, f'find_folded_vx/{length}', bar,
+                 {'strcasestr': f'find_folded_strcasestr/{length}'})
+          for length, bar, name in ((6, 2.0, 'ignoring case'),
+                                    (513, 0.8, 'ignoring case, 513 bytes but the last match'),
+                                    (2000, 0.8, 'ignoring case, 2,000 bytes but the last match')))]),
     Row('strings', 'find by a set in 4 KiB', SPEED, [
         Figure('in it', 'span_vx', 4.0, {'find_first_not_of': 'span_std'}),
         Figure('not in it', 'span_not_vx', 4.0, {'find_first_not_of': 'span_std'})]),
