@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         // The library finds long patterns and compares long texts in another way than short ones.
         search(repeated(in, 400) + repeated(text, 700) + in, repeated(text, 300) + in, byte, from);
         compare(in, text);
-        compare(repeated(in, 1200) + text, repeated(in, 1200) + in);
+        compare(repeated(in, 600) + text, repeated(in, 600) + in);
         readNumber(text);
     }
     return 0;

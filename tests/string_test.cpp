@@ -1,5 +1,5 @@
-// The string: runs of changes, searches and comparisons beside models, and what tables say of
-// texts and numbers.
+// The string: changes, searches and comparisons at random against models, and tables of orders,
+// hashes and numbers.
 
 #include "data_rows.h"
 #include "fuzz/models/string_model.h"
@@ -85,7 +85,7 @@ protected:
             int number = 0;
             for (const auto &[found, expected] : searches(in, what, byte, from))
                 ASSERT_EQ(found, expected) << "search " << number++ << " from " << from << " of "
-                                           << in.size() << " for " << what;
+                                           << in.size() << " for " << what.size();
         }
     }
 

@@ -278,7 +278,10 @@ inline std::vector<std::pair<std::vector<int>, std::vector<int>>> comparisons(
     const auto same = [](std::size_t left, std::size_t right) { return left == right ? 1 : 0; };
     const std::hash<VxString> hash;
     return {{{s.compare(t), s.compareC(t)}, {sign, order(lower(one), lower(other))}},
+            {{s.compare(s), s.compareC(s)}, {0, 0}},
             {relations(s, t), relationsBy(sign, total)},
+            {relations(t, s), relationsBy(-sign, -total)},
+            {relations(s, VxString(s)), relationsBy(0, 0)},
             {relations(std::pair(s, 1), std::pair(t, 1)), relationsBy(total, total)},
             {relations(std::vector{s}, std::vector{t}), relationsBy(total, total)},
             {relations(NamedValue{s, 1}, NamedValue{t, 1}), relationsBy(total, total)},
