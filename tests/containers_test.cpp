@@ -219,9 +219,18 @@ TEST(PointerTables, HaveEightyThreeBucketsUnlessAsked) {
 }
 
 TEST(PointerTables, FoldAnAddress) {
-    constexpr std::uintptr_t kAddressAndHash[][2] = {
-        {0, 0},         {0x1000, 1024},    {0x4000, 1},       {0x4000000, 4},   {3, 0},
-        {0x3ffc, 4095}, {0xffffffff, 252}, {0xfc000000, 252}, {0x3ffc000, 4095}};
+    constexpr std::uintptr_t kAddressAndHash[][2] = {{0, 0},
+                                                     {0x1000, 1024},
+                                                     {0x4000, 1},
+                                                     {0x4000000, 4},
+                                                     {3, 0},
+                                                     {0x3ffc, 4095},
+                                                     {0xffffffff, 252},
+                                                     {0xfc000000, 252},
+                                                     {0x3ffc000, 4095},
+                                                     {0x100000000, 80},
+                                                     {0x55d0c0a3f2ac, 2706},
+                                                     {0x7ffdeadbeef8, 1297}};
     for (const auto &[address, hash] : kAddressAndHash)
         EXPECT_EQ(VxPHashTable::hash(reinterpret_cast<const void *>(address)), hash) << address;
 }

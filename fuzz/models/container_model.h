@@ -396,9 +396,8 @@ private:
                    has(it.postInc(), i);
             good = good && (i == 0 || isAt(other, i));
         }
-        good = good && isAt(it, n);
-        it.reset(0);
-        return good && isAt(it, 0);
+        last.reset(0);
+        return good && isAt(it, n) && isAt(last, 0);
     }
 
     using Buckets = std::vector<std::vector<int>>;
