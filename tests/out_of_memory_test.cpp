@@ -105,6 +105,19 @@ TYPED_TEST(EveryContainer, StaysAsItWasOutOfMemory) {
     });
 }
 
+// Null is an element, and yet a sign of a copy that failed elsewhere.
+TEST(OutOfMemory, AListOfNullsIsCopiedCompletelyOrNotAtAll) {
+    VxPointerList<int> nulls;
+    EXPECT_TRUE(nulls.append(nullptr) && nulls.append(nullptr));
+    faults::failEach(faults::kMemory, [&](bool) {
+        VxOwningList<VxPointerList<int>> list;
+        const bool isCopied = list.append(nulls);
+        EXPECT_EQ(isCopied, !faults::disarm());
+        EXPECT_EQ(list.length(), isCopied ? 1 : 0);
+        EXPECT_TRUE(!isCopied || list[0].length() == 2);
+    });
+}
+
 TEST(OutOfMemory, StringsStayAsTheyWere) {
     const VxString abc("abc");
     const VxString piece("defgh");

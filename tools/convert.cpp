@@ -12,9 +12,11 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <fcntl.h>
 #include <memory>
 #include <strings.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace tool {
@@ -51,7 +53,7 @@ public:
 
 private:
     std::string path_;
-    ImageHandle image_;
+    VxUniqueImage image_;
     int y_;
 };
 
@@ -104,18 +106,17 @@ public:
     }
 
     void finish() override {
-        VxImage *image = image_.release();
-        const int file = image->file;
+        const vx::File file(fcntl(image_->file, F_DUPFD_CLOEXEC, 0));
         errno = 0;
-        if (closeImage(image) != 0) {
-            throw Error(path_, writeMessage(file, "could not be closed"));
+        if (!vxImageFinish(std::move(image_))) {
+            throw Error(path_, writeMessage(file.get(), "could not be closed"));
         }
     }
 
 private:
     std::string path_;
     PictureForm form_;
-    ImageHandle image_;
+    VxUniqueImage image_;
     int y_;
 };
 

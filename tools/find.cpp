@@ -4,14 +4,12 @@
 #include "registry_files.h"
 #include "report.h"
 
-#include <vxsearchpath.h>
+#include <vxhandles.h>
 
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,15 +17,10 @@ namespace tool {
 
 namespace {
 
-struct Release {
-    void operator()(char *text) const { std::free(text); }
-};
-using Text = std::unique_ptr<char, Release>;
-
 // The path of a name under an entry of a list. The root is an empty entry, which nothing is joined
 // to.
 std::string candidate(const char *entry, const char *name) {
-    const Text joined(vxPathJoin(*entry == '\0' ? "/" : entry, name, nullptr));
+    const VxUniqueText joined(vxPathJoin(*entry == '\0' ? "/" : entry, name, nullptr));
     return joined == nullptr ? "" : joined.get();
 }
 

@@ -19,7 +19,7 @@ int forEachImage(const std::vector<std::string> &paths, Work work) {
     bool good = true;
     for (const std::string &path : paths) {
         try {
-            const ImageHandle image = openImage(path);
+            const VxUniqueImage image = openImage(path);
             good = work(path, image.get()) && good;
         } catch (const Error &error) {
             printError(error.subject(), error.what());

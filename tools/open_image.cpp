@@ -4,7 +4,6 @@
 #include "report.h"
 
 #include <utility>
-#include <vector>
 
 namespace tool {
 
@@ -19,14 +18,6 @@ void collect(char *text) {
 
 }  // namespace
 
-int closeImage(VxImage *image) {
-    // Remembered for as long as the process lasts, so that they do not count as lost.
-    static auto *unclosed = new std::vector<const VxImage *>;
-    const int result = vxImageClose(image);
-    if (result != 0) unclosed->push_back(image);
-    return result;
-}
-
 void collectImageMessages() {
     vxImageSetErrorHandler(collect);
 }
@@ -36,9 +27,9 @@ std::string imageMessage(const char *otherwise) {
     return message.empty() ? otherwise : message;
 }
 
-ImageHandle openImage(const std::string &path) {
+VxUniqueImage openImage(const std::string &path) {
     vx::File file = openRegularFile(path);
-    ImageHandle image(vxImageOpenFd(file.get(), "r"));
+    VxUniqueImage image(vxImageOpenFd(file.get(), "r"));
     if (image == nullptr) throw Error(path, imageMessage("not an image"));
     file.release();
     return image;

@@ -2,25 +2,15 @@
 #ifndef TOOLS_OPEN_IMAGE_H
 #define TOOLS_OPEN_IMAGE_H
 
-#include <vximage.h>
+#include <vxhandles.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
 namespace tool {
 
-// The result of vxImageClose. What could not be closed cannot be ended in any other way: it stays
-// until the process ends.
-int closeImage(VxImage *image);
-
-struct ImageCloser {
-    void operator()(VxImage *image) const { closeImage(image); }
-};
-using ImageHandle = std::unique_ptr<VxImage, ImageCloser>;
-
 // Throws Error when there is no image to read.
-ImageHandle openImage(const std::string &path);
+VxUniqueImage openImage(const std::string &path);
 
 // What the library said since this was last asked, or a text for when it kept silent.
 std::string imageMessage(const char *otherwise);

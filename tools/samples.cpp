@@ -4,7 +4,7 @@
 #include "output_file.h"
 #include "report.h"
 
-#include <vxsampling.h>
+#include <vxhandles.h>
 
 #include <cstdio>
 #include <new>
@@ -16,19 +16,6 @@ namespace {
 
 constexpr int kColumns = 10, kRows = (VX_SAMPLE_SETS + kColumns - 1) / kColumns;
 constexpr int kCell = 100, kGap = 10, kPitch = kCell + kGap;
-
-struct Table : VxSampleTable {
-    // The disk is cut off at 1.3 of its size: both patterns reach from -1 to 1.
-    Table(bool square, int gridSize) : VxSampleTable() {
-        const float size = square ? 1.0F : 1.0F / 1.3F;
-        if (vxSampleTableInit(this, gridSize, size, 0, 1.0F, square ? 1 : 0) == 0) {
-            throw std::bad_alloc();
-        }
-    }
-    ~Table() { vxSampleTableRelease(this); }
-    Table(const Table &) = delete;
-    Table &operator=(const Table &) = delete;
-};
 
 void drawSet(std::FILE *file, const VxSampleTable &table, int set, bool square, double radius) {
     std::fprintf(file, "<g transform=\"translate(%d %d) scale(%d)\"><title>set %d</title>",
@@ -62,13 +49,16 @@ void draw(std::FILE *file, const VxSampleTable &table, int gridSize, bool square
 }  // namespace
 
 int drawSamples(bool square, int gridSize, const std::string &output) {
-    const Table table(square, gridSize);
+    // The disk is cut off at 1.3 of its size: both patterns reach from -1 to 1.
+    const float size = square ? 1.0F : 1.0F / 1.3F;
+    const VxUniqueSampleTable table = vxSampleTableMake(gridSize, size, 0, 1.0F, square ? 1 : 0);
+    if (table == nullptr) throw std::bad_alloc();
     OutputFile target(output);
     vx::File handle = target.duplicate();
     std::FILE *file = fdopen(handle.get(), "w");
     if (file == nullptr) throw systemError(output);
     handle.release();
-    draw(file, table, gridSize, square);
+    draw(file, *table, gridSize, square);
     const bool failed = std::ferror(file) != 0;
     if (std::fclose(file) != 0 || failed) throw systemError(output);
     target.commit();
