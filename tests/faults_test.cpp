@@ -184,7 +184,7 @@ TEST_P(ImageFaults, SignalsOnlyCostAnotherTry) {
     };
     failEach(
         faults::kOpen | faults::kRead | faults::kWrite, trial, [] {},
-        std::initializer_list{Effect::kInterrupt});
+        std::initializer_list<Effect>{Effect::kInterrupt});
 }
 
 TEST_P(ImageFaults, StreamsReportEveryFailure) {
@@ -380,7 +380,7 @@ TEST_F(SettingsFaults, SignalsOnlyCostAnotherTry) {
     };
     failEach(
         faults::kRead | faults::kWrite | faults::kLock, trial, [&] { restore(before_); },
-        std::initializer_list{Effect::kInterrupt});
+        std::initializer_list<Effect>{Effect::kInterrupt});
 }
 
 TEST_F(SettingsFaults, AMergedListIsCompleteOrAbsent) {
