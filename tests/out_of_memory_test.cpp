@@ -14,7 +14,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <new>
-#include <random>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -59,9 +58,7 @@ private:
 
 // Above the lower 32 bits.
 struct HighHash {
-    unsigned long operator()(const Boxed &boxed) const {
-        return static_cast<unsigned long>(value(boxed)) << 32;
-    }
+    long long operator()(const Boxed &boxed) const { return value(boxed) * (1LL << 32); }
 };
 
 using BoxedList = VxOwningList<Boxed>;
@@ -100,6 +97,22 @@ TYPED_TEST(EveryContainer, StaysAsItWasOutOfMemory) {
             EXPECT_TRUE(faults::disarm() || run.complete);
         }
         EXPECT_EQ(faults::blocksOut(), before);
+    });
+}
+
+TEST(OutOfMemory, ATableIsCopiedIntoOtherBucketsOrNotAtAll) {
+    struct Opened : VxOwningTable<int> {
+        using VxHashTable::copyObjects;
+        using VxOwningTable::VxOwningTable;
+    };
+    Opened table(3);
+    for (int v = 0; v < 6; ++v)
+        table.insert(v);
+    faults::strikeEach(faults::kMemory, faults::Effect::kRefuse, [&table](bool) {
+        Opened wide(50);
+        wide.copyObjects(table);
+        const int n = wide.getNumElements();
+        EXPECT_TRUE(n == 6 || (faults::disarm() && n == 0)) << n;
     });
 }
 
