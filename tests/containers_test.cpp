@@ -219,7 +219,7 @@ TEST(PointerTables, FoldAnAddress) {
                                                      {0x3ffc000, 4095},
                                                      {0xffffffff, 252},
                                                      {0x100000000, 80},
-                                                     {0x55d0c0a3f2ac, 2706}};
+                                                     {0x55d0c0a3f2ad, 2706}};
     for (const auto &[address, hash] : kAddressAndHash)
         EXPECT_EQ(VxPHashTable::hash(reinterpret_cast<const void *>(address)), hash) << address;
 }

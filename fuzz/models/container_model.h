@@ -264,9 +264,9 @@ public:
     // Makes a change, and compares everything now and then. Are table and model the same?
     template <typename Below>
     bool change(Below below) {
-        const int way = below(100);
-        if (way < 5) return replace(way, below(20) - 1);
-        if (way < 15 && !agrees()) return false;
+        const int way = below(50);
+        if (way < 4) return replace(way, below(20) - 1);
+        if (way < 10 && !agrees()) return false;
         const int v = below(300);
         const auto given = element<Table>(v);
         const bool inserts = below(2) == 0;
@@ -318,7 +318,7 @@ private:
         return buckets_[hash % buckets_.size()];
     }
 
-    // Takes a copy of the table: assigned, moved, or in other buckets; or empties it.
+    // Takes a copy of the table: assigned, moved, or in other buckets. Now and then empties it.
     bool replace(int way, int asked) {
         const int numBuckets = asked > 0 ? asked : 83;
         Table copy(table_);
@@ -332,10 +332,10 @@ private:
             other = std::move(moved);
             if (!isFresh(copy, 83)) return false;
         }
-        if (way >= 3) other.copyObjects(copy);
-        if (way >= 3) rehash(numBuckets);
-        if (way == 4) other.empty();
-        if (way == 4) clear();
+        if (way == 3) other.copyObjects(copy);
+        if (way == 3) rehash(numBuckets);
+        if (asked < 0) other.empty();
+        if (asked < 0) clear();
         Table &self = table_ = std::move(other);
         self = table_.copyObjects(self);
         adoptFailure();
