@@ -4,49 +4,28 @@
 #include "fuzz/models/container_model.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
+#include <iterator>
 
 namespace {
 
-template <typename List>
-void runList(auto &input, auto below) {
-    ListModel<List> run;
-    while (input.remaining_bytes() > 0)
-        CHECK(run.change(below) && run.complete);
+template <typename Model>
+void run(FuzzedDataProvider &input) {
+    Model model;
+    while (input.remaining_bytes() > 0) {
+        const auto below = [&input](int n) { return input.ConsumeIntegralInRange(0, n - 1); };
+        CHECK(model.change(below) && model.complete);
+    }
 }
 
-template <typename Table>
-void runTable(auto &input, auto below) {
-    TableModel<Table> run(below(100));
-    while (input.remaining_bytes() > 0) {
-        CHECK(run.change(below) && run.complete);
-        if (below(16) == 0) CHECK(run.agrees());
-    }
-    CHECK(run.agrees());
-}
+constexpr void (*kRuns[])(FuzzedDataProvider &) = {
+    run<ListModel<VxOwningList<int>>>,        run<ListModel<VxPointerList<int>>>,
+    run<ListModel<VxPointerList<const int>>>, run<TableModel<VxOwningTable<int>>>,
+    run<TableModel<VxPointerTable<int>>>,     run<TableModel<VxPointerTable<const int>>>};
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     FuzzedDataProvider input(data, size);
-    const auto below = [&](int n) { return input.ConsumeIntegralInRange(0, n - 1); };
-    switch (below(6)) {
-        case 0:
-            runList<VxOwningList<int>>(input, below);
-            break;
-        case 1:
-            runList<VxPointerList<int>>(input, below);
-            break;
-        case 2:
-            runList<VxPointerList<const int>>(input, below);
-            break;
-        case 3:
-            runTable<VxOwningTable<int>>(input, below);
-            break;
-        case 4:
-            runTable<VxPointerTable<int>>(input, below);
-            break;
-        default:
-            runTable<VxPointerTable<const int>>(input, below);
-    }
+    kRuns[input.ConsumeIntegralInRange<std::size_t>(0, std::size(kRuns) - 1)](input);
     return 0;
 }

@@ -210,6 +210,13 @@ void *__wrap_realloc(void *block, size_t size) {
     return grown;
 }
 
+char *__real_strdup(const char *text);
+char *__wrap_strdup(const char *text) {
+    char *copy = isToFail(faults::kMemory) ? nullptr : __real_strdup(text);
+    faults::countBlock(copy, 1);
+    return copy;
+}
+
 void __real_free(void *block);
 void __wrap_free(void *block) {
     faults::countBlock(block, -1);

@@ -396,6 +396,16 @@ TEST_F(SettingsFaults, AMergedListIsCompleteOrAbsent) {
         vx::buildPathStore);
 }
 
+TEST_F(SettingsFaults, FoldersAreMadeOrNothingIsWritten) {
+    ::setenv("VX_REGISTRY_DIR", at("a/b").c_str(), 1);
+    const auto trial = [&](bool) {
+        live("/b");
+        const std::string text = read("a/b/user.reg");
+        EXPECT_TRUE(text.empty() || text.find("\"/b\"") != std::string::npos) << text;
+    };
+    failEach(faults::kOther, trial, [&] { clear(); });
+}
+
 // A list that could not be read at load keeps what is stored, and what was added to it.
 TEST_F(SettingsFaults, AnUnreadListIsReadAgain) {
     for (const bool replaced : {false, true}) {

@@ -298,6 +298,10 @@ TEST_F(Store, WhatIsNoFileIsLeftAlone) {
     EXPECT_EQ(Library().text(1, 0), "");
     EXPECT_TRUE(fs::is_directory(path / "user.reg"));
     EXPECT_TRUE(fs::is_fifo(path / "machine.reg"));
+    clear();
+    fs::create_symlink("user.reg", path / "user.reg");
+    { const Library library; }
+    EXPECT_EQ(fs::read_symlink(path / "user.reg"), "user.reg");
 }
 
 // Takes all locks that another user can get, and stops with them.

@@ -70,7 +70,7 @@ VxHashTableConstIterator iteratorOf(const VxHashTable &);
 VxPHashTableConstIterator iteratorOf(const VxPHashTable &);
 VxCPHashTableConstIterator iteratorOf(const VxCPHashTable &);
 
-// A list beside a vector. `complete` says that no change was cut short for lack of memory.
+// A list and a vector. `complete` becomes false when memory runs out during a change.
 template <typename List>
 class ListModel {
 public:
@@ -254,21 +254,19 @@ private:
     int constIndex_ = 0;
 };
 
-// A table beside its buckets. The hash of a number is the number. `complete` says that no change
-// was cut short for lack of memory.
+// A table and its buckets as vectors. The hash of a number must be the number. `complete` becomes
+// false when memory runs out during a change.
 template <typename Table>
 class TableModel {
 public:
-    explicit TableModel(int numBuckets = 7)
-        : table_(numBuckets), buckets_(static_cast<std::size_t>(numBuckets > 0 ? numBuckets : 83)) {
-        adoptFailure();
-    }
+    TableModel() { adoptFailure(); }
 
-    // Makes a change. Did it do to the table what it does to the model?
+    // Makes a change, and compares everything now and then. Are table and model the same?
     template <typename Below>
     bool change(Below below) {
-        const int way = below(100);
-        if (way < 5) return replace(way, 1 + below(20));
+        const int way = below(50);
+        if (way < 4) return replace(way, below(20) - 1);
+        if (way < 10 && !agrees()) return false;
         const int v = below(300);
         const auto given = element<Table>(v);
         const bool inserts = below(2) == 0;
@@ -284,7 +282,12 @@ public:
         return static_cast<bool>(table_.has(given)) == (present != did);
     }
 
-    // Does the table hold what the model holds, by walks and by its statistics?
+    bool complete = true;
+
+private:
+    using Buckets = std::vector<std::vector<int>>;
+
+    // Compares what walks and statistics find.
     bool agrees() {
         std::vector<int> all;
         int used = 0;
@@ -308,9 +311,6 @@ public:
                walks<decltype(iteratorOf(std::declval<const Table &>()))>(all);
     }
 
-    bool complete = true;
-
-private:
     std::vector<int> &bucketOf(int v) {
         auto hash = static_cast<unsigned>(v);
         if constexpr (std::is_pointer_v<typename Table::value_type>)
@@ -318,10 +318,11 @@ private:
         return buckets_[hash % buckets_.size()];
     }
 
-    // Takes a copy of the table: assigned, moved, or in other buckets; or empties it.
-    bool replace(int way, int numBuckets) {
+    // Takes a copy of the table: assigned, moved, or in other buckets. Now and then empties it.
+    bool replace(int way, int asked) {
+        const int numBuckets = asked > 0 ? asked : 83;
         Table copy(table_);
-        Table other(numBuckets);
+        Table other(asked);
         other.insert(element<Table>(999));
         if (way == 0) other = copy;
         if (way == 1) other = std::move(copy);
@@ -331,10 +332,10 @@ private:
             other = std::move(moved);
             if (!isFresh(copy, 83)) return false;
         }
-        if (way >= 3) other.copyObjects(copy);
-        if (way >= 3) rehash(numBuckets);
-        if (way == 4) other.empty();
-        if (way == 4) clear();
+        if (way == 3) other.copyObjects(copy);
+        if (way == 3) rehash(numBuckets);
+        if (asked < 0) other.empty();
+        if (asked < 0) clear();
         Table &self = table_ = std::move(other);
         self = table_.copyObjects(self);
         adoptFailure();
@@ -400,10 +401,8 @@ private:
         return good && isAt(it, n) && isAt(last, 0);
     }
 
-    using Buckets = std::vector<std::vector<int>>;
-
-    Table table_;
-    Buckets buckets_;
+    Table table_{7};
+    Buckets buckets_ = Buckets(7);
 };
 
 #endif

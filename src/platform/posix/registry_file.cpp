@@ -240,10 +240,6 @@ int RegistryFile::findKey(std::string_view path) const {
     return found != keys_.end() ? found->second : kNone;
 }
 
-bool RegistryFile::hasKey(std::string_view path) const {
-    return findKey(path) != kNone;
-}
-
 std::vector<RegistryValue> RegistryFile::values(std::string_view path) const {
     std::vector<RegistryValue> values;
     const int key = findKey(path);

@@ -38,8 +38,6 @@ public:
     // Takes over the text of a file. False if it cannot be parsed; the object is then unchanged.
     bool parse(std::string_view text);
 
-    bool hasKey(std::string_view path) const;
-
     // The values of a key, in the order of the file.
     std::vector<RegistryValue> values(std::string_view path) const;
 
