@@ -43,7 +43,7 @@ void useEverything(unsigned seed) {
     std::mt19937 random(seed);
     const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
     ListModel<VxOwningList<int>> list;
-    TableModel<VxPointerTable<int>> table(7);
+    TableModel<VxPointerTable<int>> table;
     PoolModel pool(16);
     SearchPathRun path("/a;/b", "/");
     for (int i = 0; i < 1000; ++i) {
