@@ -207,14 +207,14 @@ protected:
     using Movable<Base>::Movable;
     Owning() = default;
     Owning(const Owning &source) : Movable<Base>(source) { discardIfIncomplete(source); }
-    Owning(Owning &&) = default;
+    Owning(Owning &&) noexcept = default;
     ~Owning() override { this->empty(); }
     Owning &operator=(const Owning &source) {
         Movable<Base>::operator=(source);
         discardIfIncomplete(source);
         return *this;
     }
-    Owning &operator=(Owning &&) = default;
+    Owning &operator=(Owning &&) noexcept = default;
 
     void *copyElement(const void *element) final {
         return newCopy(*static_cast<const T *>(element));

@@ -72,7 +72,7 @@ bool resolveSymlinks(std::string &path) {
         if (length < 0)
             return errno == EINVAL || errno == ENOENT || errno == ENOTDIR;  // not a link
         const std::string target(text, static_cast<std::size_t>(length));
-        path = target.starts_with('/') ? target : folderOf(path) + target;
+        path = target.starts_with('/') ? target : folderOf(path).append(target);
     }
     return false;
 }
