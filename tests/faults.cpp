@@ -231,7 +231,6 @@ int __wrap_nanosleep(const timespec *, timespec *) {
 }  // extern "C"
 
 // The standard library allocates inside its own shared object, which only a replacement reaches.
-// The array forms call these.
 void *operator new(size_t size, const std::nothrow_t &) noexcept {
     return isToFail(faults::kMemory) ? nullptr : __real_malloc(size != 0 ? size : 1);
 }
@@ -240,9 +239,21 @@ void *operator new(size_t size) {
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }
+void *operator new[](size_t size) {
+    return operator new(size);
+}
+void *operator new[](size_t size, const std::nothrow_t &none) noexcept {
+    return operator new(size, none);
+}
 void operator delete(void *block) noexcept {
     __real_free(block);
 }
 void operator delete(void *block, size_t) noexcept {
+    __real_free(block);
+}
+void operator delete[](void *block) noexcept {
+    __real_free(block);
+}
+void operator delete[](void *block, size_t) noexcept {
     __real_free(block);
 }
