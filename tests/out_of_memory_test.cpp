@@ -19,11 +19,7 @@
 #include <utility>
 #include <vector>
 
-// Beside the forms that faults.cpp replaces: that of arrays would call the one that throws, and
-// that of delete runs if a constructor throws.
-void *operator new[](std::size_t size, const std::nothrow_t &form) noexcept {
-    return ::operator new(size, form);
-}
+// Runs if a constructor throws; faults.cpp replaces the other forms.
 void operator delete(void *block, const std::nothrow_t &) noexcept {
     ::operator delete(block);
 }
