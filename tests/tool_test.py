@@ -25,11 +25,11 @@ NOISE = SAMPLES / 'netpbm_noise_33x29x3_1B_rle.sgi'
 HEAD = 512  # bytes of an image file before its rows or tables
 
 
-def png(path, width, rows, planes, bits, interlaced=0):
-    """Writes a PNG file of lines given as bytes."""
+def png(path, width, rows, planes, bits, interlaced=0, height=None):
+    """Writes a PNG file of lines given as bytes. Its head may promise another height."""
     def chunk(kind, data):
         return struct.pack('>I', len(data)) + kind + data + struct.pack('>I', zlib.crc32(kind + data))
-    head = struct.pack('>IIBBBBB', width, len(rows), bits, (0, 4, 2, 6)[planes - 1], 0, 0, interlaced)
+    head = struct.pack('>IIBBBBB', width, height or len(rows), bits, (0, 4, 2, 6)[planes - 1], 0, 0, interlaced)
     data = zlib.compress(b''.join(b'\0' + row for row in rows))
     path.write_bytes(b'\x89PNG\r\n\x1a\n' + chunk(b'IHDR', head) + chunk(b'IDAT', data) + chunk(b'IEND', b''))
 
@@ -125,9 +125,14 @@ class ToolTest(unittest.TestCase):
                          [('/e', 'environment'), ('/d', 'environment'), ('~/c', 'user'), ('~/a', 'user')])
         self.assertEqual(self.run_tool('paths --category web', env={'ZOR_IES_PATH': self.folder}),
                          'web, merged\n   0  ~  (environment)\n   1  /lamps/%"\xe4"  (user)  no such directory\n')
-        lists = json.loads(self.run_tool('paths --json --level environment', env={'ZOR_TEXTURE_PATH': '/\udcff\n'}))
-        self.assertEqual(lists[0]['directories'],
-                         [{'path': '/\ufffd\n', 'path_hex': '2fff0a', 'level': 'environment', 'exists': False}])
+        lists = json.loads(self.run_tool('paths --json --level environment', env={
+            'ZOR_TEXTURE_PATH': ';'.join(('/\udcff\n', '/\udce2\udc82', '/\ufffd\xe4')), 'ZOR_IES_PATH': '/'}))
+        other = {'level': 'environment', 'exists': False}
+        self.assertEqual([(one['category'], one['level'], one['directories']) for one in lists], [
+            ('texture', 'environment', [{'path': '/\ufffd\n', 'path_hex': '2fff0a', **other},
+                                        {'path': '/\ufffd', 'path_hex': '2fe282', **other},
+                                        {'path': '/\ufffd\xe4', **other}]),
+            ('web', 'environment', [{'path': '/', 'level': 'environment', 'exists': True}])])
 
     def test_paths_that_cannot_be_kept(self):
         self.run_tool('paths add /a')
@@ -144,6 +149,7 @@ class ToolTest(unittest.TestCase):
         (self.folder / 'locked/user.reg.lock').symlink_to('no/where')
         (self.folder / 'linked/user.reg').symlink_to('../closed/user.reg')
         (self.folder / 'shut/user.reg').touch(0)
+        (self.folder / 'shut/machine.reg').touch(0o400)
         for folder, error, commands, first in (
                 ('registry/user.reg/x', f'{self.registry}/user.reg: is no directory', ['paths add /b'], None),
                 ('odd', 'user.reg: is no regular', ['paths add /b', 'paths', 'find oak'], None),
@@ -151,6 +157,7 @@ class ToolTest(unittest.TestCase):
                 ('registry', 'user.reg: does not hold', ['paths add /b', 'paths remove /a'], on_a_full_disk(100)),
                 ('linked', 'user.reg: does not hold', ['paths add /b'], as_a_plain_user),
                 ('closed', 'denied', ['paths add /b'], as_a_plain_user),
+                ('shut', 'machine.reg: Permission denied', ['paths add /b --level machine'], as_a_plain_user),
                 ('shut', 'user.reg: Permission denied', ['paths', 'find oak'], as_a_plain_user)):
             for command in commands:
                 self.run_tool(command, code=1, error=error, preexec_fn=first,
@@ -202,6 +209,9 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(self.run_tool('find --all --explain oak'),
                          explained + '    ~/e/oak: a file of 5 bytes, behind the one that wins\n')
         self.run_tool('find oak elm --category web', code=1, error='search path is empty')
+        for locale, shown in (('C.UTF-8', '???\xe4??'), ('C', '??\udce4\xe4\udce2\udc82')):
+            self.run_tool('find', '\n\x1b\udce4\xe4\udce2\udc82', code=1, env={'LC_ALL': locale},
+                          error=f'vxutil: {shown}: not found', errors='surrogateescape')
         self.environment['ZOR_TEXTURE_PATH'] = f'{self.folder}/shut;{self.folder}/e'
         denied = 'not readable (Permission denied)'
         self.assertEqual(self.run_tool('find --explain shut', code=1, preexec_fn=as_a_plain_user,
@@ -287,6 +297,8 @@ class ToolTest(unittest.TestCase):
         png(self.folder / 'interlaced.png', 2, [b'12', b'34'], 1, 8, interlaced=1)
         png(self.folder / 'wide.png', 65536, [bytes(65536)], 1, 8)
         png(self.folder / 'long.png', 40000, [bytes(range(200)) * 200], 1, 8)
+        for name, height, planes in (('large.png', 32768, 4), ('larger.png', 43691, 3)):
+            png(self.folder / name, 32768, [], planes, 8, height=height)  # the last rows start at and beyond 4 GiB
         for name, data in {
                 'cut.png': (self.folder / 'good.png').read_bytes()[:-14], 'cut': image_head(4, 4, 1) + bytes(15),
                 'five': image_head(1, 1, 5) + bytes(5), 'flat': image_head(1, 1, 3, dimension=2) + bytes(3),
@@ -296,7 +308,8 @@ class ToolTest(unittest.TestCase):
         (self.folder / 'folder').mkdir()
         self.refuses(1, 'image convert', {
             'interlaced.png kept': 'interlaced', 'wide.png kept': '65535', 'long.png kept': '--verbatim',
-            'long.png kept --verbatim': '--rle', 'cut.png kept': 'cut.png: ', 'cut kept.png': 'cut: plane 0, row 3: ',
+            'long.png kept --verbatim': '--rle', 'larger.png kept --verbatim': '4 GiB',
+            'large.png kept --verbatim': 'large.png: ', 'cut.png kept': 'cut.png: ', 'cut kept.png': 'cut: plane 0, row 3: ',
             'five kept': '5 planes', 'flat kept': 'dimension 2', 'mapped kept.png': 'colormap 3',
             'good.png folder': 'folder: is no regular', 'good.png pipe': 'pipe: is no',
             'good.png no/kept': 'no/kept: No such'})
@@ -354,8 +367,9 @@ class ToolTest(unittest.TestCase):
         self.assertLess(max(peaks) - min(peaks), 16 << 10)  # KiB; the larger picture has 90 MB
 
     def test_bar_on_a_terminal_only(self):
-        sparse_image(self.folder / 'in', 100, 1000)
-        for command in ('check in', 'convert in out.png'):
+        name = '\xe4' * 30  # of which the last 16 have room
+        sparse_image(self.folder / name, 100, 1000)
+        for command in (f'check {name}', f'convert {name} out.png'):
             ours, theirs = pty.openpty()
             shown = b''
             with self.start('image ' + command, stderr=theirs, stdout=subprocess.DEVNULL) as process:
@@ -365,7 +379,7 @@ class ToolTest(unittest.TestCase):
                 self.assertRaises(OSError, os.read, ours, 1)  # how the end of a terminal reads
             os.close(ours)
             self.assertEqual(process.returncode, 0)
-            self.assertIn(b' 50%\r', shown)
+            self.assertIn(f"\r...{name[:16]} [{'#' * 15}{'.' * 15}]  50%\r".encode(), shown)
 
     def test_samples(self):
         for pattern, inside in (('disk', lambda x, y: x * x + y * y <= 1.001), ('square', lambda x, y: max(x, y) <= 1)):
