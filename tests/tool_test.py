@@ -137,7 +137,7 @@ class ToolTest(unittest.TestCase):
     def test_paths_that_cannot_be_kept(self):
         self.run_tool('paths add /a')
         self.refuses(1, 'paths', {
-            'add /a//': 'already', "add '/a;b'": 'semicolon', 'add /..//': 'root', 'add /' + 'x' * 259: '259 bytes',
+            'add /a/.': 'already', "add '/a;b'": 'semicolon', 'add /..': 'root', 'add /' + 'x' * 259: '259 bytes',
             'remove /b': 'not in the list', 'remove 7': '7: is not in', 'add /b --at 2': 'list of 1',
             'move /a 1': 'list of 1', 'add /50%/%HOME%': '%NAME%'})
         self.refuses(2, 'paths', {'add /b --level environment': '--level', 'remove /a --json': '--json'})
@@ -297,8 +297,8 @@ class ToolTest(unittest.TestCase):
         png(self.folder / 'interlaced.png', 2, [b'12', b'34'], 1, 8, interlaced=1)
         png(self.folder / 'wide.png', 65536, [bytes(65536)], 1, 8)
         png(self.folder / 'long.png', 40000, [bytes(range(200)) * 200], 1, 8)
-        for name, height, planes in (('large.png', 32768, 4), ('larger.png', 43691, 3)):
-            png(self.folder / name, 32768, [], planes, 8, height=height)  # the last rows start at and beyond 4 GiB
+        png(self.folder / 'large.png', 32768, [], 4, 8, height=32768)
+        png(self.folder / 'larger.png', 24064, [], 3, 8, height=59494)  # its last row starts after 4 GiB
         for name, data in {
                 'cut.png': (self.folder / 'good.png').read_bytes()[:-14], 'cut': image_head(4, 4, 1) + bytes(15),
                 'five': image_head(1, 1, 5) + bytes(5), 'flat': image_head(1, 1, 3, dimension=2) + bytes(3),
@@ -309,7 +309,7 @@ class ToolTest(unittest.TestCase):
         self.refuses(1, 'image convert', {
             'interlaced.png kept': 'interlaced', 'wide.png kept': '65535', 'long.png kept': '--verbatim',
             'long.png kept --verbatim': '--rle', 'larger.png kept --verbatim': '4 GiB',
-            'large.png kept --verbatim': 'large.png: ', 'cut.png kept': 'cut.png: ', 'cut kept.png': 'cut: plane 0, row 3: ',
+            'large.png kept --verbatim': 'Not enough', 'cut.png kept': 'cut.png: ', 'cut kept.png': 'cut: plane 0, row 3: ',
             'five kept': '5 planes', 'flat kept': 'dimension 2', 'mapped kept.png': 'colormap 3',
             'good.png folder': 'folder: is no regular', 'good.png pipe': 'pipe: is no',
             'good.png no/kept': 'no/kept: No such'})

@@ -24,7 +24,7 @@ std::string printable(const std::string &text) {
             // No character. Where no locale is set, it may be one of a name all the same.
             length = 1;
             state = {};
-            shown = MB_CUR_MAX == 1 && (text[i] & 0x80) != 0;
+            shown = MB_CUR_MAX == 1;
         }
         result += shown ? text.substr(i, length) : "?";
     }
