@@ -3,7 +3,7 @@
 # the machine) and runs find_texture on them: find_texture.sh PROGRAM SCRATCH
 set -eu
 program=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
-scratch=$(cd "$2" && pwd)
+scratch=$(mkdir -p "$2" && cd "$2" && pwd)
 samples=$(cd "$(dirname "$0")/../tests/data/samples" && pwd)
 
 mkdir -p "$scratch/project/stone" "$scratch/machine" "$scratch/user" "$scratch/registry" "$scratch/out"

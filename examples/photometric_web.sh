@@ -3,7 +3,7 @@
 # whose locale has a decimal comma: photometric_web.sh PROGRAM SCRATCH
 set -eu
 program=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
-scratch=$(cd "$2" && pwd)
+scratch=$(mkdir -p "$2" && cd "$2" && pwd)
 
 # A spot light, in three planes over a quarter of the circle. The other quarters mirror it.
 mkdir -p "$scratch/webs" "$scratch/registry"
