@@ -124,21 +124,19 @@ class ToolTest(unittest.TestCase):
                          [('/e', 'environment'), ('/d', 'environment'), ('~/c', 'user'), ('~/a', 'user')])
         self.assertEqual(self.run_tool('paths --category web', env={'ZOR_IES_PATH': self.folder}),
                          'web, merged\n   0  ~  (environment)\n   1  /lamps/%"\xe4"  (user)  no such directory\n')
-        lists = json.loads(self.run_tool('paths --json --level environment', env={
-            'ZOR_TEXTURE_PATH': ';'.join(('/\udcff\n', '/\udce2\udc82', '/\ufffd\xe4')), 'ZOR_IES_PATH': '/'}))
-        other = {'level': 'environment', 'exists': False}
-        self.assertEqual([(one['category'], one['level'], one['directories']) for one in lists], [
-            ('texture', 'environment', [{'path': '/\ufffd\n', 'path_hex': '2fff0a', **other},
-                                        {'path': '/\ufffd', 'path_hex': '2fe282', **other},
-                                        {'path': '/\ufffd\xe4', **other}]),
-            ('web', 'environment', [{'path': '/', 'level': 'environment', 'exists': True}])])
+        entries = ({'path': '/\ufffd\n', 'path_hex': '2fff0a'}, {'path': '/\ufffd', 'path_hex': '2fe282'},
+                   {'path': '/\ufffd\xe4'}, {'path': '/', 'exists': True})
+        directories = [{'level': 'environment', 'exists': False, **entry} for entry in entries]
+        self.assertEqual(json.loads(self.run_tool('paths --json --level environment --category web', env={
+            'ZOR_IES_PATH': '/\udcff\n;/\udce2\udc82;/\ufffd\xe4;/'})),
+            [{'category': 'web', 'level': 'environment', 'directories': directories}])
 
     def test_paths_that_cannot_be_kept(self):
         self.run_tool('paths add /a')
         self.refuses(1, 'paths', {
             'add /a/.': 'already', "add '/a;b'": 'semicolon', 'add /..': 'root', 'add /' + 'x' * 259: '259 bytes',
-            'remove /b': 'not in the list', 'remove 7': '7: is not in', 'add /b --at 2': 'list of 1',
-            'move /a 1': 'list of 1', 'add /50%/%HOME%': '%NAME%'})
+            'remove /b': 'not in the list', 'remove 7': '7: is not in', f'remove {10 ** 20}': '0: is not in',
+            'add /b --at 2': 'list of 1', 'move /a 1': 'list of 1', 'add /50%/%HOME%': '%NAME%'})
         self.refuses(2, 'paths', {'add /b --level environment': '--level', 'remove /a --json': '--json'})
         self.refuses(1, 'paths', {'add /b': 'HOME: is not set'},
                      env={'VX_REGISTRY_DIR': '', 'XDG_CONFIG_HOME': '', 'HOME': ''})
@@ -161,6 +159,7 @@ class ToolTest(unittest.TestCase):
             for command in commands:
                 self.run_tool(command, code=1, error=error, preexec_fn=first,
                               env={'VX_REGISTRY_DIR': self.folder / folder})
+        self.run_tool('paths add /b', env={'VX_REGISTRY_DIR': 'new/registry'})
         self.assertEqual((self.paths(), list(self.folder.glob('*/*.new'))), ([('/a', 'user')], []))
         file = self.registry / 'user.reg'
         file.write_text(file.read_text().replace('"0"="/a"\n', ''.join(f'"{i}"="/{i}"\n' for i in range(127))))
@@ -217,8 +216,14 @@ class ToolTest(unittest.TestCase):
                                        error=f'{self.folder}/e/shut: found, but not readable: Perm'),
                          f'shut\n    ~/shut/shut: {denied}, passed over\n'
                          f'  * ~/e/shut: {denied}, found first, and looked for no further\n')
-        self.assertEqual(self.run_tool('find --all elm', code=1, error='elm: not found'),
-                         'elm: not found\n    ~/shut/elm: missing\n    ~/e/elm: missing\n')
+        os.mkfifo(self.folder / 'e/elm')
+        self.assertEqual(self.run_tool('find --all --explain elm none/../oak', code=1, error='elm: not found'),
+                         'elm: not found\n    ~/shut/elm: missing, passed over\n'
+                         '    ~/e/elm: no regular file, passed over\n'
+                         'none/../oak: not found\n    ~/shut/oak: missing, passed over\n'
+                         '    ~/e/oak: a file of 5 bytes, passed over: missing as it is written\n')
+        self.assertEqual(self.run_tool(f'find {self.folder.relative_to("/")}/e/oak', env={'ZOR_TEXTURE_PATH': '/'}),
+                         '~/e/oak\n')
 
     def test_samples_of_other_programs_are_good(self):
         for line in re.findall(r'^\w.*', (SAMPLES.parent / 'samples.txt').read_text(), re.M):
@@ -300,7 +305,7 @@ class ToolTest(unittest.TestCase):
         for name, data in {
                 'cut.png': (self.folder / 'good.png').read_bytes()[:-14], 'cut': image_head(4, 4, 1) + bytes(15),
                 'five': image_head(1, 1, 5) + bytes(5), 'flat': image_head(1, 1, 3, dimension=2) + bytes(3),
-                'mapped': image_head(1, 1, 1)[:104] + struct.pack('>i', 3) + bytes(HEAD - 108 + 1)}.items():
+                'mapped': image_head(1, 1, 1)[:104] + struct.pack('>i', 3) + bytes(HEAD - 108 + 9)}.items():
             (self.folder / name).write_bytes(data)
         os.mkfifo(self.folder / 'pipe')
         (self.folder / 'folder').mkdir()
@@ -329,9 +334,10 @@ class ToolTest(unittest.TestCase):
         png(self.folder / 'good.png', 2, [b'12', b'34'], 1, 8)
         kept = self.folder / 'sub/kept'
         kept.parent.mkdir()
-        for link, target in (('link', 'sub/link'), ('sub/link', '../sub/kept')):
+        for link, target in (('link', kept.parent / 'link'), ('sub/link', '../sub/kept')):
             (self.folder / link).symlink_to(target)
-        self.run_tool('image convert good.png link')
+        self.run_tool('image convert good.png link', umask=0o26)
+        self.assertEqual(kept.stat().st_mode & 0o7777, 0o640)
         owner = (4711, 4712) if os.getuid() == 0 else (os.getuid(), os.getgid())
         os.chown(kept, *owner)
         kept.chmod(0o6640)  # of which a replaced file shows no set-id bits
@@ -391,7 +397,7 @@ class ToolTest(unittest.TestCase):
 
     def test_match(self):
         self.assertEqual(self.run_tool('match [a-c]*.sgi b.sgi d.sgi [x]'), 'b.sgi\n')
-        self.assertEqual(self.run_tool('match *.sgi', input='b.sgi\nb.png\nc.sgi'), 'b.sgi\nc.sgi\n')
+        self.assertEqual(self.run_tool('match *.sgi', input='b.sgi\nb.png\nd.sgi\0x\nc.sgi'), 'b.sgi\nc.sgi\n')
         self.assertEqual(self.run_tool('match [~a] a', code=1), '')
         self.run_tool('match [a a', code=2, error='[a: ')
         self.run_tool('match *', preexec_fn=lambda: os.close(0), code=1, error='standard input: Bad file descriptor')
