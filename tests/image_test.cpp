@@ -2,7 +2,7 @@
 // are those of the fuzz targets.
 
 #include "data_rows.h"
-#include "fuzz/models/image_model.h"
+#include "fuzz/models/image_run.h"
 #include "scratch_folder.h"
 
 #include <cerrno>
@@ -189,29 +189,22 @@ TEST_F(Image, AnyByteMayBeWrong) {
 
 // ---- Writing
 
-TEST_F(Image, FilesAreTheRowsThatWerePut) {
+TEST_F(Image, FilesAreWhatWasWritten) {
     std::mt19937 random(1);
+    const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
     for (const unsigned width : {0U, 1U, 2U, 3U, 4U, 5U, 31U, 32U, 33U, 127U, 128U, 255U, 300U}) {
-        for (const auto &[y, z] : {std::pair{1, 1}, {5, 1}, {1, 3}, {3, 4}}) {
-            for (const unsigned format : kFormats) {
+        for (const auto &[y, z] : {std::pair{1U, 1U}, {5U, 1U}, {1U, 3U}, {3U, 4U}}) {
+            for (int test = 0; test < 32; ++test) {
+                const unsigned format = kFormats[test % 8];
                 SCOPED_TRACE(testing::Message() << width << 'x' << y << 'x' << z << ' ' << format);
-                FileModel model(format, width, unsigned(y), unsigned(z));
-                VxImage *image = create(format, width, unsigned(y), unsigned(z));
-                for (int i = 0; i < 2 * y * z; ++i) {
-                    Row row(width, 0xFFFF);  // as are all rows of 32 elements
-                    for (std::size_t x = 0; i != 0 && width != 32 && x < width; ++x)
-                        row[x] = static_cast<std::uint16_t>(0x105 + random() % 3 * 0x100);
-                    const int index = static_cast<int>(random() % 1000) % (y * z);
-                    // What the dimension does not count is ignored.
-                    put(image, row, y * z == 1 ? 77 : index % y, z == 1 ? 77 : index / y);
-                    model.put(row, static_cast<std::size_t>(index));
-                    EXPECT_EQ(i % 3 == 1 ? vxImageFlush(image) : 0, 0);
-                }
-                model.name = std::string(width, 'n');
-                model.colormap = 0x01020304;
-                vxImageSetName(image, model.name.c_str());
-                vxImageSetColormap(image, model.colormap);
-                expectFile(image, model);
+                folder_.clear();
+                ImageRun run(path_, format, width, y, z, test < 8);
+                for (int i = 0; i < 10; ++i)
+                    run.change(below);
+                const std::string file = run.close(test % 3);
+                ASSERT_EQ(run.difference(), "");
+                ASSERT_TRUE(folder_.read("a.sgi") == file);
+                ASSERT_EQ(differences(path_, ImageModel(file)), "");
             }
         }
     }
