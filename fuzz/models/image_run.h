@@ -54,9 +54,14 @@ public:
     // Closes the image in one of three ways. The result is the file that there is to be.
     std::string close(int way) {
         writePending();
-        const bool closed = way == 0   ? vxImageClose(image_.release()) == 0
-                            : way == 1 ? vxImageFinish(std::move(image_))
-                                       : (image_.reset(), true);
+        bool closed = true;
+        if (way == 0) {
+            closed = vxImageClose(image_.release()) == 0;
+        } else if (way == 1) {
+            closed = vxImageFinish(std::move(image_));
+        } else {
+            image_.reset();
+        }
         check(closed && takeReports().empty(), "closing");
         return file_.bytes();
     }
