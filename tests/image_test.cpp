@@ -14,9 +14,12 @@
 // The largest block asked for with new. Not inlined, as compilers compare each new with its delete.
 static std::size_t largestBlock;
 
-[[gnu::noinline]] void *operator new(std::size_t size) {
+[[gnu::noinline]] void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
     largestBlock = std::max(largestBlock, size);
-    void *block = std::malloc(size);
+    return std::malloc(size);
+}
+[[gnu::noinline]] void *operator new(std::size_t size) {
+    void *block = operator new(size, std::nothrow);
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }
