@@ -3,31 +3,8 @@
 // again, in both storages. The input is the file.
 
 #include "fuzz/fuzz.h"
+#include "fuzz/memory_file.h"
 #include "fuzz/models/image_model.h"
-
-#include <fstream>
-#include <iterator>
-#include <sys/mman.h>
-#include <unistd.h>
-
-namespace {
-
-// A file in memory that has a name.
-struct MemoryFile {
-    void set(const std::uint8_t *bytes, std::size_t size) const {
-        CHECK(::ftruncate(file, 0) == 0);
-        CHECK(::pwrite(file, bytes, size, 0) == static_cast<ssize_t>(size));
-    }
-    std::string contents() const {
-        std::ifstream in(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-
-    int file = ::memfd_create("image", 0);
-    std::string path = "/proc/self/fd/" + std::to_string(file);
-};
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     static const MemoryFile input, output;

@@ -11,6 +11,7 @@
 #include <vxframework.h>
 #include <vxhandles.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdarg>
 #include <cstdlib>
@@ -120,8 +121,8 @@ TEST_P(ImageFaults, WritingCanBeTakenUpAgain) {
             EXPECT_EQ(row, rowOf(y));
         }
         messages.clear();
-        const bool flushed = vxImageFlush(image) == 0;
-        EXPECT_EQ(flushed, messages.empty());
+        const int flushed = vxImageFlush(image);
+        EXPECT_EQ(flushed, messages.empty() ? 0 : -1);
         messages.clear();
         bool closed = vxImageClose(image) == 0;
         const bool gone = !messages.empty() && messages.back() == VX_MESSAGE_IMAGE_CLOSE_FAILED;
@@ -190,34 +191,34 @@ TEST_P(ImageFaults, SignalsOnlyCostAnotherTry) {
 TEST_P(ImageFaults, StreamsReportEveryFailure) {
     writeAll();
     failEach(faults::kAll, [&](bool) {
-        VxImage *image = open();
+        const VxUniqueImage image(open());
         if (image == nullptr) return;
-        bool ended = false;
-        for (int row = 0; row < kRows && !ended; ++row) {
-            ended = vxImageFillPixels(image) < 0;
-            EXPECT_TRUE(!ended || image->pixelBuffer == nullptr ||
-                        (image->flags & (VX_IMAGE_EOF | VX_IMAGE_ERROR)) != 0);
-        }
-        EXPECT_TRUE(ended);
-        faults::disarm();
-        vxImageClose(image);
+        int rows = 0;
+        while (vxImageFillPixels(image.get()) >= 0)
+            ++rows;
+        const bool complete = (image->flags & VX_IMAGE_EOF) != 0;
+        EXPECT_TRUE(complete ? rows == kRows - 1 : faults::disarm());
+        EXPECT_EQ(image->pixelsLeft, complete ? kWidth - 1 : 0);
+        const bool rowFailed = !complete && image->pixelBuffer != nullptr;
+        EXPECT_EQ((image->flags & VX_IMAGE_ERROR) != 0, rowFailed);
     });
     EXPECT_TRUE(everReported.contains(VX_MESSAGE_IMAGE_FILL_OUT_OF_MEMORY) &&
                 everReported.contains(VX_MESSAGE_IMAGE_ROW_READ_FAILED));
     failEach(faults::kWrite | faults::kMemory, [&](bool) {
         VxImage *image = create();
         if (image == nullptr) return;
-        bool good = true;
-        for (int row = 0; row <= kRows && good; ++row) {
-            good = vxImageDrainPixels(image, row) == row;
-            if (good) image->nextPixel = image->pixelBuffer + kWidth;
-        }
-        EXPECT_FALSE(good);  // by the fault or, behind the last row, by the end
+        int y = 0;
+        for (; y < kRows && vxImageDrainPixels(image, 0) == 0; ++y)
+            image->nextPixel = std::ranges::copy(rowOf(y), image->pixelBuffer).out;
+        const int flushed = y == kRows ? vxImageFlush(image) : -1;
+        const int next = flushed == 0 ? vxImageDrainPixels(image, 0) : -1;
+        EXPECT_EQ(next, -1);  // there is no row for it
+        EXPECT_EQ(flushed, flushed != 0 && faults::disarm() ? -1 : 0);
+        faults::disarm();
         EXPECT_EQ((image->flags & VX_IMAGE_ERROR) != 0,
-                  faults::disarm() && image->pixelBuffer != nullptr);
-        EXPECT_TRUE(image->pixelBuffer == nullptr ||
-                    (image->flags & (VX_IMAGE_EOF | VX_IMAGE_ERROR)) != 0);
+                  std::ranges::count(messages, VX_MESSAGE_IMAGE_ROW_WRITE_FAILED) != 0);
         EXPECT_EQ(vxImageClose(image), 0);
+        if (y == kRows && flushed != 0) expectWhole();  // the last row was still pending
     });
     EXPECT_TRUE(everReported.contains(VX_MESSAGE_IMAGE_DRAIN_OUT_OF_MEMORY));
 }
@@ -248,6 +249,18 @@ TEST_F(Faults, NoRoomForTablesThatAreNotThere) {
     faults::resetCounts();
     EXPECT_EQ(vxImageOpen(file_.c_str(), "r"), nullptr);
     EXPECT_EQ(faults::count(faults::kMemory), 1);  // the handle
+}
+
+TEST_F(Faults, OwnersAndPicturesAreCompleteOrAbsent) {
+    ASSERT_TRUE(vxPictureWrite(file_.c_str(), {2, 1, 1, 1, {7, 8}}));
+    failEach(faults::kMemory | faults::kNew, [&](bool) {
+        const VxUniqueSampleTable table = vxSampleTableMake(3, 1, 0, 0, 1);
+        const VxUniquePool pool = vxPoolMake(16, 10);
+        const bool complete = table && pool && vxPictureRead(file_.c_str());
+        EXPECT_EQ(complete, !faults::disarm());
+        EXPECT_TRUE(table == nullptr || table->sampleCount == 9);
+        EXPECT_TRUE(pool == nullptr || vxPoolAlloc(pool.get()) != nullptr);
+    });
 }
 
 // ---- Search paths
@@ -504,16 +517,15 @@ protected:
 };
 
 TEST_F(Streams, PinTheLocaleUntilTheyAreClosed) {
-    FILE *stream = vxStreamOpen(file_.c_str(), "w+");
-    ASSERT_NE(stream, nullptr);
+    VxUniqueStream stream(vxStreamOpen(file_.c_str(), "w+"));
     EXPECT_EQ(vxStreamOpen("/nowhere/at/all", "r"), nullptr);
-    std::fprintf(stream, "%.2f", 1.25);
-    std::rewind(stream);
+    std::fprintf(stream.get(), "%.2f", 1.25);
+    std::rewind(stream.get());
     char text[8] = "";
-    EXPECT_STREQ(std::fgets(text, sizeof text, stream), "1.25");
+    EXPECT_STREQ(std::fgets(text, sizeof text, stream.get()), "1.25");
     expectLocale("C");
     faults::observer = [](const char *) { localeAtClose = std::setlocale(LC_NUMERIC, nullptr); };
-    EXPECT_EQ(vxStreamClose(stream), 0);
+    stream.reset();
     faults::observer = nullptr;
     EXPECT_EQ(localeAtClose, kUsersLocale) << "what closing a file calls has the user's locale";
     expectLocale(kUsersLocale);

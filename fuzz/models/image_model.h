@@ -64,8 +64,7 @@ struct StreamStep {
 };
 
 constexpr unsigned kMaxStreamSteps = 40;
-constexpr unsigned kRead = VX_IMAGE_READ, kAtEnd = kRead | VX_IMAGE_EOF,
-                   kFailed = kRead | VX_IMAGE_ERROR;
+constexpr unsigned kRead = VX_IMAGE_READ, kAtEnd = kRead | VX_IMAGE_EOF;
 
 // The fields of the header, and the name.
 using Header = std::pair<Elements, std::string>;
@@ -113,20 +112,27 @@ public:
         return result;
     }
 
+    // With one more than the image has: row 0 of the last plane again.
     std::vector<StreamStep> stream() const {
         std::vector<StreamStep> steps;
-        for (unsigned step = 0; step < kMaxStreamSteps; ++step) {
-            const auto rows = static_cast<unsigned>(std::max(height(), 1));
-            const auto loaded = row(step % rows, step / rows).row;
-            if (!loaded || loaded->empty() || loaded->size() > 32768) {
-                const bool empty = loaded && loaded->empty();
-                steps.push_back({-1, empty ? kAtEnd : kFailed, 0, {}});
-                return steps;
+        unsigned y = 0, z = 0, flags = kRead;
+        for (bool wasAtEnd = false; steps.size() < kMaxStreamSteps && !wasAtEnd;) {
+            wasAtEnd = flags == kAtEnd;
+            const auto loaded = row(y, z).row;
+            if (!loaded || loaded->size() > 32768) {
+                steps.push_back({-1, flags | VX_IMAGE_ERROR, 0, {}});
+                break;
             }
-            const bool last = step + 1 == rows * static_cast<unsigned>(planes());
-            steps.push_back({last ? -1 : static_cast<int>(loaded->front()), last ? kAtEnd : kRead,
+            if (loaded->empty()) {
+                flags = kAtEnd;
+                steps.push_back({-1, flags, 0, {}});
+                continue;
+            }
+            if (static_cast<int>(++y) == height()) y = 0, ++z;
+            const bool last = static_cast<int>(z) == planes();
+            if (last) --z, flags = kAtEnd;
+            steps.push_back({last ? -1 : static_cast<int>((*loaded)[0]), flags,
                              static_cast<int>(loaded->size()) - 1, *loaded});
-            if (last) return steps;
         }
         return steps;
     }
@@ -233,17 +239,22 @@ public:
         }
     }
 
-    void put(const std::vector<std::uint16_t> &row, std::size_t index) {
-        const unsigned width = type_ & 0xFF;
-        const unsigned mask = width == 1 ? 0xFF : 0xFFFF;
-        Elements elements(row.begin(), row.end());
-        for (const unsigned element : masked(elements, isRunLength() ? 0xFFFF : mask)) {
+    // For a row that may not reach the file.
+    void count(const std::vector<std::uint16_t> &row) {
+        const Elements elements(row.begin(), row.end());
+        for (const unsigned element : masked(elements, isRunLength() ? 0xFFFF : mask())) {
             extremes_[0] = std::min(extremes_[0], element);
             extremes_[1] = std::max(extremes_[1], element);
         }
+    }
+
+    void put(const std::vector<std::uint16_t> &row, std::size_t index) {
+        count(row);
+        const unsigned width = type_ & 0xFF;
+        Elements elements(row.begin(), row.end());
         std::size_t at = 512 + index * row.size() * width;
         if (isRunLength()) {
-            elements = encodedPlainly(elements, mask);
+            elements = encodedPlainly(elements, mask());
             waste_ += sizes_[index] != ~0U ? sizes_[index] : 0;
             starts_[index] = end_;
             sizes_[index] = static_cast<unsigned>(elements.size()) * width;
@@ -251,6 +262,15 @@ public:
             at = starts_[index];
         }
         store(at, elements, width);
+    }
+
+    // Of a row, or of nothing if it was never written.
+    long position(std::size_t index) const {
+        return isRunLength() ? starts_[index]
+                             : 512 + static_cast<long>(index * sides_[0]) * (type_ & 0xFF);
+    }
+    std::int32_t storedBytes(std::size_t index) const {
+        return isRunLength() ? static_cast<std::int32_t>(sizes_[index]) : 0;
     }
 
     std::string bytes() {
@@ -268,6 +288,7 @@ public:
 
 private:
     bool isRunLength() const { return type_ > 0xFF; }
+    unsigned mask() const { return (type_ & 0xFF) == 1 ? 0xFF : 0xFFFF; }
     std::size_t store(std::size_t at, const Elements &numbers, unsigned width) {
         if (numbers.empty()) return at;
         file_.resize(std::max(file_.size(), at + numbers.size() * width));
@@ -310,14 +331,23 @@ inline ReadResult readRow(VxImage *image, unsigned y, unsigned z, std::uint16_t 
 
 inline std::vector<StreamStep> readStream(VxImage *image) {
     std::vector<StreamStep> steps;
-    while (steps.size() < kMaxStreamSteps && image->flags == kRead) {
+    for (bool wasAtEnd = false; steps.size() < kMaxStreamSteps && !wasAtEnd;) {
+        wasAtEnd = image->flags == kAtEnd;
         const int result = vxImageFillPixels(image);
         steps.push_back({result, image->flags, image->pixelsLeft, {}});
-        if (image->flags == kFailed) break;
-        const std::uint16_t *first = image->nextPixel - (image->flags == kRead ? 1 : 0);
+        if ((image->flags & VX_IMAGE_ERROR) != 0) break;
+        const std::uint16_t *first = image->nextPixel - (result >= 0 ? 1 : 0);
         steps.back().row.assign(first, first + image->xSize);
     }
     return steps;
+}
+
+// What is open for reading is not written.
+inline bool refusesToWrite(VxImage *image) {
+    std::vector<std::uint16_t> row(image->xSize + std::size_t{1});
+    return vxImagePutRow(image, row.data(), 0, 0) == -1 && vxImageDrainPixels(image, 1) == -1 &&
+           vxImageFlush(image) == 0 && image->pixelsLeft == 0 && image->flags == kRead &&
+           takeReports().empty();
 }
 
 // Some rows from the first, those around the last, and one too many.
@@ -385,6 +415,7 @@ inline std::string differences(const std::string &path, const ImageModel &model)
     found += differingRows(image.get(), model, false);
     image = open();
     found += differingRows(image.get(), model, true);
+    if (!refusesToWrite(image.get())) found += "writing\n";
     image = open();
     if (readStream(image.get()) != model.stream()) found += "the stream\n";
     constexpr std::uint64_t kMaxElements = 1 << 14;
