@@ -1,8 +1,9 @@
 // Tables and samplers bit for bit against a plain model, with a generator of the test's own.
 
 #include "data_rows.h"
+#include "faults.h"
 
-#include <vxsampling.h>
+#include <vxhandles.h>
 
 #include <algorithm>
 #include <cmath>
@@ -46,15 +47,9 @@ struct Arguments {
     int square;
 };
 
-struct Table : VxSampleTable {
-    explicit Table(const Arguments &a) {
-        EXPECT_EQ(vxSampleTableInit(this, a.grid, a.size, a.doubleY, a.jitter, a.square), 1);
-        EXPECT_EQ(lastSeed, 1234U);
-    }
-    ~Table() { vxSampleTableRelease(this); }
-    Table(const Table &) = delete;
-    Table &operator=(const Table &) = delete;
-};
+VxUniqueSampleTable tableOf(const Arguments &a) {
+    return vxSampleTableMake(a.grid, a.size, a.doubleY, a.jitter, a.square);
+}
 
 bool isSame(const float *one, const std::vector<float> &other) {
     return std::memcmp(one, other.data(), other.size() * sizeof(float)) == 0;
@@ -91,16 +86,17 @@ void modelSet(const Arguments &a, float *x, float *y) {
 void compareWithModel(const Arguments &a) {
     SCOPED_TRACE(testing::Message() << a.grid << ' ' << a.jitter << ' ' << a.square);
     std::srand(99);
-    const Table table(a);
+    const VxUniqueSampleTable table = tableOf(a);
+    EXPECT_EQ(lastSeed, 1234U);
     const int drawn = draws;
     const int samples = a.grid > 1 ? a.grid * a.grid : 1;
-    EXPECT_EQ(table.sampleCount, samples);
-    EXPECT_EQ(vxSampleTableWeight(&table), static_cast<float>(1.0 / samples));
+    EXPECT_EQ(table->sampleCount, samples);
+    EXPECT_EQ(vxSampleTableWeight(table.get()), static_cast<float>(1.0 / samples));
     std::srand(1234);
     for (int set = 0; set < VX_SAMPLE_SETS; ++set) {
         std::vector<float> x(static_cast<std::size_t>(samples)), y(x);
         if (samples > 1) modelSet(a, x.data(), y.data());
-        EXPECT_TRUE(isSame(table.offsetX[set], x) && isSame(table.offsetY[set], y)) << set;
+        EXPECT_TRUE(isSame(table->offsetX[set], x) && isSame(table->offsetY[set], y)) << set;
     }
     EXPECT_EQ(draws, drawn);
 }
@@ -124,15 +120,50 @@ TEST(SampleTable, EqualsTheModelBitForBit) {
     fixedDraw = -1;
 }
 
+TEST(SampleTable, ReleasesWhatItHasWhenMemoryRunsOut) {
+    float sentinel = 0;
+    faults::failEach(faults::kMemory, [&](bool) {
+        VxSampleTable table{};
+        std::ranges::fill(table.offsetX, &sentinel);
+        std::ranges::fill(table.offsetY, &sentinel);
+        const int before = faults::blocksOut();
+        const int filled = vxSampleTableInit(&table, 2, 1.0F, 0, 1.0F, 0);
+        const int setsTried = (faults::count(faults::kMemory) + 1) / 2;
+        EXPECT_EQ(filled, faults::disarm() ? 0 : 1);
+        EXPECT_EQ(faults::blocksOut() - before, filled != 0 ? 2 * VX_SAMPLE_SETS : 0);
+        for (int set = 0; set < VX_SAMPLE_SETS && filled == 0; ++set) {
+            EXPECT_EQ(table.offsetX[set], set < setsTried ? nullptr : &sentinel) << set;
+            EXPECT_EQ(table.offsetY[set], table.offsetX[set]) << set;
+        }
+        EXPECT_EQ(table.sampleCount, 4);
+        EXPECT_EQ(table.sampleWeight, 0.25F);
+        if (filled == 0) return;
+        vxSampleTableRelease(&table);
+        vxSampleTableRelease(&table);
+        EXPECT_EQ(faults::blocksOut(), before);
+    });
+}
+
+TEST(SampleTable, RefusesAGridBeyondTheCount) {
+    VxSampleTable table{};
+    for (const int grid : {46340, 46341, INT32_MAX}) {
+        const bool counts = grid == 46340;
+        faults::arm(faults::kMemory);
+        EXPECT_EQ(vxSampleTableInit(&table, grid, 1.0F, 0, 1.0F, 0), 0);
+        EXPECT_EQ(faults::disarm(), counts);
+        EXPECT_EQ(table.sampleCount, counts ? grid * grid : 0);
+    }
+}
+
 TEST(PixelSampler, WalksTheSetOfItsDrawAndSumsInDoubleStepByStep) {
     std::mt19937 random(5);
     std::uniform_real_distribution<float> value(-2.0F, 9.0F);
-    const Table table({3, 1.0F, 0, 1.0F, 0});
+    const VxUniqueSampleTable table = tableOf({3, 1.0F, 0, 1.0F, 0});
     VxPixelSampler sampler;
     std::memset(&sampler, 0x55, sizeof sampler);
     for (fixedDraw = 0; fixedDraw < 32768 && !testing::Test::HasFailure(); ++fixedDraw) {
         draws = 0;
-        vxPixelSamplerStart(&sampler, &table);
+        vxPixelSamplerStart(&sampler, table.get());
         EXPECT_EQ(draws, 1);
         EXPECT_EQ(sampler.setIndex, fixedDraw * 67 / 32768);
         EXPECT_EQ(sampler.firstId, fixedDraw == 0 ? 0x55555555U : 7U);
@@ -142,12 +173,12 @@ TEST(PixelSampler, WalksTheSetOfItsDrawAndSumsInDoubleStepByStep) {
         for (; vxPixelSamplerHasNext(&sampler) != 0 && taken < 10; ++taken) {
             float x = 0, y = 0, colors[6];
             vxPixelSamplerNext(&sampler, &x, &y);
-            EXPECT_EQ(x, table.offsetX[sampler.setIndex][taken]);
-            EXPECT_EQ(y, table.offsetY[sampler.setIndex][taken]);
+            EXPECT_EQ(x, table->offsetX[sampler.setIndex][taken]);
+            EXPECT_EQ(y, table->offsetY[sampler.setIndex][taken]);
             const int quarter = static_cast<int>(random() & 2);
             for (int c = 0; c < 6; ++c) {
                 colors[c] = value(random);
-                const double term = static_cast<double>(table.sampleWeight) * colors[c];
+                const double term = static_cast<double>(table->sampleWeight) * colors[c];
                 sums[c] = static_cast<float>(sums[c] + (quarter != 0 ? term / 4 : term));
                 if (c < 3) channels[c].push_back(colors[c]);
             }
@@ -166,14 +197,13 @@ TEST(PixelSampler, WalksTheSetOfItsDrawAndSumsInDoubleStepByStep) {
 }
 
 TEST(PixelSampler, NeedsMoreWhenIdsOrColoursDiffer) {
-    const Table table({2, 1.0F, 0, 1.0F, 1});
+    const VxUniqueSampleTable table = tableOf({2, 1.0F, 0, 1.0F, 1});
     VxPixelSampler sampler{};
     for (const DataRow &row : dataRows("sampling.txt", "needs more")) {
-        vxPixelSamplerStart(&sampler, &table);
+        vxPixelSamplerStart(&sampler, table.get());
         for (std::size_t i = 2; i < row.size(); i += 4) {
-            float color[3];
-            for (std::size_t c = 0; c < 3; ++c)
-                color[c] = std::stof(row[i + 1 + c]);
+            const float color[] = {std::stof(row[i + 1]), std::stof(row[i + 2]),
+                                   std::stof(row[i + 3])};
             const auto id = static_cast<std::uint32_t>(std::stoul(row[i]));
             vxPixelSamplerAdd(&sampler, color, color, id, 1);
         }

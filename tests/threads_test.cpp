@@ -5,12 +5,13 @@
 #include "fuzz/models/pool_model.h"
 #include "fuzz/models/search_path_model.h"
 
-#include <vximage.h>
+#include <vxhandles.h>
 #include <vxpattern.h>
 #include <vxsampling.h>
 #include <vxstring.h>
 
 #include <gtest/gtest.h>
+#include <optional>
 #include <random>
 #include <string>
 #include <sys/mman.h>
@@ -24,19 +25,17 @@ namespace {
 VxSampleTable samples;
 char pattern[VX_PATTERN_SIZE];
 const VxString fox("the quick brown fox and the Lazy dog");
+const VxOwningList<std::string> emptyList;
+const VxOwningTable<std::string> emptyTable(3);
 
-// The elements of a row that was written and read.
-std::vector<std::uint16_t> throughImage(std::vector<std::uint16_t> row) {
+// What comes of a picture that was written and read.
+std::optional<VxPicture> throughFile(const VxPicture &picture) {
     const int file = ::memfd_create("image", 0);
-    VxImage *image = vxImageOpenFd(::dup(file), "w", VX_IMAGE_RUN_LENGTH | 2U, 1U, 50U);
-    vxImagePutRow(image, row.data(), 0, 0);
-    vxImageClose(image);
-    ::lseek(file, 0, SEEK_SET);
-    image = vxImageOpenFd(file, "r");
-    row.assign(50, 0);
-    vxImageGetRow(image, row.data(), 0, 0);
-    vxImageClose(image);
-    return row;
+    const std::string path = "/proc/self/fd/" + std::to_string(file);
+    EXPECT_TRUE(vxPictureWrite(path.c_str(), picture));
+    const std::optional<VxPicture> read = vxPictureRead(path.c_str());
+    ::close(file);
+    return read;
 }
 
 void useEverything(unsigned seed) {
@@ -50,6 +49,8 @@ void useEverything(unsigned seed) {
         pool.change(below);
         EXPECT_TRUE(list.change(below) && table.change(below));
         EXPECT_TRUE(path.change(random(), random() % 8, "/d" + std::to_string(below(9))));
+        EXPECT_EQ(VxOwningList<std::string>(emptyList).length(), 0);
+        EXPECT_EQ(VxOwningTable<std::string>(emptyTable).getNumBuckets(), 3);
         const int n = below(40);
         VxString sharer(n);
         VxString string(sharer);
@@ -66,8 +67,8 @@ void useEverything(unsigned seed) {
         float x = 0, y = 0;
         vxPixelSamplerNext(&sampler, &x, &y);
         EXPECT_EQ(x, samples.offsetX[n][1]);
-        const std::vector<std::uint16_t> row(50, static_cast<std::uint16_t>(random()));
-        EXPECT_EQ(throughImage(row), row);
+        const VxPicture picture{3, 1, 1, 2, {static_cast<std::uint16_t>(random()), 1, 1}};
+        EXPECT_EQ(throughFile(picture), picture);
     }
     EXPECT_EQ(pool.difference(), "");
 }

@@ -8,8 +8,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <concepts>
 #include <cstring>
+#include <iterator>
 #include <random>
+#include <ranges>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -58,6 +61,26 @@ inline std::vector<int> values(const auto &container) {
     return all;
 }
 
+// What the algorithms of the standard library require.
+template <typename T>
+constexpr bool isContainer() {
+    static_assert(std::ranges::forward_range<const T> && std::ranges::common_range<T>);
+    static_assert(std::same_as<std::ranges::range_value_t<T>, typename T::value_type>);
+    static_assert(std::same_as<decltype(std::declval<T &>().cend()), typename T::const_iterator>);
+    static_assert(std::convertible_to<typename T::iterator, typename T::const_iterator>);
+    return std::is_nothrow_move_constructible_v<T> && std::is_nothrow_move_assignable_v<T>;
+}
+
+template <typename List>
+constexpr bool isList() {
+    static_assert(std::ranges::random_access_range<const List>);
+    return isContainer<List>() && std::sortable<typename List::iterator>;
+}
+
+static_assert(isList<VxOwningList<int>>() && isContainer<VxOwningTable<int>>());
+static_assert(isList<VxPointerList<int>>() && isContainer<VxPointerTable<int>>());
+static_assert(isList<VxPointerList<const int>>() && isContainer<VxPointerTable<const int>>());
+
 // The iterators of the bases, by type.
 VxArrayListIterator iteratorOf(VxArrayList &);
 VxArrayListConstIterator iteratorOf(const VxArrayList &);
@@ -88,7 +111,7 @@ public:
         assignIterators(below(20));
         return values(std::as_const(list_)) == model_ && fields.count <= fields.capacity &&
                (fields.slots == nullptr) == (fields.capacity == 0) && step(it_, index_, below) &&
-               step(constIt_, constIndex_, below);
+               step(constIt_, constIndex_, below) && (model_.empty() || jump(below));
     }
 
     bool complete = true;
@@ -245,6 +268,21 @@ private:
         return true;
     }
 
+    // The iterators for algorithms, moved in every way.
+    template <typename Below>
+    bool jump(Below below) {
+        const int from = below(list_.length());
+        const int to = below(list_.length());
+        typename List::const_iterator it = from + list_.begin();
+        const typename List::iterator other = list_.end() - (list_.length() - to);
+        const bool compares = other - it == to - from && (it < other) == (from < to) &&
+                              (it == other) == (from == to) && it != list_.cend();
+        const auto before = it++;
+        const auto after = it--;
+        return compares && after - before == 1 && it == before && --++it == before &&
+               value(*it) == at(from) && value(it[to - from]) == at(to) && value(*other) == at(to);
+    }
+
     List list_;
     std::vector<int> model_;
     int capacity_ = 0;
@@ -307,8 +345,18 @@ private:
                table_.getNumElements() == std::ssize(all) &&
                table_.getMeanUsedBucketLength() == mean &&
                std::abs(table_.getVarianceUsedBucketLength() - variance) < 1e-9 &&
-               values(table_) == all && walks<decltype(iteratorOf(std::declval<Table &>()))>(all) &&
+               values(table_) == all && steps(all) &&
+               walks<decltype(iteratorOf(std::declval<Table &>()))>(all) &&
                walks<decltype(iteratorOf(std::declval<const Table &>()))>(all);
+    }
+
+    // The iterator for algorithms.
+    bool steps(const std::vector<int> &all) const {
+        auto it = table_.begin();
+        for (const int v : all) {
+            if (it == table_.cend() || value(*it++) != v) return false;
+        }
+        return it == table_.end();
     }
 
     std::vector<int> &bucketOf(int v) {
