@@ -11,7 +11,6 @@
 #include <vxstring.h>
 
 #include <gtest/gtest.h>
-#include <optional>
 #include <random>
 #include <string>
 #include <sys/mman.h>
@@ -28,22 +27,14 @@ const VxString fox("the quick brown fox and the Lazy dog");
 const VxOwningList<std::string> emptyList;
 const VxOwningTable<std::string> emptyTable(3);
 
-// What comes of a picture that was written and read.
-std::optional<VxPicture> throughFile(const VxPicture &picture) {
-    const int file = ::memfd_create("image", 0);
-    const std::string path = "/proc/self/fd/" + std::to_string(file);
-    EXPECT_TRUE(vxPictureWrite(path.c_str(), picture));
-    const std::optional<VxPicture> read = vxPictureRead(path.c_str());
-    ::close(file);
-    return read;
-}
-
 void useEverything(unsigned seed) {
     std::mt19937 random(seed);
     const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
     ListModel<VxOwningList<int>> list;
     TableModel<VxPointerTable<int>> table;
     PoolModel pool(16);
+    const int memory = ::memfd_create("image", 0);
+    const std::string file = "/proc/self/fd/" + std::to_string(memory);
     SearchPathRun path("/a;/b", "/");
     for (int i = 0; i < 1000; ++i) {
         pool.change(below);
@@ -68,9 +59,11 @@ void useEverything(unsigned seed) {
         vxPixelSamplerNext(&sampler, &x, &y);
         EXPECT_EQ(x, samples.offsetX[n][1]);
         const VxPicture picture{3, 1, 1, 2, {static_cast<std::uint16_t>(random()), 1, 1}};
-        EXPECT_EQ(throughFile(picture), picture);
+        EXPECT_TRUE(vxPictureWrite(file.c_str(), picture));
+        EXPECT_EQ(vxPictureRead(file.c_str()), picture);
     }
     EXPECT_EQ(pool.difference(), "");
+    ::close(memory);
 }
 
 TEST(Threads, ReadWhatTheyShareAndChangeTheirOwn) {

@@ -4,13 +4,16 @@
 #ifndef VX_FUZZ_MODELS_CONTAINER_MODEL_H
 #define VX_FUZZ_MODELS_CONTAINER_MODEL_H
 
+#include <vxhandles.h>
 #include <vxtyped.h>
 
 #include <algorithm>
 #include <cmath>
 #include <concepts>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <new>
 #include <random>
 #include <ranges>
 #include <type_traits>
@@ -80,6 +83,32 @@ constexpr bool isList() {
 static_assert(isList<VxOwningList<int>>() && isContainer<VxOwningTable<int>>());
 static_assert(isList<VxPointerList<int>>() && isContainer<VxPointerTable<int>>());
 static_assert(isList<VxPointerList<const int>>() && isContainer<VxPointerTable<const int>>());
+
+// A number. Its copies have a block of memory each; when there is none, copying throws.
+class Boxed {
+public:
+    explicit Boxed(int v) : v_(v) {}
+    Boxed(const Boxed &other) : v_(other.v_), block_(static_cast<char *>(std::malloc(1))) {
+        if (block_ == nullptr) throw std::bad_alloc();
+    }
+    Boxed(Boxed &&) noexcept = default;
+    Boxed &operator=(Boxed &&) noexcept = default;
+    void operator&() const = delete;
+    bool operator==(const Boxed &other) const { return v_ == other.v_; }
+    friend int value(const Boxed &boxed) { return boxed.v_; }
+
+private:
+    int v_;
+    VxUniqueText block_;
+};
+
+// Above the lower 32 bits.
+struct HighHash {
+    long long operator()(const Boxed &boxed) const { return value(boxed) * (1LL << 32); }
+};
+
+using BoxedList = VxOwningList<Boxed>;
+using BoxedTable = VxOwningTable<Boxed, HighHash>;
 
 // The iterators of the bases, by type.
 VxArrayListIterator iteratorOf(VxArrayList &);
