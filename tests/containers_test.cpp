@@ -11,8 +11,6 @@
 #include <gtest/gtest.h>
 #include <new>
 #include <string>
-#include <utility>
-#include <vector>
 
 // Runs if a constructor throws; faults.cpp replaces the other forms.
 void operator delete(void *block, const std::nothrow_t &) noexcept {
@@ -205,28 +203,6 @@ TEST(OwningTable, RunsItsHooksInOrder) {
         wide.copyObjects(other);
         EXPECT_EQ(wide.getNumElements(), faults::disarm() ? 0 : 2);
     });
-}
-
-// Numbers that differ by a multiple of `modulus` are the same.
-struct Modulo {
-    unsigned operator()(int v) const { return static_cast<unsigned>(v % modulus); }
-    bool operator()(int v, int w) const { return (v - w) % modulus == 0; }
-    int modulus = 1;
-};
-
-TEST(OwningTable, TakesTheFunctorsOfItsSource) {
-    VxOwningTable<int, Modulo, Modulo> source(7, Modulo{10}, Modulo{10});
-    EXPECT_TRUE(source.insert(3));
-    std::vector<VxOwningTable<int, Modulo, Modulo>> tables(3);
-    tables.push_back(source);
-    tables[0] = source;
-    tables[1].copyObjects(source);
-    tables[2] = std::move(source);
-    EXPECT_TRUE(source.insert(5) && !source.insert(15));  // and leaves them there
-    for (auto &table : tables) {
-        EXPECT_FALSE(table.insert(13));
-        EXPECT_EQ(*table.has(23), 3);
-    }
 }
 
 TEST(PointerTables, FoldAnAddress) {

@@ -7,7 +7,6 @@
 
 #include <vxhandles.h>
 #include <vxpattern.h>
-#include <vxsampling.h>
 #include <vxstring.h>
 
 #include <gtest/gtest.h>
@@ -21,7 +20,7 @@
 namespace {
 
 // What all threads read.
-VxSampleTable samples;
+const VxUniqueSampleTable samples = vxSampleTableMake(3, 0.5F, 0, 1.0F, 1);
 char pattern[VX_PATTERN_SIZE];
 const VxString fox("the quick brown fox and the Lazy dog");
 const VxOwningList<std::string> emptyList;
@@ -53,11 +52,11 @@ void useEverything(unsigned seed) {
         EXPECT_EQ(vxMatchPattern(wood.c_str(), pattern), n % 10 < 5);
         EXPECT_EQ(fox.findC("lazy", n), n <= 28 ? 28 : -1);
         VxPixelSampler sampler{};
-        sampler.table = &samples;
+        sampler.table = samples.get();
         sampler.setIndex = n;  // instead of one drawn from the process
         float x = 0, y = 0;
         vxPixelSamplerNext(&sampler, &x, &y);
-        EXPECT_EQ(x, samples.offsetX[n][1]);
+        EXPECT_EQ(x, samples->offsetX[n][1]);
         const VxPicture picture{3, 1, 1, 2, {static_cast<std::uint16_t>(random()), 1, 1}};
         EXPECT_TRUE(vxPictureWrite(file.c_str(), picture));
         EXPECT_EQ(vxPictureRead(file.c_str()), picture);
@@ -67,14 +66,10 @@ void useEverything(unsigned seed) {
 }
 
 TEST(Threads, ReadWhatTheyShareAndChangeTheirOwn) {
-    EXPECT_EQ(vxSampleTableInit(&samples, 3, 0.5F, 0, 1.0F, 1), 1);
     EXPECT_EQ(vxCompileWildcard("*wo?d[0-4]*.sgi", pattern), 1);
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (unsigned seed = 1; seed <= 4; ++seed)
         threads.emplace_back(useEverything, seed);
-    for (std::thread &thread : threads)
-        thread.join();
-    vxSampleTableRelease(&samples);
 }
 
 }  // namespace

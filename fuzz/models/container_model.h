@@ -16,6 +16,7 @@
 #include <new>
 #include <random>
 #include <ranges>
+#include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -102,13 +103,30 @@ private:
     VxUniqueText block_;
 };
 
-// Above the lower 32 bits.
-struct HighHash {
-    long long operator()(const Boxed &boxed) const { return value(boxed) * (1LL << 32); }
+// Hashes numbers, above the lower 32 bits, and compares them; but only if it is a copy of the one
+// in the first table of a run.
+struct Functor {
+    long long operator()(const Boxed &boxed) const {
+        return origin == "first" ? value(boxed) * (1LL << 32) : 0;
+    }
+    bool operator()(const Boxed &one, const Boxed &other) const {
+        return origin == "first" && one == other;
+    }
+
+    std::string origin;
 };
 
 using BoxedList = VxOwningList<Boxed>;
-using BoxedTable = VxOwningTable<Boxed, HighHash>;
+using BoxedTable = VxOwningTable<Boxed, Functor, Functor>;
+
+template <typename Table>
+Table firstTable(int numBuckets) {
+    if constexpr (std::is_constructible_v<Table, int, Functor, Functor>) {
+        return Table(numBuckets, Functor{"first"}, Functor{"first"});
+    } else {
+        return Table(numBuckets);
+    }
+}
 
 // The iterators of the bases, by type.
 VxArrayListIterator iteratorOf(VxArrayList &);
@@ -422,7 +440,9 @@ private:
     // Is a table that was moved from empty and ready for use?
     bool isFresh(Table &table, int numBuckets) {
         const int n = table.getNumElements();
-        complete = table.insert(element<Table>(1)) && complete;
+        const bool inserted = table.insert(element<Table>(1));
+        complete = complete && inserted;
+        if (inserted && table.insert(element<Table>(1))) return false;
         return n == 0 && (table.getNumBuckets() == numBuckets || !complete);
     }
 
@@ -478,7 +498,7 @@ private:
         return good && isAt(it, n) && isAt(last, 0);
     }
 
-    Table table_{7};
+    Table table_ = firstTable<Table>(7);
     Buckets buckets_ = Buckets(7);
 };
 
