@@ -111,36 +111,35 @@ TEST(SampleTable, EqualsTheModelBitForBit) {
     fixedDraw = -1;
 }
 
-TEST(SampleTable, ReleasesWhatItHasWhenMemoryRunsOut) {
+// Fills a table and releases it. In sets that it did not try, pointers stay as they were.
+void fillAndRelease(int grid) {
+    constexpr int kMaxGrid = 46340;  // of which the square is an int
     float sentinel = 0;
-    faults::failEach(faults::kMemory, [&](bool) {
-        VxSampleTable table{};
-        std::ranges::fill(table.offsetX, &sentinel);
-        std::ranges::fill(table.offsetY, &sentinel);
-        const int before = faults::blocksOut();
-        const int filled = vxSampleTableInit(&table, 2, 1.0F, 0, 1.0F, 0);
-        const int setsTried = (faults::count(faults::kMemory) + 1) / 2;
-        EXPECT_EQ(filled, faults::disarm() ? 0 : 1);
-        EXPECT_EQ(table.sampleCount, 4);
-        EXPECT_EQ(table.sampleWeight, 0.25F);
-        for (int times = 0; times < 2 && filled != 0; ++times)
-            vxSampleTableRelease(&table);
-        EXPECT_EQ(faults::blocksOut(), before);
-        for (int set = 0; set < VX_SAMPLE_SETS; ++set) {
-            EXPECT_EQ(table.offsetX[set], set < setsTried ? nullptr : &sentinel) << set;
-            EXPECT_EQ(table.offsetY[set], table.offsetX[set]) << set;
-        }
-    });
+    VxSampleTable table{};
+    std::ranges::fill(table.offsetX, &sentinel);
+    std::ranges::fill(table.offsetY, &sentinel);
+    const int before = faults::blocksOut();
+    const int filled = vxSampleTableInit(&table, grid, 1.0F, 0, 1.0F, 0);
+    const int calls = faults::count(faults::kMemory);
+    EXPECT_EQ(filled, faults::disarm() || grid > kMaxGrid ? 0 : 1);
+    EXPECT_EQ(calls == 0, grid > kMaxGrid);
+    EXPECT_EQ(table.sampleCount, grid > kMaxGrid ? 0 : grid * grid);
+    EXPECT_EQ(table.sampleWeight, static_cast<float>(1.0 / (1.0 * grid * grid)));
+    for (int times = 0; times < 2 && filled != 0; ++times)
+        vxSampleTableRelease(&table);
+    EXPECT_EQ(faults::blocksOut(), before);
+    for (int set = 0; set < VX_SAMPLE_SETS; ++set) {
+        EXPECT_EQ(table.offsetX[set], set == 0 || 2 * set < calls ? nullptr : &sentinel) << set;
+        EXPECT_EQ(table.offsetY[set], table.offsetX[set]) << set;
+    }
 }
 
-TEST(SampleTable, RefusesAGridBeyondTheCount) {
-    VxSampleTable table{};
+TEST(SampleTable, ReleasesWhatItHasWhenItFails) {
+    for (const int grid : {1, 2})
+        faults::failEach(faults::kMemory, [grid](bool) { fillAndRelease(grid); });
     for (const int grid : {46340, 46341, INT32_MAX}) {
-        const bool counts = grid == 46340;
         faults::arm(faults::kMemory);
-        EXPECT_EQ(vxSampleTableInit(&table, grid, 1.0F, 0, 1.0F, 0), 0);
-        EXPECT_EQ(faults::disarm(), counts);
-        EXPECT_EQ(table.sampleCount, counts ? grid * grid : 0);
+        fillAndRelease(grid);
     }
 }
 
