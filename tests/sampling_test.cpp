@@ -155,6 +155,8 @@ TEST(PixelSampler, WalksTheSetOfItsDrawAndSumsInDoubleStepByStep) {
         vxPixelSamplerStart(&sampler, table.get());
         EXPECT_EQ(generator, after);
         EXPECT_EQ(sampler.setIndex, fixedDraw * 67 / 32768);
+        EXPECT_EQ(sampler.sameId, 1);
+        EXPECT_EQ(sampler.firstSample, 1);
         EXPECT_EQ(sampler.firstId, fixedDraw == 0 ? 0x55555555U : 7U);
         float sums[6] = {};  // of both colours
         std::vector<float> channels[3];
