@@ -172,7 +172,9 @@ struct LoggedTable : Logging<VxHashTable> {
     using VxHashTable::insert;
     using VxHashTable::remove;
 
-    unsigned int hashElement(const void *given) override { return log('#', given) & 3U; }
+    unsigned int hashElement(const void *given) override {
+        return static_cast<unsigned>(log('#', given)) & 3U;
+    }
     short equalElements(const void *given, const void *stored) override {
         return log('=', stored) == *static_cast<const int *>(given) ? -2 : 0;  // not 0 is yes
     }
