@@ -105,7 +105,7 @@ std::string logOf(auto &&action) {
     return hookLog;
 }
 
-constexpr int n[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+constexpr unsigned n[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
 
 // Owns numbers except 9. Each hook logs one word: its owner, what it did, and with which number.
 template <typename Base>
@@ -119,18 +119,18 @@ struct Logging : Base {
     }
     ~Logging() override { this->empty(); }
 
-    int log(char what, const void *which) {
-        const int v = *static_cast<const int *>(which);
+    unsigned log(char what, const void *which) {
+        const unsigned v = *static_cast<const unsigned *>(which);
         hookLog += std::string({name, what}) + std::to_string(v) + ' ';
         return v;
     }
     void *copyElement(const void *given) override {
-        const int v = log('+', given);
-        return v == 9 ? nullptr : new int(v);
+        const unsigned v = log('+', given);
+        return v == 9 ? nullptr : new unsigned(v);
     }
     void destroyElement(void *stored) override {
         log('-', stored);
-        delete static_cast<int *>(stored);
+        delete static_cast<unsigned *>(stored);
     }
 
     char name;
@@ -172,11 +172,9 @@ struct LoggedTable : Logging<VxHashTable> {
     using VxHashTable::insert;
     using VxHashTable::remove;
 
-    unsigned int hashElement(const void *given) override {
-        return static_cast<unsigned>(log('#', given)) & 3U;
-    }
+    unsigned int hashElement(const void *given) override { return log('#', given) & 3U; }
     short equalElements(const void *given, const void *stored) override {
-        return log('=', stored) == *static_cast<const int *>(given) ? -2 : 0;  // not 0 is yes
+        return log('=', stored) == *static_cast<const unsigned *>(given) ? -2 : 0;  // not 0 is yes
     }
 };
 
