@@ -17,10 +17,12 @@ void run(FuzzedDataProvider &input) {
     }
 }
 
-constexpr void (*kRuns[])(FuzzedDataProvider &) = {
-    run<ListModel<VxOwningList<int>>>,        run<ListModel<VxPointerList<int>>>,
-    run<ListModel<VxPointerList<const int>>>, run<TableModel<VxOwningTable<int>>>,
-    run<TableModel<VxPointerTable<int>>>,     run<TableModel<VxPointerTable<const int>>>};
+constexpr void (*kRuns[])(FuzzedDataProvider &) = {run<ListModel<BoxedList>>,
+                                                   run<ListModel<VxPointerList<int>>>,
+                                                   run<ListModel<VxPointerList<const int>>>,
+                                                   run<TableModel<BoxedTable>>,
+                                                   run<TableModel<VxPointerTable<int>>>,
+                                                   run<TableModel<VxPointerTable<const int>>>};
 
 }  // namespace
 

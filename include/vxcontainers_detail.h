@@ -147,7 +147,6 @@ struct TableCursor {
 
     void reset(short fromEnd) {
         if (fromEnd != 0) {
-            position = -1;
             bucket = numBuckets() - 1;
             findLast();
         } else {

@@ -28,15 +28,13 @@ inline std::string quotedField(std::istream &line) {
 inline std::vector<DataRow> dataRows(const std::string &file, const std::string &heading = "") {
     std::vector<DataRow> rows;
     std::ifstream in(VX_TEST_DATA "/" + file);
-    bool found = heading.empty();
-    for (std::string text; std::getline(in, text);) {
-        if (text.starts_with('[')) {
-            found = text == "[" + heading + "]";
-            continue;
-        }
+    std::string text;
+    while (!heading.empty() && std::getline(in, text) && text != "[" + heading + "]")
+        continue;
+    while (std::getline(in, text) && !text.starts_with('[')) {
         std::istringstream line(text);
         DataRow row;
-        for (char byte; found && line >> byte && byte != '#';) {
+        for (char byte; line >> byte && byte != '#';) {
             row.emplace_back();
             if (byte == '"') {
                 row.back() = quotedField(line);

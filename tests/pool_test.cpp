@@ -42,17 +42,6 @@ TEST(Pool, DoesWhatItsModelDoesAndAsksForMemoryOncePerBlock) {
     }
 }
 
-TEST(Pool, RetiredBlocksComeBackOldestFirst) {
-    VxPool pool;
-    vxPoolInit(&pool, 24, 1);
-    void *const oldest = vxPoolAlloc(&pool);
-    void *const newest = vxPoolAlloc(&pool);
-    vxPoolRecycle(&pool);
-    EXPECT_EQ(vxPoolAlloc(&pool), oldest);
-    EXPECT_EQ(vxPoolAlloc(&pool), newest);
-    vxPoolDestroy(&pool);
-}
-
 TEST(Pool, AsksForNoMoreMemoryThanABlockCanHave) {
     for (const DataRow &row : dataRows("pool.txt", "blocks")) {
         VxPool pool;

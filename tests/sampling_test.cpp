@@ -1,8 +1,9 @@
 // Tables and samplers bit for bit against a plain model, with a generator of the test's own.
 
 #include "data_rows.h"
+#include "faults.h"
 
-#include <vxsampling.h>
+#include <vxhandles.h>
 
 #include <algorithm>
 #include <cmath>
@@ -14,26 +15,18 @@
 #include <string>
 #include <vector>
 
-namespace {
+static int fixedDraw = -1;  // below 0: a sequence
+static std::minstd_rand generator;
 
-// What rand returns: all 31 bits, of which the library must use the low 15.
-int fixedDraw = -1;  // below 0: a sequence
-std::minstd_rand generator;
-unsigned lastSeed;
-int draws;
-
-}  // namespace
-
-// Replace those of the C library, for the program and the library.
+// Replace those of the C library, for the program and the library. All 31 bits are random; the
+// library must use the low 15.
 extern "C" void srand(unsigned seed) noexcept {
     generator.seed(seed);
-    lastSeed = seed;
-    draws = 0;
 }
 
 extern "C" int rand() noexcept {
-    ++draws;
-    return fixedDraw >= 0 ? 0x7fff8000 | fixedDraw : static_cast<int>(generator());
+    const auto drawn = static_cast<int>(generator());
+    return fixedDraw >= 0 ? 0x7fff8000 | fixedDraw : drawn;
 }
 
 namespace {
@@ -46,15 +39,9 @@ struct Arguments {
     int square;
 };
 
-struct Table : VxSampleTable {
-    explicit Table(const Arguments &a) {
-        EXPECT_EQ(vxSampleTableInit(this, a.grid, a.size, a.doubleY, a.jitter, a.square), 1);
-        EXPECT_EQ(lastSeed, 1234U);
-    }
-    ~Table() { vxSampleTableRelease(this); }
-    Table(const Table &) = delete;
-    Table &operator=(const Table &) = delete;
-};
+VxUniqueSampleTable tableOf(const Arguments &a) {
+    return vxSampleTableMake(a.grid, a.size, a.doubleY, a.jitter, a.square);
+}
 
 bool isSame(const float *one, const std::vector<float> &other) {
     return std::memcmp(one, other.data(), other.size() * sizeof(float)) == 0;
@@ -91,18 +78,18 @@ void modelSet(const Arguments &a, float *x, float *y) {
 void compareWithModel(const Arguments &a) {
     SCOPED_TRACE(testing::Message() << a.grid << ' ' << a.jitter << ' ' << a.square);
     std::srand(99);
-    const Table table(a);
-    const int drawn = draws;
+    const VxUniqueSampleTable table = tableOf(a);
+    const std::minstd_rand after = generator;
     const int samples = a.grid > 1 ? a.grid * a.grid : 1;
-    EXPECT_EQ(table.sampleCount, samples);
-    EXPECT_EQ(vxSampleTableWeight(&table), static_cast<float>(1.0 / samples));
+    EXPECT_EQ(table->sampleCount, samples);
+    EXPECT_EQ(vxSampleTableWeight(table.get()), static_cast<float>(1.0 / samples));
     std::srand(1234);
     for (int set = 0; set < VX_SAMPLE_SETS; ++set) {
         std::vector<float> x(static_cast<std::size_t>(samples)), y(x);
         if (samples > 1) modelSet(a, x.data(), y.data());
-        EXPECT_TRUE(isSame(table.offsetX[set], x) && isSame(table.offsetY[set], y)) << set;
+        EXPECT_TRUE(isSame(table->offsetX[set], x) && isSame(table->offsetY[set], y)) << set;
     }
-    EXPECT_EQ(draws, drawn);
+    EXPECT_EQ(generator, after);
 }
 
 TEST(SampleTable, EqualsTheModelBitForBit) {
@@ -124,17 +111,52 @@ TEST(SampleTable, EqualsTheModelBitForBit) {
     fixedDraw = -1;
 }
 
+// Fills a table and releases it. In sets that it did not try, pointers stay as they were.
+void fillAndRelease(int grid) {
+    constexpr int kMaxGrid = 46340;  // of which the square is an int
+    float sentinel = 0;
+    VxSampleTable table{};
+    std::ranges::fill(table.offsetX, &sentinel);
+    std::ranges::fill(table.offsetY, &sentinel);
+    const int before = faults::blocksOut();
+    const int filled = vxSampleTableInit(&table, grid, 1.0F, 0, 1.0F, 0);
+    const int calls = faults::count(faults::kMemory);
+    EXPECT_EQ(filled, faults::disarm() || grid > kMaxGrid ? 0 : 1);
+    EXPECT_EQ(calls == 0, grid > kMaxGrid);
+    EXPECT_EQ(table.sampleCount, grid > kMaxGrid ? 0 : grid * grid);
+    EXPECT_EQ(table.sampleWeight, static_cast<float>(1.0 / (1.0 * grid * grid)));
+    for (int times = 0; times < 2 && filled != 0; ++times)
+        vxSampleTableRelease(&table);
+    EXPECT_EQ(faults::blocksOut(), before);
+    for (int set = 0; set < VX_SAMPLE_SETS; ++set) {
+        EXPECT_EQ(table.offsetX[set], set == 0 || 2 * set < calls ? nullptr : &sentinel) << set;
+        EXPECT_EQ(table.offsetY[set], table.offsetX[set]) << set;
+    }
+}
+
+TEST(SampleTable, ReleasesWhatItHasWhenItFails) {
+    for (const int grid : {1, 2})
+        faults::failEach(faults::kMemory, [grid](bool) { fillAndRelease(grid); });
+    for (const int grid : {46340, 46341, INT32_MAX}) {
+        faults::arm(faults::kMemory);
+        fillAndRelease(grid);
+    }
+}
+
 TEST(PixelSampler, WalksTheSetOfItsDrawAndSumsInDoubleStepByStep) {
     std::mt19937 random(5);
     std::uniform_real_distribution<float> value(-2.0F, 9.0F);
-    const Table table({3, 1.0F, 0, 1.0F, 0});
+    const VxUniqueSampleTable table = tableOf({3, 1.0F, 0, 1.0F, 0});
     VxPixelSampler sampler;
     std::memset(&sampler, 0x55, sizeof sampler);
     for (fixedDraw = 0; fixedDraw < 32768 && !testing::Test::HasFailure(); ++fixedDraw) {
-        draws = 0;
-        vxPixelSamplerStart(&sampler, &table);
-        EXPECT_EQ(draws, 1);
+        std::minstd_rand after = generator;
+        after.discard(1);
+        vxPixelSamplerStart(&sampler, table.get());
+        EXPECT_EQ(generator, after);
         EXPECT_EQ(sampler.setIndex, fixedDraw * 67 / 32768);
+        EXPECT_EQ(sampler.sameId, 1);
+        EXPECT_EQ(sampler.firstSample, 1);
         EXPECT_EQ(sampler.firstId, fixedDraw == 0 ? 0x55555555U : 7U);
         float sums[6] = {};  // of both colours
         std::vector<float> channels[3];
@@ -142,12 +164,12 @@ TEST(PixelSampler, WalksTheSetOfItsDrawAndSumsInDoubleStepByStep) {
         for (; vxPixelSamplerHasNext(&sampler) != 0 && taken < 10; ++taken) {
             float x = 0, y = 0, colors[6];
             vxPixelSamplerNext(&sampler, &x, &y);
-            EXPECT_EQ(x, table.offsetX[sampler.setIndex][taken]);
-            EXPECT_EQ(y, table.offsetY[sampler.setIndex][taken]);
+            EXPECT_EQ(x, table->offsetX[sampler.setIndex][taken]);
+            EXPECT_EQ(y, table->offsetY[sampler.setIndex][taken]);
             const int quarter = static_cast<int>(random() & 2);
             for (int c = 0; c < 6; ++c) {
                 colors[c] = value(random);
-                const double term = static_cast<double>(table.sampleWeight) * colors[c];
+                const double term = static_cast<double>(table->sampleWeight) * colors[c];
                 sums[c] = static_cast<float>(sums[c] + (quarter != 0 ? term / 4 : term));
                 if (c < 3) channels[c].push_back(colors[c]);
             }
@@ -166,14 +188,13 @@ TEST(PixelSampler, WalksTheSetOfItsDrawAndSumsInDoubleStepByStep) {
 }
 
 TEST(PixelSampler, NeedsMoreWhenIdsOrColoursDiffer) {
-    const Table table({2, 1.0F, 0, 1.0F, 1});
+    const VxUniqueSampleTable table = tableOf({2, 1.0F, 0, 1.0F, 1});
     VxPixelSampler sampler{};
     for (const DataRow &row : dataRows("sampling.txt", "needs more")) {
-        vxPixelSamplerStart(&sampler, &table);
+        vxPixelSamplerStart(&sampler, table.get());
         for (std::size_t i = 2; i < row.size(); i += 4) {
-            float color[3];
-            for (std::size_t c = 0; c < 3; ++c)
-                color[c] = std::stof(row[i + 1 + c]);
+            const float color[] = {std::stof(row[i + 1]), std::stof(row[i + 2]),
+                                   std::stof(row[i + 3])};
             const auto id = static_cast<std::uint32_t>(std::stoul(row[i]));
             vxPixelSamplerAdd(&sampler, color, color, id, 1);
         }

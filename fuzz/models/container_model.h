@@ -4,12 +4,19 @@
 #ifndef VX_FUZZ_MODELS_CONTAINER_MODEL_H
 #define VX_FUZZ_MODELS_CONTAINER_MODEL_H
 
+#include <vxhandles.h>
 #include <vxtyped.h>
 
 #include <algorithm>
 #include <cmath>
+#include <concepts>
+#include <cstdlib>
 #include <cstring>
+#include <iterator>
+#include <new>
 #include <random>
+#include <ranges>
+#include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -58,6 +65,69 @@ inline std::vector<int> values(const auto &container) {
     return all;
 }
 
+// What the algorithms of the standard library require.
+template <typename T>
+constexpr bool isContainer() {
+    static_assert(std::ranges::forward_range<const T> && std::ranges::common_range<T>);
+    static_assert(std::same_as<std::ranges::range_value_t<T>, typename T::value_type>);
+    static_assert(std::same_as<decltype(std::declval<T &>().cend()), typename T::const_iterator>);
+    static_assert(std::convertible_to<typename T::iterator, typename T::const_iterator>);
+    return std::is_nothrow_move_constructible_v<T> && std::is_nothrow_move_assignable_v<T>;
+}
+
+template <typename List>
+constexpr bool isList() {
+    static_assert(std::ranges::random_access_range<const List>);
+    return isContainer<List>() && std::sortable<typename List::iterator>;
+}
+
+static_assert(isList<VxOwningList<int>>() && isContainer<VxOwningTable<int>>());
+static_assert(isList<VxPointerList<int>>() && isContainer<VxPointerTable<int>>());
+static_assert(isList<VxPointerList<const int>>() && isContainer<VxPointerTable<const int>>());
+
+// A number. Its copies have a block of memory each; when there is none, copying throws.
+class Boxed {
+public:
+    explicit Boxed(int v) : v_(v) {}
+    Boxed(const Boxed &other) : v_(other.v_), block_(static_cast<char *>(std::malloc(1))) {
+        if (block_ == nullptr) throw std::bad_alloc();
+    }
+    Boxed(Boxed &&) noexcept = default;
+    Boxed &operator=(Boxed &&) noexcept = default;
+    void operator&() const = delete;
+    bool operator==(const Boxed &other) const { return v_ == other.v_; }
+    friend int value(const Boxed &boxed) { return boxed.v_; }
+
+private:
+    int v_;
+    VxUniqueText block_;
+};
+
+// Hashes numbers, above the lower 32 bits, and compares them; but only if it is a copy of the one
+// in the first table of a run.
+struct Functor {
+    long long operator()(const Boxed &boxed) const {
+        return origin == "first" ? value(boxed) * (1LL << 32) : 0;
+    }
+    bool operator()(const Boxed &one, const Boxed &other) const {
+        return origin == "first" && one == other;
+    }
+
+    std::string origin;
+};
+
+using BoxedList = VxOwningList<Boxed>;
+using BoxedTable = VxOwningTable<Boxed, Functor, Functor>;
+
+template <typename Table>
+Table firstTable(int numBuckets) {
+    if constexpr (std::is_constructible_v<Table, int, Functor, Functor>) {
+        return Table(numBuckets, Functor{"first"}, Functor{"first"});
+    } else {
+        return Table(numBuckets);
+    }
+}
+
 // The iterators of the bases, by type.
 VxArrayListIterator iteratorOf(VxArrayList &);
 VxArrayListConstIterator iteratorOf(const VxArrayList &);
@@ -88,7 +158,7 @@ public:
         assignIterators(below(20));
         return values(std::as_const(list_)) == model_ && fields.count <= fields.capacity &&
                (fields.slots == nullptr) == (fields.capacity == 0) && step(it_, index_, below) &&
-               step(constIt_, constIndex_, below);
+               step(constIt_, constIndex_, below) && (model_.empty() || jump(below));
     }
 
     bool complete = true;
@@ -245,6 +315,21 @@ private:
         return true;
     }
 
+    // The iterators for algorithms, moved in every way.
+    template <typename Below>
+    bool jump(Below below) {
+        const int from = below(list_.length());
+        const int to = below(list_.length());
+        typename List::const_iterator it = from + list_.begin();
+        const typename List::iterator other = list_.end() - (list_.length() - to);
+        const bool compares = other - it == to - from && (it < other) == (from < to) &&
+                              (it == other) == (from == to) && it != list_.cend();
+        const auto before = it++;
+        const auto after = it--;
+        return compares && after - before == 1 && it == before && --++it == before &&
+               value(*it) == at(from) && value(it[to - from]) == at(to) && value(*other) == at(to);
+    }
+
     List list_;
     std::vector<int> model_;
     int capacity_ = 0;
@@ -307,8 +392,18 @@ private:
                table_.getNumElements() == std::ssize(all) &&
                table_.getMeanUsedBucketLength() == mean &&
                std::abs(table_.getVarianceUsedBucketLength() - variance) < 1e-9 &&
-               values(table_) == all && walks<decltype(iteratorOf(std::declval<Table &>()))>(all) &&
+               values(table_) == all && steps(all) &&
+               walks<decltype(iteratorOf(std::declval<Table &>()))>(all) &&
                walks<decltype(iteratorOf(std::declval<const Table &>()))>(all);
+    }
+
+    // The iterator for algorithms.
+    bool steps(const std::vector<int> &all) const {
+        auto it = table_.begin();
+        for (const int v : all) {
+            if (it == table_.cend() || value(*it++) != v) return false;
+        }
+        return it == table_.end();
     }
 
     std::vector<int> &bucketOf(int v) {
@@ -345,7 +440,9 @@ private:
     // Is a table that was moved from empty and ready for use?
     bool isFresh(Table &table, int numBuckets) {
         const int n = table.getNumElements();
-        complete = table.insert(element<Table>(1)) && complete;
+        const bool inserted = table.insert(element<Table>(1));
+        complete = complete && inserted;
+        if (inserted && table.insert(element<Table>(1))) return false;
         return n == 0 && (table.getNumBuckets() == numBuckets || !complete);
     }
 
@@ -401,7 +498,7 @@ private:
         return good && isAt(it, n) && isAt(last, 0);
     }
 
-    Table table_{7};
+    Table table_ = firstTable<Table>(7);
     Buckets buckets_ = Buckets(7);
 };
 

@@ -9,8 +9,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <map>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -60,13 +58,14 @@ public:
 
 private:
     using Element = std::pair<char *, char>;  // and the byte that fills it
+    using Block = std::pair<char *, int>;     // its first element, and how many it was made for
 
     void check(bool holds, const char *otherwise) {
         if (!holds && difference_.empty()) difference_ = otherwise;
     }
 
     // Whether an element can be cut from the current block.
-    bool hasRoom() const { return used_ < std::min(currentCount_, perBlock_); }
+    bool hasRoom() const { return used_ < std::min(current_.second, perBlock_); }
 
     void alloc() {
         const bool isNew = needsMemory();
@@ -75,12 +74,9 @@ private:
             check(element == freed_.back(), "not the element freed last");
             freed_.pop_back();
         } else if (hasRoom()) {
-            check(element == current_ + size_ * used_++, "not the next of the block");
+            check(element == current_.first + size_ * used_++, "not the next of the block");
         } else if (perBlock_ > 0) {
-            check(retired_.erase(element) != isNew, "not the start of a retired block");
-            if (isNew) addBlock(element, perBlock_);
-            current_ = element;
-            currentCount_ = blocks_[element];
+            current_ = isNew ? addBlock(element, perBlock_) : takeRetired(element);
             used_ = 1;
         } else {
             check(element == nullptr, "an element of no block");
@@ -93,14 +89,26 @@ private:
         auto *run = static_cast<char *>(vxPoolAllocBlock(&pool, count));
         check((run != nullptr) == (count > 0), "a run of another length");
         if (count > 0) addBlock(run, count);
+        hadRuns_ = hadRuns_ || count > 0;
         for (int i = 0; i < count; ++i)
             take(run + size_ * i);
     }
 
-    void addBlock(char *first, int count) {
-        blocks_[first] = count;
+    Block addBlock(char *first, int count) {
         bytes_ += count * size_ + static_cast<int>(sizeof(VxPoolBlock));
         ++blocksMade_;
+        return blocks_.emplace_back(first, count);
+    }
+
+    // Blocks come back in the order of their making, unless runs were made between them.
+    Block takeRetired(char *first) {
+        const auto place = std::ranges::find(retired_, first, &Block::first);
+        check(place != retired_.end(), "not the start of a retired block");
+        check(place == retired_.begin() || hadRuns_, "not the oldest block");
+        if (place == retired_.end()) return {};
+        const Block block = *place;
+        retired_.erase(place);
+        return block;
     }
 
     void take(char *element) {
@@ -124,10 +132,9 @@ private:
     void recycle() {
         discardElements();
         vxPoolRecycle(&pool);
-        for (const auto &[first, count] : blocks_) {
-            retired_.insert(first);
+        retired_ = blocks_;
+        for (const auto &[first, count] : blocks_)
             checkGuard(first + size_ * (count - 1));
-        }
     }
 
     // One owner discards the blocks, and another one frees them.
@@ -142,6 +149,7 @@ private:
         check(vxPoolSize(&other) == bytes_, "destroyed, and not empty");
         blocks_.clear();
         retired_.clear();
+        hadRuns_ = false;
     }
 
     void discardElements() {
@@ -149,7 +157,7 @@ private:
             checkFill(element);
         live_.clear();
         freed_.clear();
-        currentCount_ = 0;
+        current_ = {};
     }
 
     void checkFill(const Element &element) {
@@ -169,11 +177,11 @@ private:
     int size_;
     int perBlock_ = 5;
     int bytes_ = sizeof(VxPool);
-    std::map<char *, int> blocks_;  // by first element: how many each was made for
-    std::set<char *> retired_;
+    std::vector<Block> blocks_;  // all, in the order of their making
+    std::vector<Block> retired_;
+    bool hadRuns_ = false;
     int blocksMade_ = 0;
-    char *current_ = nullptr;
-    int currentCount_ = 0;  // elements of the current block
+    Block current_;
     int used_ = 0;
     std::vector<Element> live_;
     std::vector<char *> freed_;
