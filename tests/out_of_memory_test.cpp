@@ -19,11 +19,6 @@
 #include <utility>
 #include <vector>
 
-// Runs if a constructor throws; faults.cpp replaces the other forms.
-void operator delete(void *block, const std::nothrow_t &) noexcept {
-    ::operator delete(block);
-}
-
 namespace {
 
 // A number in a block of its own. No fault strikes when it is made from a number; out of memory, a
