@@ -107,7 +107,8 @@ TEST_F(SearchPath, RandomOperationsAgainstAModel) {
             text += pathOf() + ";";
         SearchPathRun run(text, here_);
         for (int step = 0; step < 100; ++step) {
-            const unsigned action = step % 40 < 20 ? random() % 8 : random() % 2;  // or it shrinks
+            // The list grows for a while, then it shrinks.
+            const unsigned action = step % 40 < 20 ? random() % 8 : random() % 2;
             ASSERT_TRUE(run.change(random(), action, pathOf())) << "step " << step;
             ASSERT_EQ(run.text(), run.modelText()) << "step " << step;
         }
