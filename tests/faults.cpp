@@ -141,11 +141,11 @@ using faults::isToFail;
         return fails ? -1 : result;                         \
     }
 
-// Memory handed out is one block more, but not what `grown` had before.
-#define VX_WRAP_MEMORY(type, name, grown, parameters, arguments)                    \
+// A block handed out counts, unless it replaces the block `old`.
+#define VX_WRAP_MEMORY(type, name, old, parameters, arguments)                      \
     type __real_##name parameters;                                                  \
     type __wrap_##name parameters {                                                 \
-        const bool isNew = (grown) == nullptr;                                      \
+        const bool isNew = (old) == nullptr;                                        \
         type given = isToFail(faults::kMemory) ? nullptr : __real_##name arguments; \
         faults::blocks += given != nullptr && isNew ? 1 : 0;                        \
         return given;                                                               \
@@ -179,7 +179,8 @@ VX_WRAP(int, fchown, kOther, -1, (int file, uid_t owner, gid_t group), (file, ow
 VX_WRAP(int, fchmod, kOther, -1, (int file, mode_t mode), (file, mode))
 
 int __real_open(const char *path, int flags, ...);
-int __wrap_open(const char *path, int flags, mode_t mode) {  // which is not always given
+// The real one ignores a mode that the caller did not pass.
+int __wrap_open(const char *path, int flags, mode_t mode) {
     return isToFail(faults::kOpen, "open") ? -1 : __real_open(path, flags, mode);
 }
 
