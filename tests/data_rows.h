@@ -48,4 +48,9 @@ inline std::vector<DataRow> dataRows(const std::string &file, const std::string 
     return rows;
 }
 
+// The text of a field; null for a field of that name.
+inline const char *orNull(const std::string &field) {
+    return field == "null" ? nullptr : field.c_str();
+}
+
 #endif

@@ -1,8 +1,8 @@
 #include "faults.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -30,7 +30,7 @@ struct Plan {
 };
 
 Plan plan;
-int counts[8];  // a kind each
+int counts[kAll + kNew + 1];  // by kind
 int blocks;
 char names[4096];  // of fixed size, since this must not allocate
 
@@ -39,9 +39,7 @@ bool isToFail(Kind kind, const char *name = "") {
     if (*name != '\0' && std::strlen(names) + std::strlen(name) + 2 < sizeof names) {
         std::strcat(std::strcat(names, name), " ");
     }
-    for (unsigned i = 0; i < std::size(counts); ++i) {
-        if (kind == 1U << i) ++counts[i];
-    }
+    ++counts[kind];
     if (!plan.armed || (plan.kinds & kind) == 0) return false;
     --plan.left;
     if (plan.onward ? plan.left > 0 : plan.left != 0) return false;
@@ -70,42 +68,34 @@ const char *trace() {
 
 int count(unsigned kinds) {
     int sum = 0;
-    for (unsigned i = 0; i < std::size(counts); ++i)
-        sum += (kinds & 1U << i) != 0 ? counts[i] : 0;
+    for (unsigned kind = 1; kind < std::size(counts); kind *= 2)
+        sum += (kinds & kind) != 0 ? counts[kind] : 0;
     return sum;
 }
 
 void resetCounts() {
     names[0] = '\0';
-    for (int &number : counts)
-        number = 0;
+    std::ranges::fill(counts, 0);
 }
-
-namespace {
-
-void failEachWith(Effect effect, bool onward, unsigned kinds,
-                  const std::function<void(bool once)> &trial,
-                  const std::function<void()> &prepare) {
-    bool hasFailed = true;
-    for (int n = 1; hasFailed && !testing::Test::HasFailure(); ++n) {
-        SCOPED_TRACE(testing::Message() << "call " << n << (onward ? " onward" : ""));
-        prepare();
-        arm(kinds, n, onward, effect);
-        trial(!onward);
-        hasFailed = disarm();
-        EXPECT_TRUE(hasFailed || n > 1) << "no call can fail";
-    }
-}
-
-}  // namespace
 
 void failEach(unsigned kinds, const std::function<void(bool once)> &trial,
               const std::function<void()> &prepare, std::initializer_list<Effect> effects) {
+    const auto failEachWith = [&](Effect effect, bool onward) {
+        bool hasFailed = true;
+        for (int n = 1; hasFailed && !testing::Test::HasFailure(); ++n) {
+            SCOPED_TRACE(testing::Message() << "call " << n << (onward ? " onward" : ""));
+            prepare();
+            arm(kinds, n, onward, effect);
+            trial(!onward);
+            hasFailed = disarm();
+            EXPECT_TRUE(hasFailed || n > 1) << "no call can fail";
+        }
+    };
     for (const Effect effect : effects) {
         // Without transfers nothing falls short, and a signal without end is waited for.
         if (effect == Effect::kShort && (kinds & (kRead | kWrite)) == 0) continue;
-        failEachWith(effect, false, kinds, trial, prepare);
-        if (effect != Effect::kInterrupt) failEachWith(effect, true, kinds, trial, prepare);
+        failEachWith(effect, false);
+        if (effect != Effect::kInterrupt) failEachWith(effect, true);
     }
 }
 
@@ -119,14 +109,6 @@ SuspendFaults::~SuspendFaults() {
 int blocksOut() {
     return blocks;
 }
-
-namespace {
-
-void countBlock(const void *block, int change) {
-    blocks += block != nullptr ? change : 0;
-}
-
-}  // namespace
 
 }  // namespace faults
 
@@ -159,18 +141,22 @@ using faults::isToFail;
         return fails ? -1 : result;                         \
     }
 
-#define VX_WRAP_MEMORY(name, parameters, arguments)                                  \
-    void *__real_##name parameters;                                                  \
-    void *__wrap_##name parameters {                                                 \
-        void *block = isToFail(faults::kMemory) ? nullptr : __real_##name arguments; \
-        faults::countBlock(block, 1);                                                \
-        return block;                                                                \
+// A block handed out counts, unless it replaces the block `old`.
+#define VX_WRAP_MEMORY(type, name, old, parameters, arguments)                      \
+    type __real_##name parameters;                                                  \
+    type __wrap_##name parameters {                                                 \
+        const bool isNew = (old) == nullptr;                                        \
+        type given = isToFail(faults::kMemory) ? nullptr : __real_##name arguments; \
+        faults::blocks += given != nullptr && isNew ? 1 : 0;                        \
+        return given;                                                               \
     }
 
 extern "C" {
 
-VX_WRAP_MEMORY(malloc, (size_t size), (size))
-VX_WRAP_MEMORY(calloc, (size_t count, size_t size), (count, size))
+VX_WRAP_MEMORY(void *, malloc, nullptr, (size_t size), (size))
+VX_WRAP_MEMORY(void *, calloc, nullptr, (size_t count, size_t size), (count, size))
+VX_WRAP_MEMORY(void *, realloc, block, (void *block, size_t size), (block, size))
+VX_WRAP_MEMORY(char *, strdup, nullptr, (const char *text), (text))
 VX_WRAP_TRANSFER(read, kRead, void *)
 VX_WRAP_TRANSFER(write, kWrite, const void *)
 VX_WRAP_CLOSE(close, int)
@@ -178,7 +164,6 @@ VX_WRAP_CLOSE(fclose, FILE *)
 VX_WRAP(off_t, lseek, kSeek, -1, (int file, off_t offset, int origin), (file, offset, origin))
 VX_WRAP(int, flock, kLock, -1, (int file, int operation), (file, operation))
 VX_WRAP(FILE *, fopen, kOpen, nullptr, (const char *path, const char *mode), (path, mode))
-VX_WRAP(char *, realpath, kOther, nullptr, (const char *path, char *out), (path, out))
 VX_WRAP(char *, getcwd, kOther, nullptr, (char *out, size_t size), (out, size))
 VX_WRAP(ssize_t, readlink, kOther, -1, (const char *path, char *out, size_t size),
         (path, out, size))
@@ -194,32 +179,14 @@ VX_WRAP(int, fchown, kOther, -1, (int file, uid_t owner, gid_t group), (file, ow
 VX_WRAP(int, fchmod, kOther, -1, (int file, mode_t mode), (file, mode))
 
 int __real_open(const char *path, int flags, ...);
-int __wrap_open(const char *path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const int mode = (flags & O_CREAT) != 0 ? va_arg(arguments, int) : 0;
-    va_end(arguments);
+// The real one ignores a mode that the caller did not pass.
+int __wrap_open(const char *path, int flags, mode_t mode) {
     return isToFail(faults::kOpen, "open") ? -1 : __real_open(path, flags, mode);
-}
-
-void *__real_realloc(void *block, size_t size);
-void *__wrap_realloc(void *block, size_t size) {
-    if (isToFail(faults::kMemory)) return nullptr;
-    void *grown = __real_realloc(block, size);
-    faults::countBlock(grown, block == nullptr ? 1 : 0);
-    return grown;
-}
-
-char *__real_strdup(const char *text);
-char *__wrap_strdup(const char *text) {
-    char *copy = isToFail(faults::kMemory) ? nullptr : __real_strdup(text);
-    faults::countBlock(copy, 1);
-    return copy;
 }
 
 void __real_free(void *block);
 void __wrap_free(void *block) {
-    faults::countBlock(block, -1);
+    faults::blocks -= block != nullptr ? 1 : 0;
     __real_free(block);
 }
 
@@ -245,15 +212,15 @@ void *operator new[](size_t size) {
 void *operator new[](size_t size, const std::nothrow_t &none) noexcept {
     return operator new(size, none);
 }
-void operator delete(void *block) noexcept {
-    __real_free(block);
-}
-void operator delete(void *block, size_t) noexcept {
-    __real_free(block);
-}
-void operator delete[](void *block) noexcept {
-    __real_free(block);
-}
-void operator delete[](void *block, size_t) noexcept {
-    __real_free(block);
-}
+
+#define VX_DELETE(parameters)                    \
+    void operator delete parameters noexcept {   \
+        __real_free(block);                      \
+    }                                            \
+    void operator delete[] parameters noexcept { \
+        __real_free(block);                      \
+    }
+
+VX_DELETE((void *block))
+VX_DELETE((void *block, size_t))
+VX_DELETE((void *block, const std::nothrow_t &))

@@ -2,13 +2,13 @@
 
 #include "platform/registry.h"
 
+#include "data_rows.h"
 #include "platform/posix/registry_file.h"
 #include "scratch_folder.h"
 
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/file.h>
@@ -100,81 +100,44 @@ TEST(Registry, AChildDoesNotKeepTheLock) {
 }
 
 TEST(Registry, ItsFilesAreWhereTheEnvironmentSays) {
-    const struct {
-        const char *folder, *config, *home, *user, *machine;
-    } cases[] = {
-        {"/f", "/c", "/h", "/f/user.reg", "/f/machine.reg"},
-        {"", "/c", "/h", "/c/vxutil/user.reg", "/etc/vxutil/machine.reg"},
-        {"", "", "/h", "/h/.config/vxutil/user.reg", "/etc/vxutil/machine.reg"},
-        {"", "", "", "", "/etc/vxutil/machine.reg"},
-    };
-    for (const auto &test : cases) {
-        ::setenv("VX_REGISTRY_DIR", test.folder, 1);
-        ::setenv("XDG_CONFIG_HOME", test.config, 1);
-        ::setenv("HOME", test.home, 1);
-        EXPECT_EQ(registryFilePath(RegistryRoot::kUser), test.user);
-        EXPECT_EQ(registryFilePath(RegistryRoot::kMachine), test.machine);
+    for (const DataRow &row : dataRows("registry.txt", "places")) {
+        ::setenv("VX_REGISTRY_DIR", row[0].c_str(), 1);
+        ::setenv("XDG_CONFIG_HOME", row[1].c_str(), 1);
+        ::setenv("HOME", row[2].c_str(), 1);
+        EXPECT_EQ(registryFilePath(RegistryRoot::kUser), row[3]);
+        EXPECT_EQ(registryFilePath(RegistryRoot::kMachine), row[4]);
     }
 }
 
 constexpr char kHead[] = "REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\A Key]\n";
 
 TEST(Registry, WritesEachTypeInItsForm) {
-    using namespace std::string_literals;
-    const struct {
-        const char *name;
-        unsigned type;
-        std::string data;
-        const char *line;
-    } cases[] = {
-        {"a", kRegistryText, "C:\\maps\0"s, "\"a\"=\"C:\\\\maps\"\n"},
-        {"", kRegistryText, "x\0"s, "@=\"x\"\n"},
-        {"q\"", kRegistryText, "two\nlines\0"s, "\"q\\\"\"=hex(1):74,77,6f,0a,6c,69,6e,65,73,00\n"},
-        {"e", 2, "%A%\0"s, "\"e\"=hex(2):25,41,25,00\n"},
-        {"b", kRegistryBinary, "\x01\xFF"s, "\"b\"=hex:01,ff\n"},
-        {"n", kRegistryNumber, "\x2A\0\0\x80"s, "\"n\"=dword:8000002a\n"},
-        {"short", kRegistryNumber, "\x2A"s, "\"short\"=hex(4):2a\n"},
-    };
-    for (const auto &test : cases) {
-        const auto setOne = [&](RegistryKey &key) { key.set({test.name, test.type, test.data}); };
+    for (const DataRow &row : dataRows("registry.txt", "types")) {
+        const RegistryValue value{row[0], static_cast<unsigned>(std::stoul(row[1])), row[2]};
+        const auto setOne = [&](RegistryKey &key) { key.set(value); };
         const std::string file = worked(kHead, setOne);
-        EXPECT_EQ(file, std::string(kHead) + test.line);
+        EXPECT_EQ(file, kHead + row[3] + "\n");
         EXPECT_EQ(worked(file, setOne), file);
         worked(file, [&](RegistryKey &key) {
             ASSERT_EQ(key.values().size(), 1U);
-            EXPECT_EQ(key.values()[0].name, test.name);
-            EXPECT_EQ(key.values()[0].type, test.type);
-            EXPECT_EQ(key.values()[0].data, test.data);
+            EXPECT_EQ(key.values()[0].name, value.name);
+            EXPECT_EQ(key.values()[0].type, value.type);
+            EXPECT_EQ(key.values()[0].data, value.data);
         });
     }
 }
 
 TEST(Registry, ChangesNoMoreLinesThanItMust) {
-    const std::string text("4\0", 2), same("3\0", 2);
-    const std::string file = "\"a\" = \"1\"\n; note\n\"A\"=\"2\"\n\"c\" = \"3\"\n\n[Other]\n";
-    const struct {
-        std::function<void(RegistryKey &)> change;
-        const char *values;
-    } cases[] = {
-        // Of a name that is there twice the first is changed.
-        {[&](RegistryKey &key) {
-             key.set({"a", kRegistryText, text});
-         },
-         "\"a\"=\"4\"\n; note\n\"A\"=\"2\"\n\"c\" = \"3\"\n\n[Other]\n"},
-        {[&](RegistryKey &key) {
-             key.set({"C", kRegistryText, same});
-         },
-         "\"a\" = \"1\"\n; note\n\"A\"=\"2\"\n\"c\" = \"3\"\n\n[Other]\n"},
-        {[](RegistryKey &key) { key.removeFirst(2); }, "; note\n\"c\" = \"3\"\n\n[Other]\n"},
-        {[&](RegistryKey &key) {
-             key.removeFirst(3);
-             key.set({"new", kRegistryText, text});
-             key.set({"c", kRegistryText, same});
-         },
-         "; note\n\"c\" = \"3\"\n\"new\"=\"4\"\n\n[Other]\n"},
-    };
-    for (const auto &test : cases)
-        EXPECT_EQ(worked(kHead + file, test.change), std::string(kHead) + test.values);
+    const std::string last = "\n[Other]\n";
+    const std::string before = "\"a\" = \"1\"\n; note\n\"A\"=\"2\"\n\"c\" = \"3\"\n";
+    for (const DataRow &row : dataRows("registry.txt", "changes")) {
+        const auto change = [&](RegistryKey &key) {
+            key.removeFirst(std::stoul(row[0]));
+            for (std::size_t i = 2; i < row.size(); i += 2)
+                key.set({row[i], kRegistryText, row[i + 1] + '\0'});
+        };
+        EXPECT_EQ(worked(kHead + before + last, change), kHead + row[1] + last);
+    }
 }
 
 // Two keys of one root, and another process that saves in between.

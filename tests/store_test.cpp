@@ -1,6 +1,7 @@
 // The store of search paths over a whole life of the library: loaded and unloaded for real, with
 // registry files and an environment of its own each time.
 
+#include "data_rows.h"
 #include "scratch_folder.h"
 
 #include <vxsearchpath.h>
@@ -74,6 +75,14 @@ std::string numbered(int from, int to) {
     return values;
 }
 
+// The fields of a row after its first one, each with a line end.
+std::string linesOf(const DataRow &row) {
+    std::string lines;
+    for (std::size_t i = 1; i < row.size(); ++i)
+        lines += row[i] + "\n";
+    return lines;
+}
+
 class Store : public testing::Test, protected ScratchFolder {
 protected:
     Store() {
@@ -87,96 +96,64 @@ protected:
     }
 };
 
-TEST_F(Store, FirstLoadMakesEmptyKeys) {
-    ::setenv("VX_REGISTRY_DIR", at("a/b").c_str(), 1);
-    {
-        const Library library;
-        for (const int category : {1, 2}) {
-            for (const int level : {0, 1, 2, 3})
-                EXPECT_EQ(library.text(category, level), "");
+// Loading writes nothing, not even an empty file.
+TEST_F(Store, FirstUnloadMakesEmptyKeys) {
+    for (const std::string folder : {"", "a/b/"}) {
+        ::setenv("VX_REGISTRY_DIR", at(folder).c_str(), 1);
+        {
+            const Library library;
+            for (const int category : {1, 2})
+                for (const int level : {0, 1, 2, 3})
+                    EXPECT_EQ(library.text(category, level), "");
+            EXPECT_FALSE(has(folder + "user.reg") || has(folder + "machine.reg"));
+        }
+        for (const auto &[file, root] :
+             {std::pair{"user.reg", "HKEY_CURRENT_USER"}, {"machine.reg", "HKEY_LOCAL_MACHINE"}}) {
+            EXPECT_EQ(read(folder + file),
+                      "REGEDIT4\n\n" + heading(root, kTextures) + "\n" + heading(root, kWebs));
         }
     }
-    const std::string user =
-        heading("HKEY_CURRENT_USER", kTextures) + "\n" + heading("HKEY_CURRENT_USER", kWebs);
-    EXPECT_EQ(read("a/b/user.reg"), "REGEDIT4\n\n" + user);
-    EXPECT_EQ(read("a/b/machine.reg"), "REGEDIT4\n\n" + heading("HKEY_LOCAL_MACHINE", kTextures) +
-                                           "\n" + heading("HKEY_LOCAL_MACHINE", kWebs));
 }
 
-TEST_F(Store, AListIsWrittenCompletelyThoughOnlyItsStartIsReadAgain) {
+TEST_F(Store, AListIsWrittenCompletelyThoughOnlyItsStartIsRead) {
+    writeUser(numbered(0, 60) + "\"n\"=dword:00000000\n" + numbered(60, 130));
     {
         const Library library;
-        for (unsigned i = 0; i < 130; ++i)
-            library.insert(library.get(2, 1), i, ("C:/" + std::to_string(i)).c_str());
+        library.insert(library.get(1, 1), 128, "C:/more");
     }
-    EXPECT_TRUE(read("user.reg").ends_with(numbered(0, 130)));
-    EXPECT_TRUE(Library().text(2, 1).ends_with(";C:/127"));
+    EXPECT_NE(read("user.reg").find(numbered(0, 128) + "\"128\"=\"C:/more\"\n\n"),
+              std::string::npos);
 }
 
 TEST_F(Store, ReadsValuesByTheirRules) {
-    const std::string longText(260, 'x');
-    std::string hundred28;
-    for (int i = 0; i < 128; ++i)
-        hundred28 += (i != 0 ? ";C:/" : "C:/") + std::to_string(i);
-    const std::pair<std::string, std::string> cases[] = {
-        {"\"7\"=\"C:\\\\maps\\\\\"\n", "C:/maps"},
-        {"\"0\"=\"%ROOT%\\\\maps;%NONE%/a\"\n",
-         "C:/data/maps;" + fs::current_path().string() + "/%NONE%/a"},
-        {"\"0\" = \"/100%%/%A=B%\"\n", "/100%%/%A=B%"},
-        {"\"10\"=\"C:/ten\"\n\"9\"=\"C:/nine\"\n\"none\"=\"C:/zero\"\n\"2\"=\"C:/two\"\n",
-         "C:/zero;C:/two;C:/nine;C:/ten"},
-        {"\"3\"=\"C:/a\"\n\"1\"=\"C:/a\"\n\"2\"=\"C:/b\"\n", "C:/a;C:/b"},
-        {"\"0\"=\"C:\\\\a\\\\\"\n\"1\"=\"C:/a\"\n", "C:/a;C:/a"},
-        {"\"0\"=hex(2):43,3a,2f,61,00\n\"1\"=dword:00000001\n\"2\"=\"C:/b\"\n\"3\"=hex:43\n",
-         "C:/b"},
-        {"\"0\"=hex(1):43,3a,2f,\\\n  61\n\"1\"=\"C:/a;C:/b\"\n", "C:/a;C:/a;C:/b"},
-        {"\"a=hex\"=\"C:/x\"\n@=\"C:/y\"\n", "C:/x;C:/y"},
-        {numbered(0, 60) + "\"n\"=dword:00000000\n" + numbered(60, 130), hundred28},
-        {"\"0\"=\"C:/a\"\n\"1234567890123456\"=\"C:/b\"\n\"2\"=\"C:/c\"\n", "C:/a"},
-        {"\"000000000000001\"=\"/" + longText.substr(2) + "\"\n", "/" + longText.substr(2)},
-        {"\"0\"=\"C:/a\"\n\"1\"=\"" + longText + "\"\n\"2\"=\"C:/c\"\n", "C:/a"},
-    };
-    for (const auto &[values, expected] : cases) {
+    const std::string longest = "/" + std::string(258, 'x');
+    std::vector<DataRow> rows = dataRows("store.txt", "values");
+    rows.push_back({longest, "\"000000000000001\"=\"" + longest + "\""});
+    rows.push_back({"C:/a", "\"0\"=\"C:/a\"", "\"1\"=\"" + longest + "x\"", "\"2\"=\"C:/c\""});
+    for (const DataRow &row : rows) {
+        const std::string values = linesOf(row);
         writeUser(values);
-        {
-            const Library library;
-            EXPECT_EQ(library.text(1, 1), expected) << values;
-        }
+        EXPECT_EQ(Library().text(1, 1), row[0]) << values;
         // A value too long ends the reading, and at the end the deletion.
-        if (expected != "C:/a") continue;
-        EXPECT_NE(read("user.reg").find(values), std::string::npos) << values;
+        EXPECT_TRUE(row[0] != "C:/a" || read("user.reg").find(values) != std::string::npos);
     }
 }
 
 TEST_F(Store, UnloadReplacesTheValuesAndNothingElse) {
-    write(
-        "user.reg",
+    const std::string top =
         "REGEDIT4\r\n\r\n; mine\r\n[HKEY_CURRENT_USER\\Other]\r\n\"b\"=hex:01,\\\r\n  02\r\n\r\n" +
-            ("[HKEY_current_user\\" + std::string(kTextures)) +
-            "]\r\n; first\r\n\"7\"=\"C:\\\\maps\\\\\"\r\n; last\r\n\"x\"=dword:00000007\r\n\r\n"
-            "[HKEY_CURRENT_USER\\Last]\r\n\"a\"=\"1\"");
+        ("[HKEY_current_user\\" + std::string(kTextures)) + "]\r\n; first\r\n";
+    const std::string last = "\r\n[HKEY_CURRENT_USER\\Last]\r\n\"a\"=\"1\"";
+    write("user.reg",
+          top + "\"7\"=\"C:\\\\maps\\\\\"\r\n; last\r\n\"x\"=dword:00000007\r\n" + last);
     {
         const Library library;
         library.insert(library.get(1, VX_LEVEL_USER), 1, "C:/q\"\\n");
         library.insert(library.get(1, VX_LEVEL_USER), 2, "C:/tab\t");
     }
-    EXPECT_EQ(
-        read("user.reg"),
-        "REGEDIT4\r\n\r\n; mine\r\n[HKEY_CURRENT_USER\\Other]\r\n\"b\"=hex:01,\\\r\n  02\r\n\r\n" +
-            ("[HKEY_current_user\\" + std::string(kTextures)) +
-            "]\r\n; first\r\n; last\r\n\"0\"=\"C:/maps\"\r\n\"1\"=\"C:/q\\\"/n\"\r\n"
-            "\"2\"=hex(1):43,3a,2f,74,61,62,09,00\r\n\r\n"
-            "[HKEY_CURRENT_USER\\Last]\r\n\"a\"=\"1\"\r\n\r\n"
-            "[HKEY_CURRENT_USER\\" +
-            kWebs + "]\r\n");
-    // What is as it was is not written again.
-    std::string text = read("user.reg");
-    text.resize(text.size() - 2);  // nor for want of its last line end
-    write("user.reg", text);
-    const fs::file_time_type longAgo = fs::file_time_type::clock::now() - std::chrono::hours(1);
-    fs::last_write_time(path / "user.reg", longAgo);
-    { const Library library; }
-    EXPECT_EQ(fs::last_write_time(path / "user.reg"), longAgo);
+    EXPECT_EQ(read("user.reg"), top + "; last\r\n\"0\"=\"C:/maps\"\r\n\"1\"=\"C:/q\\\"/n\"\r\n" +
+                                    "\"2\"=hex(1):43,3a,2f,74,61,62,09,00\r\n" + last +
+                                    "\r\n\r\n[HKEY_CURRENT_USER\\" + kWebs + "]\r\n");
 }
 
 TEST_F(Store, MergedListHasTheEnvironmentFirst) {
@@ -246,48 +223,29 @@ TEST_F(Store, SettingsFollowALinkAndKeepTheirMode) {
 TEST_F(Store, DamagedFilesAreSetAsideByteForByte) {
     const std::string good = "REGEDIT4\n\n" + heading("HKEY_CURRENT_USER", kTextures) +
                              "\"0\"=\"C:/a\\\\b\"\n\"d\"=dword:0000002a\n\"h\"=hex(7):01,\\\n 02\n";
-    const std::string damaged[] = {
-        "",
-        "noise\xFF\x01",
-        "REGEDIT\n",
-        good.substr(0, 30),  // a heading without its end
-        good + "[HKEY_CURRENT_USER\n",
-        good + "\"name\"\n",  // no =
-        good + "\"name\"=\"open\n",
-        good + "\"name\"=\"open\\\n",
-        good + "\"name\"=\"a\"b\n",
-        good + "\"d\"=dword:0000002\n",
-        good + "\"d\"=dword:0000002g\n",
-        good + "\"h\"=hex:1\n",
-        good + "\"h\"=hex:01,\n",
-        good + "\"h\"=hex(:01\n",
-        good + "\"a=hex\"=\"x\\\n",
-        good + std::string("\0", 1),
-        "REGEDIT4\n\"0\"=\"C:/a\"\n",  // a value under no key
-    };
-    for (const std::string &text : damaged) {
-        clear();
-        write("user.reg", text);
-        write("user.reg.damaged", "an earlier one");
-        write("user.reg.damaged.1", "an even earlier one");
+    std::vector<std::string> texts;
+    for (const DataRow &row : dataRows("store.txt", "damaged")) {
+        texts.push_back(good.substr(0, std::stoul(row[0])) + linesOf(row));
+        write("user.reg", texts.back());
         {
             const Library library;
-            EXPECT_EQ(library.text(1, 1), "") << text;
-            EXPECT_EQ(read("user.reg"), text);
+            EXPECT_EQ(library.text(1, 1), "") << texts.back();
+            EXPECT_EQ(read("user.reg"), texts.back());
         }
-        EXPECT_EQ(read("user.reg.damaged"), text);
-        EXPECT_EQ(read("user.reg.damaged.1"), "an even earlier one");
-        EXPECT_EQ(read("user.reg.damaged.2"), "an earlier one");
+        EXPECT_EQ(read("user.reg.damaged"), texts.back());
         EXPECT_TRUE(read("user.reg").starts_with("REGEDIT4\n"));
     }
+    for (std::size_t i = 1; i < texts.size(); ++i)
+        EXPECT_EQ(read("user.reg.damaged." + std::to_string(i)), texts[i - 1]);
     // Cut anywhere, a file is either good or set aside.
     for (std::size_t length = 0; length <= good.size(); ++length) {
         const std::string cut = good.substr(0, length);
         clear();
         write("user.reg", cut);
         { const Library library; }
-        EXPECT_EQ(has("user.reg.damaged") ? read("user.reg.damaged") : cut, cut);
-        EXPECT_TRUE(has("user.reg.damaged") || cut.starts_with("REGEDIT4")) << length;
+        EXPECT_TRUE(has("user.reg.damaged") ? read("user.reg.damaged") == cut
+                                            : cut.starts_with("REGEDIT4"))
+            << length;
         EXPECT_NE(read("user.reg").find(kTextures), std::string::npos) << length;
     }
 }

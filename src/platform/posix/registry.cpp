@@ -118,18 +118,14 @@ void giveToFolderOwner(int file, const std::string &path) {
     if (::stat(folderOf(path).c_str(), &folder) == 0) changeOwner(file, folder.st_uid, kSameGroup);
 }
 
-// Makes the folders of a path, as far as they are missing.
-bool makeFolders(const std::string &path) {
+// Makes the folders of a path, as far as they are missing. Whoever opens the path sees what failed.
+void makeFolders(const std::string &path) {
     for (std::size_t end = path.find('/', 1); end != path.npos; end = path.find('/', end + 1)) {
         const std::string folder = path.substr(0, end);
-        if (::mkdir(folder.c_str(), 0777) == 0) {
-            const File made(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-            giveToFolderOwner(made.get(), folder);
-        } else if (errno != EEXIST) {
-            return false;
-        }
+        if (::mkdir(folder.c_str(), 0777) != 0) continue;
+        const File made(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        giveToFolderOwner(made.get(), folder);
     }
-    return true;
 }
 
 bool changeMode(int file, mode_t mode) {
@@ -239,8 +235,8 @@ private:
     // not write the settings does not get that far.
     bool takeLock() {
         // The folder would let a file be replaced that its owner has made read-only.
-        const bool mayWrite = exists_ ? ::access(path_.c_str(), W_OK) == 0 : makeFolders(path_);
-        if (!mayWrite) return false;
+        if (exists_ && ::access(path_.c_str(), W_OK) != 0) return false;
+        if (!exists_) makeFolders(path_);
         const std::string path = path_ + ".lock";
         // Neither a link nor a pipe, which would be waited for.
         constexpr int kMode = O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
