@@ -3,13 +3,11 @@
 #ifndef VX_FUZZ_MODELS_STRING_MODEL_H
 #define VX_FUZZ_MODELS_STRING_MODEL_H
 
-#include <vxexports.h>
 #include <vxstring.h>
 
 #include <algorithm>
 #include <bit>
 #include <climits>
-#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -44,15 +42,8 @@ inline std::size_t capacity(const VxString &string) {
     return static_cast<std::size_t>(rep->capacity);
 }
 
-// Detaches through a private member, which other programs can call by its ordinal. A pointer to a
-// member is an address and an offset.
-inline void makeUnique(VxString &string) {
-    struct {
-        const void *address;
-        std::ptrdiff_t offset;
-    } const member{vxExportAddress(443), 0};
-    (string.*std::bit_cast<void (VxString::*)()>(member))();
-}
+// A private member that detaches. The library exports it, so other programs can call it.
+void makeUnique(VxString *string) __asm__("_ZN8VxString10makeUniqueEv");
 
 // A text over and over again, up to a length.
 inline std::string repeated(const std::string &text, std::size_t length) {
@@ -211,7 +202,7 @@ private:
             strings_[j] = VxString(s[start]);
             bodies_[j] = bodyOf({b->text.c_str()[at]});
         } else if (action == 5) {
-            makeUnique(s);
+            makeUnique(&s);
         } else {
             const char byte = byteOf(below);
             char &target = s[start];
