@@ -1,9 +1,12 @@
-// Code pages: which bytes make a character in each, and text taken character by character.
+// Code pages: which bytes make a character in each, their classes, and text taken character by
+// character.
 
 #include "platform/code_page.h"
 
 #include "data_rows.h"
 #include "in_locale.h"
+
+#include <vxtext.h>
 
 #include <gtest/gtest.h>
 #include <string>
@@ -34,45 +37,49 @@ TEST(CodePage, CharactersHaveTheirBytes) {
     }
 }
 
-// The character whose two bytes are 83 5C, the second one a backslash.
-#define SO "\x83\\"
+TEST(CodePage, CharactersHaveClassesAndLengths) {
+    for (const char *page : {"C", "de_DE.ISO-8859-1", "ja_JP.SJIS"}) {
+        const InLocale locale(page);
+        for (const DataRow &row : dataRows("code_page.txt", std::string("classes ") + page)) {
+            const char *at = row[0].c_str();
+            const int digit = vxCharIsDigit(at), letter = vxCharIsAlpha(at);
+            const DataRow found{row[0], std::to_string(digit), std::to_string(letter),
+                                std::to_string(vxCharIsAlnum(at))};
+            EXPECT_EQ(found, row);
+            const unsigned first = static_cast<unsigned char>(at[0]);
+            const bool isDouble = vx::currentCodePage().isDouble(at);
+            const unsigned code = isDouble ? first << 8 | static_cast<unsigned char>(at[1]) : first;
+            EXPECT_EQ(vx::isDigit(code), digit != 0) << code;
+            EXPECT_EQ(vx::isLetter(code), letter != 0) << code;
+        }
+    }
+}
 
 TEST(CodePage, HalfACharacterIsNeitherFoundNorCopiedNorCompared) {
-    EXPECT_STREQ(vx::findCharacter(SO "x", '\\'), "\\x");
+    for (const DataRow &row : dataRows("code_page.txt", "found")) {
+        const InLocale page(row[0].c_str());
+        const char *found = vx::findCharacter(row[2].c_str(), row[1].c_str()[0]);
+        EXPECT_EQ(found != nullptr ? found : "none", row[3]);
+    }
     const InLocale page("ja_JP.SJIS");
-    EXPECT_STREQ(vx::findCharacter(SO "\\x", '\\'), "\\x");
-    EXPECT_EQ(vx::findCharacter(SO, '\\'), nullptr);
-    EXPECT_STREQ(vx::findCharacter("a" SO, '\0'), "");
-
-    EXPECT_EQ(vx::compareText(SO "a", SO "a"), 0);
-    EXPECT_LT(vx::compareText("\xB1", SO), 0);  // 00B1 before 835C
-    EXPECT_LT(vx::compareText(SO, SO "a"), 0);
-    EXPECT_GT(vx::compareText("b", "a" SO), 0);
-
-    char buffer[] = "########";
-    vx::copyPrefix(buffer, "ab" SO "c", 3);
-    EXPECT_EQ(std::string(buffer, 4), std::string("ab\0#", 4));
-    vx::copyPrefix(buffer, "ab" SO "c", 4);
-    EXPECT_STREQ(buffer, "ab" SO "####");
+    for (const DataRow &row : dataRows("code_page.txt", "order")) {
+        EXPECT_EQ(vx::compareText(row[0].c_str(), row[1].c_str()), std::stoi(row[2])) << row[0];
+        EXPECT_EQ(vx::compareText(row[1].c_str(), row[0].c_str()), -std::stoi(row[2])) << row[0];
+    }
+    for (const DataRow &row : dataRows("code_page.txt", "prefixes")) {
+        std::string buffer = "########";
+        vx::copyPrefix(buffer.data(), row[0].c_str(), row[1].size());
+        EXPECT_EQ(buffer, row[1] + std::string(8 - row[1].size(), '#'));
+    }
 }
 
 TEST(CodePage, TextSplitsAtSeparators) {
-    char text[] = ";;a" SO ";;b";
+    char text[] = ";;a\x83\\;;b";
     char *rest = text;
-    EXPECT_STREQ(vx::splitNext(rest, ';'), "a" SO);
+    EXPECT_STREQ(vx::splitNext(rest, ';'), "a\x83\\");
     EXPECT_STREQ(vx::splitNext(rest, ';'), "b");
     EXPECT_EQ(vx::splitNext(rest, ';'), nullptr);
     EXPECT_EQ(vx::splitNext(rest, ';'), nullptr);
-}
-
-TEST(CodePage, CodesHaveClasses) {
-    const InLocale page("ja_JP.SJIS");
-    for (const DataRow &row : dataRows("code_page.txt", "classes")) {
-        const auto code = static_cast<unsigned>(std::stoul(row[0], nullptr, 16));
-        EXPECT_EQ(vx::isLetter(code), row[1] == "letter") << row[0];
-        EXPECT_EQ(vx::isDigit(code), row[1] == "digit") << row[0];
-        EXPECT_EQ(vx::isLetterOrDigit(code), row[1] != "neither") << row[0];
-    }
 }
 
 }  // namespace

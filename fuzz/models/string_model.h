@@ -6,9 +6,14 @@
 #include <vxstring.h>
 
 #include <algorithm>
+#include <bit>
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -36,6 +41,9 @@ inline std::size_t capacity(const VxString &string) {
     std::memcpy(&rep, static_cast<const void *>(&string), sizeof rep);
     return static_cast<std::size_t>(rep->capacity);
 }
+
+// A private member that detaches. The library exports it, so other programs can call it.
+void makeUnique(VxString *string) __asm__("_ZN8VxString10makeUniqueEv");
 
 // A text over and over again, up to a length.
 inline std::string repeated(const std::string &text, std::size_t length) {
@@ -86,6 +94,8 @@ public:
             if (vxStringView(s) != b.text || capacity(s) != b.capacity)
                 return described(text(s), capacity(s)) + ", not " + described(b.text, b.capacity);
             if (s[s.length()] != '\0') return "a lost terminator";
+            if (ends_.size() > 1) return "several bytes at the ends of strings";
+            if (!refersToText_) return "a reference to another byte";
             for (int other = 0; other < k; ++other) {
                 const bool shares = body(s) == body(strings_[other]);
                 if (shares != (bodies_[k] == bodies_[other]))
@@ -173,7 +183,7 @@ private:
         const int count = below(n - start + 1);
         const auto at = static_cast<std::size_t>(start);
         const auto many = static_cast<std::size_t>(count);
-        const int action = n > kLong ? 0 : below(6);
+        const int action = n > kLong ? 0 : below(7);
         detach(b);
         if (action == 0) {
             const bool deletes = n > kLong || i == j;
@@ -191,10 +201,15 @@ private:
         } else if (action == 4) {
             strings_[j] = VxString(s[start]);
             bodies_[j] = bodyOf({b->text.c_str()[at]});
+        } else if (action == 5) {
+            makeUnique(&s);
         } else {
             const char byte = byteOf(below);
-            s[start] = byte;
+            char &target = s[start];
+            refersToText_ = refersToText_ && target == b->text.c_str()[at];
+            target = byte;
             if (start < n) b->text[at] = byte;
+            if (start == n) ends_.insert(&target);
         }
     }
 
@@ -205,11 +220,36 @@ private:
 
     VxString strings_[kStrings];
     SharedBody bodies_[kStrings];
+    std::set<const char *> ends_;  // the bytes that [] referred to at the length of a string
+    bool refersToText_ = true;     // whether [] always referred to the byte at its index
 };
 
-// All searches: the result of each, and that of std::string, whose npos is -1 as an int.
-inline std::vector<std::pair<int, int>> searches(const std::string &in, const std::string &what,
-                                                 char byte, std::size_t from) {
+inline std::string written(std::int64_t number) {
+    return " " + std::to_string(number);
+}
+
+inline std::string written(const std::vector<int> &numbers) {
+    std::string all;
+    for (const int number : numbers)
+        all += written(number);
+    return all;
+}
+
+// The results that are not as expected; empty if all are.
+template <typename Result>
+std::string differences(const std::vector<std::pair<Result, Result>> &results) {
+    std::string all;
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        const auto &[found, expected] = results[i];
+        if (found == expected) continue;
+        all += "result " + std::to_string(i) + ":" + written(found) + ", not" + written(expected);
+    }
+    return all;
+}
+
+// How the searches differ from those of std::string, whose npos is -1 as an int.
+inline std::string searchDifference(const std::string &in, const std::string &what, char byte,
+                                    std::size_t from) {
     const auto find = [&](const std::string &text, const std::string &pattern) {
         return static_cast<int>(text.find(pattern.empty() ? std::string(1, '\0') : pattern, from));
     };
@@ -225,16 +265,16 @@ inline std::vector<std::pair<int, int>> searches(const std::string &in, const st
     const auto start = static_cast<int>(from);
     const VxString s = made(in);
     const VxString w = made(what);
-    return {{s.find(w, start), find(in, what)},
-            {s.findC(w, start), find(low, lower(what))},
-            {s.find(byte, start, 0), find(in, {byte})},
-            {s.findC(byte, start, 0), find(low, lower({byte}))},
-            {s.find(byte, start, -2), findLast(in, {byte})},
-            {s.findC(byte, start, 1), findLast(low, lower({byte}))},
-            {s.findInSet(w, start), span(in.find_first_not_of(what, from))},
-            {s.findNotInSet(w, start), span(in.find_first_of(what, from))},
-            {s.findInSetC(w, start), span(in.find_first_not_of(bothWhat, from))},
-            {s.findNotInSetC(w, start), span(in.find_first_of(bothWhat, from))}};
+    return differences<int>({{s.find(w, start), find(in, what)},
+                             {s.findC(w, start), find(low, lower(what))},
+                             {s.find(byte, start, 0), find(in, {byte})},
+                             {s.findC(byte, start, 0), find(low, lower({byte}))},
+                             {s.find(byte, start, -2), findLast(in, {byte})},
+                             {s.findC(byte, start, 1), findLast(low, lower({byte}))},
+                             {s.findInSet(w, start), span(in.find_first_not_of(what, from))},
+                             {s.findNotInSet(w, start), span(in.find_first_of(what, from))},
+                             {s.findInSetC(w, start), span(in.find_first_not_of(bothWhat, from))},
+                             {s.findNotInSetC(w, start), span(in.find_first_of(bothWhat, from))}});
 }
 
 // The difference of the first two bytes that differ, including the NUL after each text.
@@ -265,10 +305,9 @@ struct NamedValue {
     auto operator<=>(const NamedValue &) const = default;
 };
 
-// All comparisons: the results of some, and what they are by the order of bytes. Pairs, vectors and
-// structures keep apart what compare does not.
-inline std::vector<std::pair<std::vector<int>, std::vector<int>>> comparisons(
-    const std::string &one, const std::string &other) {
+// How the comparisons differ from the order of bytes. Pairs, vectors and structures keep apart what
+// compare does not.
+inline std::string comparisonDifference(const std::string &one, const std::string &other) {
     const VxString s = made(one);
     const VxString t = made(other);
     const VxString cut(body(t));
@@ -277,17 +316,43 @@ inline std::vector<std::pair<std::vector<int>, std::vector<int>>> comparisons(
         sign != 0 ? sign : static_cast<int>(one.size()) - static_cast<int>(other.size());
     const auto same = [](std::size_t left, std::size_t right) { return left == right ? 1 : 0; };
     const std::hash<VxString> hash;
-    return {{{s.compare(t), s.compareC(t)}, {sign, order(lower(one), lower(other))}},
-            {{s.compare(s), s.compareC(s)}, {0, 0}},
-            {relations(s, t), relationsBy(sign, total)},
-            {relations(t, s), relationsBy(-sign, -total)},
-            {relations(s, VxString(s)), relationsBy(0, 0)},
-            {relations(std::pair(s, 1), std::pair(t, 1)), relationsBy(total, total)},
-            {relations(std::vector{s}, std::vector{t}), relationsBy(total, total)},
-            {relations(NamedValue{s, 1}, NamedValue{t, 1}), relationsBy(total, total)},
-            {relations(s, body(t)), relations(s, cut)},
-            {relations(body(t), s), relations(cut, s)},
-            {{VxStringLess()(s, t), same(hash(s), hash(t))}, {total < 0, one == other}}};
+    return differences<std::vector<int>>(
+        {{{s.compare(t), s.compareC(t)}, {sign, order(lower(one), lower(other))}},
+         {{s.compare(s), s.compareC(s)}, {0, 0}},
+         {relations(s, t), relationsBy(sign, total)},
+         {relations(t, s), relationsBy(-sign, -total)},
+         {relations(s, VxString(s)), relationsBy(0, 0)},
+         {relations(std::pair(s, 1), std::pair(t, 1)), relationsBy(total, total)},
+         {relations(std::vector{s}, std::vector{t}), relationsBy(total, total)},
+         {relations(NamedValue{s, 1}, NamedValue{t, 1}), relationsBy(total, total)},
+         {relations(s, body(t)), relations(s, cut)},
+         {relations(body(t), s), relations(cut, s)},
+         {{VxStringLess()(s, t), same(hash(s), hash(t))}, {total < 0, one == other}}});
+}
+
+// How the numbers at an index differ from those that the C library reads, bit by bit.
+inline std::string numberDifference(const std::string &text, int start) {
+    const VxString s = made(text);
+    const VxString rest = s.get(start);
+    int intEnd = -1;
+    int realEnd = -1;
+    const int found = s.getInt(start, intEnd);
+    const double foundReal = s.getDouble(start, realEnd);
+
+    const auto bits = [](double real) { return std::bit_cast<std::int64_t>(real); };
+    char *stop = nullptr;
+    char *realStop = nullptr;
+    const std::int64_t number =
+        std::clamp<long>(std::strtol(text.c_str() + start, &stop, 10), INT_MIN, INT_MAX);
+    const std::int64_t real = bits(std::strtod(text.c_str() + start, &realStop));
+    return differences<std::int64_t>({{found, number},
+                                      {intEnd, stop - text.c_str()},
+                                      {bits(foundReal), real},
+                                      {realEnd, realStop - text.c_str()},
+                                      {s.getInt(start), number},
+                                      {bits(s.getDouble(start)), real},
+                                      {static_cast<int>(rest), number},
+                                      {bits(static_cast<double>(rest)), real}});
 }
 
 #endif

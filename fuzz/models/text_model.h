@@ -1,5 +1,5 @@
 // File names, white space and lines in the plainest way, in single bytes and in page 932. Each
-// function returns how the library differs from that; an empty text if it does not.
+// difference is how the library differs from that; an empty text if it does not.
 
 #ifndef VX_FUZZ_MODELS_TEXT_MODEL_H
 #define VX_FUZZ_MODELS_TEXT_MODEL_H
@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -56,25 +57,32 @@ inline std::string cut(const std::string &text, std::size_t limit = 255) {
 
 inline constexpr auto kNowhere = std::string::npos;
 
-inline std::string stripped(const std::string &name, std::size_t dot) {
+inline std::string upTo(const std::string &name, std::size_t dot) {
     return cut(dot <= 255 ? name.substr(0, dot) : name);
 }
 
-inline std::string extended(std::string name, const std::string &extension) {
-    name += cut(".", 255 - name.size());
-    return name + cut(extension, 255 - name.size());
+inline std::string stripped(const std::string &name) {
+    return upTo(name, singles(name).rfind('.'));
 }
 
-inline std::size_t dotOfLastComponent(const std::string &plain) {
-    const std::size_t backslash = plain.rfind('\\');
-    const std::size_t from = backslash == kNowhere ? 0 : backslash;
-    const std::size_t slash = plain.rfind('/');
+inline std::string extension(const std::string &name) {
+    const std::string plain = singles(name);
     const std::size_t dot = plain.rfind('.');
-    const std::size_t min = slash != kNowhere && slash > from ? slash : from;
-    return dot != kNowhere && dot >= min ? dot : kNowhere;
+    const bool extends = dot != kNowhere && plain.find_first_of("\\/", dot) == kNowhere;
+    return extends ? cut(name.substr(dot + 1)) : "";
 }
 
-inline std::string directory(const std::string &name, const std::string &plain) {
+inline std::string baseName(const std::string &name) {
+    const std::string plain = singles(name);
+    for (const char separator : {'\\', '/', ':'}) {
+        const std::size_t last = plain.rfind(separator);
+        if (last != kNowhere) return cut(name.substr(last + 1));
+    }
+    return cut(name);
+}
+
+inline std::string directory(const std::string &name) {
+    const std::string plain = singles(name);
     for (const char separator : {'\\', '/'}) {
         const std::size_t last = plain.rfind(separator);
         if (last <= 255) return cut(name.substr(0, last));
@@ -83,36 +91,49 @@ inline std::string directory(const std::string &name, const std::string &plain) 
     return colon <= 254 ? cut(name.substr(0, colon + 1)) : ".";
 }
 
-inline std::string baseName(const std::string &name, const std::string &plain) {
-    for (const char separator : {'\\', '/', ':'}) {
-        const std::size_t last = plain.rfind(separator);
-        if (last != kNowhere) return cut(name.substr(last + 1));
-    }
-    return cut(name);
+inline std::string extended(std::string name, const std::string &extension) {
+    name += cut(".", 255 - name.size());
+    return name + cut(extension, 255 - name.size());
 }
 
-inline std::string fileNameDifference(const std::string &text, const std::string &ending) {
-    const std::string plain = singles(text);
+inline std::string withoutExtension(const std::string &name) {
+    const std::string plain = singles(name);
+    const std::size_t backslash = plain.rfind('\\');
+    const std::size_t from = backslash == kNowhere ? 0 : backslash;
+    const std::size_t slash = plain.rfind('/');
     const std::size_t dot = plain.rfind('.');
-    const bool extends = dot != kNowhere && plain.find_first_of("\\/", dot) == kNowhere;
-    const std::string extension = extends ? cut(text.substr(dot + 1)) : "";
-    const std::string base = baseName(text, plain);
-    const std::string shorter = stripped(text, dotOfLastComponent(plain));
+    const std::size_t min = slash != kNowhere && slash > from ? slash : from;
+    return upTo(name, dot != kNowhere && dot >= min ? dot : kNowhere);
+}
+
+struct PartOfName {
+    const char *(*part)(const char *);
+    std::string (*expected)(const std::string &);
+};
+
+inline constexpr PartOfName kParts[] = {{vxFileStripExtension, stripped},
+                                        {vxFileExtension, extension},
+                                        {vxFileBaseName, baseName},
+                                        {vxFileDirectory, directory}};
+
+// Each part of a name, each part of that part, and the name with another extension.
+inline std::string fileNameDifference(const std::string &text, const std::string &ending) {
     const std::vector<char> name = exactCopy(text);
     const std::vector<char> end = exactCopy(ending);
     std::string all;
-    all += difference("strip", stripped(text, dot), vxFileStripExtension(name.data()));
-    all += difference("extension", extension, vxFileExtension(name.data()));
-    all += difference("directory", directory(text, plain), vxFileDirectory(name.data()));
+    for (const auto &[part, expected] : kParts) {
+        all += difference("part", expected(text), part(name.data()));
+        for (const auto &[inner, expectedInner] : kParts)
+            all +=
+                difference("part of part", expectedInner(expected(text)), inner(part(name.data())));
+    }
     all += difference("add none", cut(text), vxFileAddExtension(name.data(), nullptr));
     all +=
         difference("add", extended(cut(text), ending), vxFileAddExtension(name.data(), end.data()));
+    const std::string shorter = withoutExtension(text);
     all += difference("remove", shorter, vxFileReplaceExtension(name.data(), nullptr));
     all += difference("replace", extended(shorter, ending),
                       vxFileReplaceExtension(name.data(), end.data()));
-    all += difference("base", base, vxFileBaseName(name.data()));
-    all += difference("strip base", stripped(base, singles(base).rfind('.')),
-                      vxFileStripExtension(vxFileBaseName(name.data())));
     return all;
 }
 
@@ -157,17 +178,20 @@ inline std::string lineDifference(std::string text, std::size_t size, bool trims
     std::vector<char> buffer(size);
     auto *read = trims ? vxReadTrimmedLine : vxReadLine;
     std::string all;
+    std::string expected;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
-        const std::string piece = text.substr(at, std::min(end - at, size - 1));
-        at += piece.size();
+        expected = text.substr(at, std::min(end - at, size - 1));
+        at += expected.size();
         const char *line = read(buffer.data(), static_cast<int>(size), stream);
-        const std::string expected = trimmedRight(piece, trims ? kWhite : "\r\n");
-        all += difference("line", trims ? trimmedLeft(expected) : expected,
-                          line == buffer.data() ? line : "another buffer");
+        expected.resize(std::strlen(expected.c_str()));  // a line ends at a NUL in it
+        expected = trimmedRight(expected, trims ? kWhite : "\r\n");
+        if (trims) expected = trimmedLeft(expected);
+        all += difference("line", expected, line == buffer.data() ? line : "another buffer");
     }
     const char *none = read(buffer.data(), static_cast<int>(size), stream);
-    all += none != nullptr ? "a line after the last\n" : "";
+    all += none != nullptr || std::feof(stream) == 0 ? "no end after the last line\n" : "";
+    all += difference("end", expected, buffer.data());  // the last line is left
     std::fclose(stream);
     return all;
 }
