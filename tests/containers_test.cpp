@@ -9,13 +9,7 @@
 
 #include <cstdint>
 #include <gtest/gtest.h>
-#include <new>
 #include <string>
-
-// Runs if a constructor throws; faults.cpp replaces the other forms.
-void operator delete(void *block, const std::nothrow_t &) noexcept {
-    ::operator delete(block);
-}
 
 namespace {
 

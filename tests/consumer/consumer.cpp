@@ -1,30 +1,15 @@
 // A program outside the tree, built against the installed product: writes a picture, finds it along
-// a search path and reads it again, and fills all six containers. Its argument is a scratch folder.
+// a search path and reads it again. Its argument is a scratch folder.
 
 #include <vxexports.h>
 #include <vxframework.h>
 #include <vximage.h>
 #include <vxmessages.h>
 #include <vxsearchpath.h>
-#include <vxstring.h>
-#include <vxtyped.h>
 
 #include <cstdlib>
 #include <string>
 #include <vector>
-
-static bool containersHold(VxString word) {
-    VxOwningList<VxString> list;
-    VxPointerList<VxString> refs;
-    VxPointerList<const VxString> views;
-    VxOwningTable<VxString> table;
-    VxPointerTable<VxString> refTable;
-    VxPointerTable<const VxString> viewTable;
-    const bool complete = list.append(word) && refs.append(&word) && views.append(&word) &&
-                          table.insert(word) && refTable.insert(&word) && viewTable.insert(&word);
-    return complete && list[0] == word && refs[0] == *views.begin() && table.has(word) != nullptr &&
-           refTable.has(&word) && viewTable.has(&word);
-}
 
 int main(int, char **arguments) {
     const std::string folder = arguments[1];
@@ -47,5 +32,5 @@ int main(int, char **arguments) {
     if (vxExportAddress(102) != reinterpret_cast<const void *>(vxPathNormalize)) return 3;
     if (std::string(vxMessageText(VX_MESSAGE_CATALOGUE, VX_MESSAGE_IMAGE_DEFAULT_NAME)).empty())
         return 4;
-    return same && containersHold("oak") ? 0 : 5;
+    return same ? 0 : 5;
 }
