@@ -21,6 +21,7 @@ constexpr void (*kRuns[])(FuzzedDataProvider &) = {run<ListModel<BoxedList>>,
                                                    run<ListModel<VxPointerList<int>>>,
                                                    run<ListModel<VxPointerList<const int>>>,
                                                    run<TableModel<BoxedTable>>,
+                                                   run<TableModel<VxOwningTable<int>>>,
                                                    run<TableModel<VxPointerTable<int>>>,
                                                    run<TableModel<VxPointerTable<const int>>>};
 

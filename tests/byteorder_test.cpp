@@ -19,7 +19,7 @@ using Bytes = std::vector<unsigned char>;
 void compareWithLayout(const void *converter, const DataRow &layout) {
     const auto convert = reinterpret_cast<void (*)(void *)>(const_cast<void *>(converter));
     for (int start = 64; start < 80; ++start) {
-        Bytes before(428);
+        Bytes before(428);  // also 64 bytes on either side that no converter touches
         std::iota(before.begin(), before.end(), static_cast<unsigned char>(start));
         Bytes expected = before;
         auto field = expected.begin() + start;

@@ -4,14 +4,38 @@
 #include "data_rows.h"
 #include "faults.h"
 #include "fuzz/models/container_model.h"
+#include "random_text.h"
 
 #include <vxtyped.h>
 
+#include <concepts>
 #include <cstdint>
+#include <functional>
 #include <gtest/gtest.h>
+#include <ranges>
 #include <string>
 
 namespace {
+
+// What the algorithms of the standard library require.
+template <typename T>
+constexpr bool isContainer() {
+    static_assert(std::ranges::forward_range<const T> && std::ranges::common_range<T>);
+    static_assert(std::same_as<std::ranges::range_value_t<T>, typename T::value_type>);
+    static_assert(std::same_as<decltype(std::declval<T &>().cend()), typename T::const_iterator>);
+    static_assert(std::convertible_to<typename T::iterator, typename T::const_iterator>);
+    return std::is_nothrow_move_constructible_v<T> && std::is_nothrow_move_assignable_v<T>;
+}
+
+template <typename List>
+constexpr bool isList() {
+    static_assert(std::ranges::random_access_range<const List>);
+    return isContainer<List>() && std::sortable<typename List::iterator>;
+}
+
+static_assert(isList<VxOwningList<int>>() && isContainer<VxOwningTable<int>>());
+static_assert(isList<VxPointerList<int>>() && isContainer<VxPointerTable<int>>());
+static_assert(isList<VxPointerList<const int>>() && isContainer<VxPointerTable<const int>>());
 
 struct OneBucket : BoxedTable {
     OneBucket() : BoxedTable(1) {}
@@ -44,25 +68,25 @@ using Models =
     testing::Types<ListModel<BoxedList>, ListModel<VxOwningList<Nested<BoxedList>>>,
                    ListModel<VxOwningList<Nested<OneBucket>>>, ListModel<VxOwningList<Nulls>>,
                    ListModel<VxPointerList<int>>, ListModel<VxPointerList<const int>>,
-                   TableModel<BoxedTable>, TableModel<VxPointerTable<int>>,
-                   TableModel<VxPointerTable<const int>>>;
+                   TableModel<BoxedTable>, TableModel<VxOwningTable<int>>,
+                   TableModel<VxPointerTable<int>>, TableModel<VxPointerTable<const int>>>;
 TYPED_TEST_SUITE(EveryContainer, Models);
 
 TYPED_TEST(EveryContainer, DoesWhatItsModelDoes) {
-    std::mt19937 random(20);
+    Random random;
     TypeParam run;
     for (int step = 0; step < 10000; ++step)
-        ASSERT_TRUE(run.change(chooser(random)) && run.complete) << "step " << step;
+        ASSERT_TRUE(run.change(std::ref(random)) && run.complete) << "step " << step;
 }
 
 TYPED_TEST(EveryContainer, StaysAsItWasOutOfMemory) {
     const int before = faults::blocksOut();
     faults::failEach(faults::kMemory, [before](bool) {
-        std::mt19937 random(22);
+        Random random;
         {
             TypeParam run;
             for (int step = 0; step < 60; ++step)
-                ASSERT_TRUE(run.change(chooser(random))) << "step " << step;
+                ASSERT_TRUE(run.change(std::ref(random))) << "step " << step;
             EXPECT_TRUE(faults::disarm() || run.complete);
         }
         EXPECT_EQ(faults::blocksOut(), before);
@@ -99,7 +123,7 @@ std::string logOf(auto &&action) {
     return hookLog;
 }
 
-constexpr unsigned n[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+constexpr unsigned numbers[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
 
 // Owns numbers except 9. Each hook logs one word: its owner, what it did, and with which number.
 template <typename Base>
@@ -141,10 +165,10 @@ TEST(OwningList, RunsItsHooksInOrder) {
     LoggedList list('a');
     LoggedList more('m');
     for (int i = 0; i < 8; ++i)
-        list.append(n + i);
-    more.append(n + 7);
-    more.append(n + 8);
-    EXPECT_EQ(logOf([&] { list.set(1, n + 6); }), "a-1 a+6 ");
+        list.append(numbers + i);
+    more.append(numbers + 7);
+    more.append(numbers + 8);
+    EXPECT_EQ(logOf([&] { list.set(1, numbers + 6); }), "a-1 a+6 ");
     EXPECT_EQ(logOf([&] { list.insert(1, more); }), "a+7 a+8 ");
     EXPECT_EQ(logOf([&] { list.append(more); }), "a+7 a+8 ");
     EXPECT_EQ(logOf([&] { list.remove(10, 2); }), "a-7 a-8 ");
@@ -175,17 +199,18 @@ struct LoggedTable : Logging<VxHashTable> {
 TEST(OwningTable, RunsItsHooksInOrder) {
     LoggedTable table('a', 10);
     EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(nullptr), 0); }), "");
-    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(n + 1), 1); }), "a#1 a+1 ");
-    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(n + 5), 1); }), "a#5 a=1 a+5 ");
-    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(n + 1), 0); }), "a#1 a=1 ");
-    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(n + 9), 0); }), "a#9 a=1 a=5 a+9 ");
-    EXPECT_EQ(logOf([&] { EXPECT_NE(table.has(n + 5), nullptr); }), "a#5 a=1 a=5 ");
-    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.remove(n + 9), 0); }), "a#9 a=1 a=5 ");
-    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.remove(n + 1), 1); }), "a#1 a=1 a-1 ");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(numbers + 1), 1); }), "a#1 a+1 ");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(numbers + 5), 1); }), "a#5 a=1 a+5 ");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(numbers + 1), 0); }), "a#1 a=1 ");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.insert(numbers + 9), 0); }), "a#9 a=1 a=5 a+9 ");
+    EXPECT_EQ(logOf([&] { EXPECT_NE(table.has(numbers + 5), nullptr); }), "a#5 a=1 a=5 ");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.remove(numbers + 9), 0); }), "a#9 a=1 a=5 ");
+    EXPECT_EQ(logOf([&] { EXPECT_EQ(table.remove(numbers + 1), 1); }), "a#1 a=1 a-1 ");
 
     LoggedTable other('o', 2);
-    other.insert(n + 1);
-    EXPECT_EQ(logOf([&] { other.insert(n + 3); }), "o#3 o+3 ");  // its bucket, but not its hash
+    other.insert(numbers + 1);
+    EXPECT_EQ(logOf([&] { other.insert(numbers + 3); }),
+              "o#3 o+3 ");  // its bucket, but not its hash
     EXPECT_EQ(logOf([&] { LoggedTable copy(other); }), "o+1 o+3 b-1 b-3 ");
     EXPECT_EQ(logOf([&] { table.copyObjects(other); }), "a-5 o+1 o+3 ");
     EXPECT_EQ(logOf([&] { table = other; }), "a-1 a-3 o+1 o+3 ");

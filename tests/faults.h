@@ -1,7 +1,7 @@
 // Faults in the calls that the library makes: the n-th call fails, falls short or ends the process.
 //
-// A test of vx_faults_test in CMakeLists.txt is linked with faults.cpp and the library's own
-// objects. The linker sends their calls of the C library through here, and those of the test
+// The tests listed beside vx_wrapped in CMakeLists.txt are linked with faults.cpp and the library's
+// own objects. The linker sends their calls of the C library through here, and those of the test
 // itself. Nothing fails while no plan is armed.
 
 #ifndef VX_TESTS_FAULTS_H

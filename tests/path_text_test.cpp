@@ -5,13 +5,13 @@
 #include "data_rows.h"
 #include "fuzz/models/path_model.h"
 #include "in_locale.h"
+#include "random_text.h"
 
 #include <vxhandles.h>
 
-#include <cstring>
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -30,14 +30,12 @@ TEST(PathText, Normalize) {
 }
 
 TEST(PathText, NormalizeDoesWhatItsDefinitionSays) {
-    std::mt19937 random(1);
+    Random random;
     for (const auto &[page, alphabet] :
          {std::pair{"C", "/././..a\\C:"}, {"C", "///..."}, {"ja_JP.SJIS", "/\\.\x83\\a.."}}) {
         const InLocale locale(page);
         for (int i = 0; i < 200000; ++i) {
-            std::string text;
-            for (std::size_t length = random() % 24; text.size() < length;)
-                text += alphabet[random() % std::strlen(alphabet)];
+            const std::string text = random.text(std::string_view(alphabet), random(24U));
             ASSERT_EQ(normalized(text), normalizedPlainly(text)) << text;
         }
     }

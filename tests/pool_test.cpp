@@ -3,13 +3,14 @@
 #include "data_rows.h"
 #include "faults.h"
 #include "fuzz/models/pool_model.h"
+#include "random_text.h"
 
 #include <vxpool.h>
 
 #include <csignal>
 #include <cstdint>
+#include <functional>
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 
 namespace {
@@ -24,8 +25,7 @@ void *allocWithoutMemory(VxPool *pool) {
 TEST(Pool, DoesWhatItsModelDoesAndAsksForMemoryOncePerBlock) {
     for (const int size : {1, 8, 12, 17, 48, 520}) {
         SCOPED_TRACE(size);
-        std::mt19937 random(static_cast<unsigned>(size));
-        const auto below = [&](int n) { return static_cast<int>(random() % unsigned(n)); };
+        Random below(static_cast<unsigned>(size));
         const int blocksOut = faults::blocksOut();
         {
             PoolModel run(size);
@@ -33,7 +33,7 @@ TEST(Pool, DoesWhatItsModelDoesAndAsksForMemoryOncePerBlock) {
                 ASSERT_TRUE(!run.needsMemory() || allocWithoutMemory(&run.pool) == nullptr);
                 const int made = run.blocksMade();
                 faults::resetCounts();
-                run.change(below);
+                run.change(std::ref(below));
                 ASSERT_EQ(faults::count(faults::kMemory), run.blocksMade() - made);
                 ASSERT_EQ(run.difference(), "") << step;
             }

@@ -10,6 +10,8 @@
 
 class Random {
 public:
+    explicit Random(unsigned seed = 23) : engine_(seed) {}
+
     // A number from 0 to n - 1.
     template <typename Number>
     Number operator()(Number n) {
@@ -26,7 +28,7 @@ public:
     }
 
 private:
-    std::mt19937 engine_{23};
+    std::mt19937 engine_;
 };
 
 #endif

@@ -14,16 +14,11 @@
 #include <cstring>
 #include <iterator>
 #include <new>
-#include <random>
 #include <ranges>
 #include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
-
-inline auto chooser(std::mt19937 &random) {
-    return [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
-}
 
 // The same numbers in every container: as elements made of them, or as pointers to these cells. The
 // pointer for 0 is null.
@@ -65,26 +60,6 @@ inline std::vector<int> values(const auto &container) {
     return all;
 }
 
-// What the algorithms of the standard library require.
-template <typename T>
-constexpr bool isContainer() {
-    static_assert(std::ranges::forward_range<const T> && std::ranges::common_range<T>);
-    static_assert(std::same_as<std::ranges::range_value_t<T>, typename T::value_type>);
-    static_assert(std::same_as<decltype(std::declval<T &>().cend()), typename T::const_iterator>);
-    static_assert(std::convertible_to<typename T::iterator, typename T::const_iterator>);
-    return std::is_nothrow_move_constructible_v<T> && std::is_nothrow_move_assignable_v<T>;
-}
-
-template <typename List>
-constexpr bool isList() {
-    static_assert(std::ranges::random_access_range<const List>);
-    return isContainer<List>() && std::sortable<typename List::iterator>;
-}
-
-static_assert(isList<VxOwningList<int>>() && isContainer<VxOwningTable<int>>());
-static_assert(isList<VxPointerList<int>>() && isContainer<VxPointerTable<int>>());
-static_assert(isList<VxPointerList<const int>>() && isContainer<VxPointerTable<const int>>());
-
 // A number. Its copies have a block of memory each; when there is none, copying throws.
 class Boxed {
 public:
@@ -103,9 +78,9 @@ private:
     VxUniqueText block_;
 };
 
-// Hashes numbers, above the lower 32 bits, and compares them; but only if it is a copy of the one
-// in the first table of a run.
-struct Functor {
+// Hashes numbers, above the lower 32 bits, and compares them. Works only as a copy of the one that
+// the first table of a run was given.
+struct HashAndEqual {
     long long operator()(const Boxed &boxed) const {
         return origin == "first" ? value(boxed) * (1LL << 32) : 0;
     }
@@ -117,12 +92,12 @@ struct Functor {
 };
 
 using BoxedList = VxOwningList<Boxed>;
-using BoxedTable = VxOwningTable<Boxed, Functor, Functor>;
+using BoxedTable = VxOwningTable<Boxed, HashAndEqual, HashAndEqual>;
 
 template <typename Table>
 Table firstTable(int numBuckets) {
-    if constexpr (std::is_constructible_v<Table, int, Functor, Functor>) {
-        return Table(numBuckets, Functor{"first"}, Functor{"first"});
+    if constexpr (std::is_constructible_v<Table, int, HashAndEqual, HashAndEqual>) {
+        return Table(numBuckets, HashAndEqual{"first"}, HashAndEqual{"first"});
     } else {
         return Table(numBuckets);
     }

@@ -21,7 +21,7 @@ public:
           brightest_(brightest),
           pending_(x) {
         if ((format & kBigEndian) != 0) vxImageUseBigEndian(image_.get());
-        takeReports();
+        check(takeReports().empty(), "reports of opening");
     }
 
     // A few calls. below(n) chooses a number from 0 to n - 1.
