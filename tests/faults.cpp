@@ -78,6 +78,9 @@ void resetCounts() {
     std::ranges::fill(counts, 0);
 }
 
+// Points of failure so far in this program.
+static int points;
+
 void failEach(unsigned kinds, const std::function<void(bool once)> &trial,
               const std::function<void()> &prepare, std::initializer_list<Effect> effects) {
     const auto failEachWith = [&](Effect effect, bool onward) {
@@ -88,6 +91,7 @@ void failEach(unsigned kinds, const std::function<void(bool once)> &trial,
             arm(kinds, n, onward, effect);
             trial(!onward);
             hasFailed = disarm();
+            points += hasFailed ? 1 : 0;
             EXPECT_TRUE(hasFailed || n > 1) << "no call can fail";
         }
     };
@@ -97,6 +101,7 @@ void failEach(unsigned kinds, const std::function<void(bool once)> &trial,
         failEachWith(effect, false);
         if (effect != Effect::kInterrupt) failEachWith(effect, true);
     }
+    testing::Test::RecordProperty("points", points);
 }
 
 SuspendFaults::SuspendFaults() : armed_(plan.armed) {

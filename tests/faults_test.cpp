@@ -483,6 +483,7 @@ TEST_F(SettingsFaults, KilledAtAnyCall) {
     bool killed = true;
     for (int n = 1; killed && !HasFailure(); ++n) {
         SCOPED_TRACE(n);
+        RecordProperty("kills", n - 1);
         restore(before_);
         const pid_t child = ::fork();
         if (child == 0) {

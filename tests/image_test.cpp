@@ -384,8 +384,9 @@ TEST_F(Image, PicturesThatAreNotWritten) {
 TEST(RowCodec, KnownRows) {
     for (const DataRow &test : dataRows("image.txt", "encoded rows")) {
         const Elements row = numbersIn(test[0]);
-        if (masked(row, 0xFF) == row)
+        if (masked(row, 0xFF) == row) {
             EXPECT_EQ((encodedByLibrary<Byte, Byte>(row)), numbersIn(test[1]));
+        }
         EXPECT_EQ((encodedByLibrary<Word, Byte>(row)), numbersIn(test[1]));
         EXPECT_EQ((encodedByLibrary<Word, Word>(row)), numbersIn(test[2]));
     }
