@@ -311,7 +311,7 @@ TEST_F(Image, NothingIsLeftOfAnImageThatCannotBeCompleted) {
 
 // ---- Pictures
 
-VxPicture pictureOf(int width, int height, int planes, std::size_t repeats, unsigned bytes = 1) {
+VxPicture pictureOf(int width, int height, int planes, std::size_t repeats, int bytes = 1) {
     VxPicture picture;
     picture.elementBytes = bytes;
     std::tie(picture.width, picture.height, picture.planes) = std::tie(width, height, planes);
@@ -327,8 +327,9 @@ TEST_F(Image, PicturesAreWrittenAndRead) {
         SCOPED_TRACE(testing::PrintToString(test));
         const auto number = [&](std::size_t field) { return std::stoi(test[field]); };
         const auto type = static_cast<unsigned>(number(0));
-        const VxPicture picture = pictureOf(number(1), number(2), number(3),
-                                            static_cast<std::size_t>(number(4)), type & 0xFF);
+        const VxPicture picture =
+            pictureOf(number(1), number(2), number(3), static_cast<std::size_t>(number(4)),
+                      static_cast<int>(type & 0xFF));
         EXPECT_EQ(picture.row(number(2) - 1, number(3) - 1) + number(1),
                   &picture.elements.back() + 1);
         folder_.clear();

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <ctime>
 #include <fcntl.h>
+#include <new>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -271,12 +272,16 @@ private:
 
     bool replace(const std::string &text) {
         const std::string fresh = path_ + ".new";
-        if (writeFresh(fresh, text) && (!isDamaged_ || moveAsideDamaged(path_)) &&
-            ::rename(fresh.c_str(), path_.c_str()) == 0) {
-            return true;
+        bool isReplaced = false;
+        try {
+            isReplaced = writeFresh(fresh, text) && (!isDamaged_ || moveAsideDamaged(path_)) &&
+                         ::rename(fresh.c_str(), path_.c_str()) == 0;
+        } catch (const std::bad_alloc &) {
+            ::unlink(fresh.c_str());
+            throw;
         }
-        ::unlink(fresh.c_str());
-        return false;
+        if (!isReplaced) ::unlink(fresh.c_str());
+        return isReplaced;
     }
 
     // A file that a killed process left is removed first: whatever it is, it is not written into.
