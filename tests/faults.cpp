@@ -156,7 +156,6 @@ extern "C" {
 VX_WRAP_MEMORY(void *, malloc, nullptr, (size_t size), (size))
 VX_WRAP_MEMORY(void *, calloc, nullptr, (size_t count, size_t size), (count, size))
 VX_WRAP_MEMORY(void *, realloc, block, (void *block, size_t size), (block, size))
-VX_WRAP_MEMORY(char *, strdup, nullptr, (const char *text), (text))
 VX_WRAP_TRANSFER(read, kRead, void *)
 VX_WRAP_TRANSFER(write, kWrite, const void *)
 VX_WRAP_CLOSE(close, int)

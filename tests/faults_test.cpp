@@ -4,6 +4,7 @@
 
 #include "faults.h"
 
+#include "platform/lock.h"
 #include "scratch_folder.h"
 #include "searchpath/path_store.h"
 #include "text/pinned_streams.h"
@@ -507,7 +508,7 @@ class Streams : public Faults {
 protected:
     Streams() {
         EXPECT_NE(std::setlocale(LC_NUMERIC, kUsersLocale), nullptr);
-        vx::allocatorLockCreate();
+        vx::createLock();
         vx::streamMapBuild();
     }
     ~Streams() override {
