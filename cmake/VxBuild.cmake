@@ -14,13 +14,23 @@ endif()
 # Hardening as in distributions: a smashed stack or an overrun buffer ends the process. The addresses
 # of functions are bound at load and read-only from then on. The targets of indirect jumps are marked;
 # this has an effect if the start files of the C library are marked too.
-target_compile_options(vx_build_flags INTERFACE -fstack-protector-strong -fstack-clash-protection)
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
-  target_compile_options(vx_build_flags INTERFACE -fcf-protection=full)
-elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
-  target_compile_options(vx_build_flags INTERFACE -mbranch-protection=standard)
+target_compile_options(vx_build_flags INTERFACE -fstack-protector-strong)
+if(WIN32)
+  # Addresses are random and data cannot be executed; the compiler has none of the other guards here.
+  target_link_options(vx_build_flags INTERFACE -Wl,--nxcompat,--dynamicbase,--high-entropy-va)
+  # The runtime of the compiler, with the guard of the stack, is part of each library and program.
+  target_link_options(vx_build_flags INTERFACE -static -fstack-protector-strong)
+  # A program finds the DLLs in its own folder.
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+else()
+  target_compile_options(vx_build_flags INTERFACE -fstack-clash-protection)
+  target_link_options(vx_build_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
+    target_compile_options(vx_build_flags INTERFACE -fcf-protection=full)
+  elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
+    target_compile_options(vx_build_flags INTERFACE -mbranch-protection=standard)
+  endif()
 endif()
-target_link_options(vx_build_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 if(NOT VXUTIL_SANITIZE)
   # Sanitizers intercept the unchecked calls. The C library checks in optimised code only, and warns
   # elsewhere.
@@ -39,6 +49,7 @@ endif()
 function(vx_module name)
   add_library(vx_${name} OBJECT ${ARGN})
   target_link_libraries(vx_${name} PRIVATE vx_build_flags)
+  target_compile_definitions(vx_${name} PRIVATE VX_IS_LINKED_IN)
   target_include_directories(vx_${name} PRIVATE
     ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
   set_target_properties(vx_${name} PROPERTIES
@@ -59,6 +70,10 @@ function(vx_library target)
     VISIBILITY_INLINES_HIDDEN ON
     INSTALL_RPATH "$ORIGIN")
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+  if(WIN32)
+    set_target_properties(${target} PROPERTIES PREFIX "")  # vxutil.dll, imported by libvxutil.dll.a
+    return()
+  endif()
   target_link_options(${target} PRIVATE -Wl,--as-needed)
   if(NOT VXUTIL_SANITIZE)
     # A sanitizer's runtime is linked to the program, not to the library.
