@@ -2,4 +2,5 @@
 # under qemu-user.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR s390x)
+set(vx_debian_architecture s390x)
 include(${CMAKE_CURRENT_LIST_DIR}/debian_cross.cmake)
