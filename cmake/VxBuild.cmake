@@ -84,3 +84,17 @@ function(vx_locale locales name source charmap)
     VERBATIM)
   add_custom_target(locale_${name} ALL DEPENDS ${locales}/${name}/LC_CTYPE)
 endfunction()
+
+# vx_program(OUT TARGET): what a script runs as TARGET, which is the program itself or, in a cross
+# build, a script that runs it in the emulator.
+function(vx_program out target)
+  set(program $<TARGET_FILE:${target}>)
+  if(CMAKE_CROSSCOMPILING)
+    list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+    set(script ${CMAKE_CURRENT_BINARY_DIR}/emulated/${target})
+    file(GENERATE OUTPUT ${script} CONTENT "#!/bin/sh\nexec ${emulator} '${program}' \"$@\"\n"
+      FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+    set(program ${script})
+  endif()
+  set(${out} ${program} PARENT_SCOPE)
+endfunction()
