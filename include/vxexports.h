@@ -10,16 +10,24 @@
  *  3. Plain functions return 1 for yes and 0 for no. As an argument, anything except 0 means
  *     yes. Members of classes use a short for both.
  *  4. Text is a zero-terminated byte string in the multibyte code page of the process (the
- *     character set of its LC_CTYPE locale). Lengths are in bytes, without the terminator
- *     unless a comment includes it.
+ *     character set of its LC_CTYPE locale; on Windows, the page of _setmbcp). Lengths are in
+ *     bytes, without the terminator unless a comment includes it.
  *  5. If a function returns new text, the caller owns it and calls free: it is from malloc.
  *  6. Pointers must not be null unless a comment allows it.
- *  7. There are no locks. Callers must not use one object on two threads at the same time.
+ *  7. A long has 32 bits on Windows. Nothing else in the headers differs between systems.
+ *  8. There are no locks. Callers must not use one object on two threads at the same time.
  */
 #ifndef VXEXPORTS_H
 #define VXEXPORTS_H
 
-#if defined(__GNUC__)
+#if defined(_WIN32)
+/* A list gives the exports to the linker, so the sources of the library need no mark for them. */
+#ifdef VX_IS_LINKED_IN
+#define VX_API
+#else
+#define VX_API __declspec(dllimport)
+#endif
+#elif defined(__GNUC__)
 #define VX_API __attribute__((visibility("default")))
 #else
 #define VX_API
@@ -38,7 +46,9 @@
  * source of each family defines VX_EMIT_INLINE, which makes the compiler emit them. For a
  * constructor or destructor, clang emits both symbols only if it is weak too.
  */
-#if !defined(VX_EMIT_INLINE)
+#if !defined(VX_EMIT_INLINE) && defined(_WIN32)
+#define VX_INLINE inline
+#elif !defined(VX_EMIT_INLINE)
 #define VX_INLINE VX_API inline
 #elif defined(__clang__)
 #define VX_INLINE VX_API __attribute__((used, weak)) inline

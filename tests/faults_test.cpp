@@ -4,6 +4,7 @@
 
 #include "faults.h"
 
+#include "platform/lock.h"
 #include "scratch_folder.h"
 #include "searchpath/path_store.h"
 #include "text/pinned_streams.h"
@@ -493,7 +494,7 @@ TEST_F(SettingsFaults, KilledAtAnyCall) {
         }
         int status = 0;
         ::waitpid(child, &status, 0);
-        killed = WIFSIGNALED(status);
+        killed = WEXITSTATUS(status) == faults::kKilled;
         expectNothingLost(before_);
         expectGoodForTheNext();
     }
@@ -508,7 +509,7 @@ class Streams : public Faults {
 protected:
     Streams() {
         EXPECT_NE(std::setlocale(LC_NUMERIC, kUsersLocale), nullptr);
-        vx::allocatorLockCreate();
+        vx::createLock();
         vx::streamMapBuild();
     }
     ~Streams() override {

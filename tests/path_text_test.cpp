@@ -4,8 +4,8 @@
 
 #include "data_rows.h"
 #include "fuzz/models/path_model.h"
-#include "in_locale.h"
 #include "random_text.h"
+#include "system.h"
 
 #include <vxhandles.h>
 

@@ -1,15 +1,19 @@
 // What happens when a process loads the library and when it unloads it.
 //
-// The loader calls the two functions at the end of this file at dlopen and dlclose, or at the
-// start and exit of a process that is linked to the library. The library keeps no state per
-// thread, so threads that start and end need nothing.
+// The loader calls the functions at the end of this file at dlopen and dlclose, or at the start and
+// exit of a process that is linked to the library. The library keeps no state per thread, so
+// threads that start and end need nothing.
 
+#include "platform/lock.h"
 #include "searchpath/path_store.h"
 #include "text/pinned_streams.h"
 
 #include <ios>
 #include <iterator>
 #include <new>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 namespace {
 
@@ -30,20 +34,44 @@ struct Step {
 constexpr Step kSequence[] = {
     {[] { narrowStreams = new (std::nothrow) std::ios_base::Init; }, [] { delete narrowStreams; }},
     {[] { wideStreams = new (std::nothrow) std::ios_base::Init; }, [] { delete wideStreams; }},
-    {vx::allocatorLockCreate, nullptr},
+    {vx::createLock, nullptr},
     {vx::streamMapBuild, vx::streamMapTearDown},
     {vx::buildPathStore, vx::tearDownPathStore},
 };
 
-[[gnu::constructor]] void load() {
+void load() {
     for (const Step &step : kSequence)
         step.start();
 }
 
-[[gnu::destructor]] void unload() {
+void unload() {
     for (auto step = std::rbegin(kSequence); step != std::rend(kSequence); ++step) {
         if (step->stop != nullptr) step->stop();
     }
 }
 
 }  // namespace
+
+#ifdef _WIN32
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID /*reserved*/) {
+    if (reason == DLL_PROCESS_ATTACH) {
+        load();
+        ::DisableThreadLibraryCalls(module);
+    } else if (reason == DLL_PROCESS_DETACH) {
+        unload();
+    }
+    return TRUE;
+}
+
+#else
+
+[[gnu::constructor]] static void onLoad() {
+    load();
+}
+
+[[gnu::destructor]] static void onUnload() {
+    unload();
+}
+
+#endif

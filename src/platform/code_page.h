@@ -1,8 +1,8 @@
 // The multibyte code page of the process and the text functions that follow it.
 //
-// The page is that of the LC_CTYPE locale at the time of each call: 932, 936, 949 or 950 where the
-// character set of the locale is one of these. Any other set, UTF-8 included, is a single-byte
-// page, in which all functions here work on plain bytes.
+// The page is the system's at the time of each call: 932, 936, 949 or 950 where the character set
+// of the LC_CTYPE locale is one of these; on Windows, the page of _setmbcp. Any other set, UTF-8
+// included, is a single-byte page, in which all functions here work on plain bytes.
 //
 // In a double-byte page a lead byte and a trail byte together are one character. A lead byte
 // without a trail byte is an invalid sequence. All functions here step over it as one byte, so

@@ -4,16 +4,15 @@
 #define VX_PLATFORM_ENVIRONMENT_H
 
 #include <string>
-#include <string_view>
 
 namespace vx {
 
 // The value of a variable, or null. It belongs to the system.
 const char *environmentVariable(const char *name);
 
-// The text with each %NAME% replaced by the value of that variable; case counts in names. The
-// reference to an unknown variable and a lone % stay. Throws std::bad_alloc.
-std::string expandEnvironment(std::string_view text);
+// The text with each %NAME% replaced by the value of that variable. Case counts in names if it does
+// for the system. The reference to an unknown variable and a lone % stay. Throws std::bad_alloc.
+std::string expandEnvironment(const char *text);
 
 }  // namespace vx
 

@@ -1,11 +1,13 @@
-// Files, and what the system knows of a path. The bytes of a path go to the system as they are. A
-// call that a signal interrupts before it did anything is made again.
+// Files, and what the system knows of a path. The bytes of a path go to the system as they are, and
+// those of a file as they are in memory. A call that a signal interrupts before it did anything is
+// made again.
 
 #ifndef VX_PLATFORM_FILES_H
 #define VX_PLATFORM_FILES_H
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <utility>
 
 namespace vx {
@@ -53,6 +55,9 @@ public:
 private:
     int file_;
 };
+
+// fgets, without the lock of the stream in a process that has no other thread: it takes time.
+char *readFromStream(char *buffer, int size, std::FILE *stream);
 
 bool pathExists(const char *path);
 bool isRegularFile(const char *path);

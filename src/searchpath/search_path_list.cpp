@@ -35,11 +35,18 @@ void freeEntries(char **entries, std::uint32_t count) {
     std::free(entries);
 }
 
+char *copyText(const char *text) {
+    const std::size_t size = std::strlen(text) + 1;
+    auto *copy = static_cast<char *>(std::malloc(size));
+    if (copy != nullptr) std::memcpy(copy, text, size);
+    return copy;
+}
+
 // Copies of the first `count` texts in an array of `capacity` slots, or null without memory.
 char **copyEntries(char **entries, std::uint32_t count, std::size_t capacity) {
     char **copies = newEntries(capacity);
     for (std::uint32_t i = 0; copies != nullptr && i < count; ++i) {
-        copies[i] = ::strdup(entries[i]);
+        copies[i] = copyText(entries[i]);
         if (copies[i] != nullptr) continue;
         freeEntries(copies, i);
         copies = nullptr;
@@ -180,7 +187,8 @@ char *vxSearchPathToString(const VxSearchPath *list) {
     char *end = text;
     for (std::uint32_t i = 0; i < list->count; ++i) {
         if (i != 0) *end++ = ';';
-        end = ::stpcpy(end, list->entries[i]);
+        const std::string_view entry = list->entries[i];
+        end += entry.copy(end, entry.size());
     }
     *end = '\0';
     return text;

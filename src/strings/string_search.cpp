@@ -1,6 +1,7 @@
 // Searching, comparing and reading numbers: nothing here changes a string.
 
 #include "platform/code_page.h"
+#include "platform/memory.h"
 
 #include <vxstring.h>
 
@@ -52,7 +53,7 @@ int findShort(const char *text, int n, int start, const char *pattern, int lengt
     while (n - start >= length) {
         const int stretch = std::min(n - start, kFoldedText);
         std::transform(text + start, text + start + stretch, folded, lowered);
-        const void *found = memmem(folded, toSize(stretch), foldedPattern, toSize(length));
+        const void *found = vx::findBytes(folded, toSize(stretch), foldedPattern, toSize(length));
         if (found != nullptr) return start + indexIn(folded, found);
         start += stretch - length + 1;  // a match may begin in this stretch and end in the next
     }
@@ -218,8 +219,8 @@ int VxString::find(char byte, int start, short backward) const {
     if (start >= rep_->length) return -1;
     const char *text = rep_->data;
     const std::size_t n = toSize(rep_->length - start);
-    return indexIn(text,
-                   backward != 0 ? memrchr(text, byte, n) : std::memchr(text + start, byte, n));
+    return indexIn(
+        text, backward != 0 ? vx::findLastByte(text, byte, n) : std::memchr(text + start, byte, n));
 }
 
 int VxString::findC(char byte, int start, short backward) const {
@@ -233,9 +234,10 @@ int VxString::findC(char byte, int start, short backward) const {
     if (backward != 0) {
         for (int end = rep_->length - start; end > 0; end -= n) {
             n = std::min(end, kFoldedText);
-            const int one = indexIn(text, memrchr(text + end - n, low, toSize(n)));
+            const int one = indexIn(text, vx::findLastByte(text + end - n, low, toSize(n)));
             const int from = one >= 0 ? one : end - n;
-            const int other = indexIn(text, memrchr(text + from, high, toSize(end - from)));
+            const int other =
+                indexIn(text, vx::findLastByte(text + from, high, toSize(end - from)));
             if (one >= 0 || other >= 0) return std::max(one, other);
         }
     } else {
@@ -255,8 +257,8 @@ int VxString::find(const VxString &pattern, int start) const {
     if (pattern.rep_->length == 0) return find('\0', start, 0);
     if (start >= rep_->length) return -1;
     const char *text = rep_->data;
-    return indexIn(text, memmem(text + start, toSize(rep_->length - start), pattern.rep_->data,
-                                toSize(pattern.rep_->length)));
+    return indexIn(text, vx::findBytes(text + start, toSize(rep_->length - start),
+                                       pattern.rep_->data, toSize(pattern.rep_->length)));
 }
 
 int VxString::findC(const VxString &pattern, int start) const {

@@ -1,12 +1,13 @@
 // Lines and white space. White space is below the trail bytes of every code page. So a white byte
 // is always a complete character, also when a text is read from its end.
 
+#include "platform/files.h"
+
 #include <vxtext.h>
 
 #include <cctype>
 #include <cstdio>
 #include <cstring>
-#include <sys/single_threaded.h>
 
 namespace {
 
@@ -18,12 +19,6 @@ bool endsLine(char byte) {
     return byte == '\n' || byte == '\r';
 }
 
-// The lock of a stream costs time and is only needed if there are other threads.
-char *readPiece(char *buffer, int size, FILE *stream) {
-    return __libc_single_threaded != 0 ? ::fgets_unlocked(buffer, size, stream)
-                                       : std::fgets(buffer, size, stream);
-}
-
 }  // namespace
 
 int vxWriteNewline(FILE *stream) {
@@ -31,7 +26,7 @@ int vxWriteNewline(FILE *stream) {
 }
 
 char *vxReadLine(char *buffer, int size, FILE *stream) {
-    if (readPiece(buffer, size, stream) == nullptr) return nullptr;
+    if (vx::readFromStream(buffer, size, stream) == nullptr) return nullptr;
     std::size_t length = std::strlen(buffer);
     while (length != 0 && endsLine(buffer[length - 1]))
         --length;
@@ -55,7 +50,7 @@ void vxTrimLeft(char *text) {
 
 // Line ends are white space, so one trim at the end removes both.
 char *vxReadTrimmedLine(char *buffer, int size, FILE *stream) {
-    if (readPiece(buffer, size, stream) == nullptr) return nullptr;
+    if (vx::readFromStream(buffer, size, stream) == nullptr) return nullptr;
     vxTrimRight(buffer);
     vxTrimLeft(buffer);
     return buffer;

@@ -1,5 +1,7 @@
 #include "text/pinned_streams.h"
 
+#include "platform/lock.h"
+
 #include <vxtext.h>
 
 #include <clocale>
@@ -7,10 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
-#include <mutex>
 #include <new>
-#include <optional>
-#include <type_traits>
 
 namespace {
 
@@ -20,14 +19,10 @@ struct FreeNode {
     FreeNode *next;
 };
 
-FreeNode *freeNodes;
-
-// The only lock of the library. It guards the list of free nodes and nothing else.
-std::optional<std::mutex> allocatorLock;
-static_assert(std::is_trivially_destructible_v<decltype(allocatorLock)>, "it is never destroyed");
+FreeNode *freeNodes;  // guarded by the lock, which guards nothing else
 
 FreeNode *takeFreeNode() {
-    const std::lock_guard guard(*allocatorLock);
+    const vx::LockGuard guard;
     FreeNode *node = freeNodes;
     if (node != nullptr) freeNodes = node->next;
     return node;
@@ -44,7 +39,7 @@ void *takeNode(std::size_t size) {
 }
 
 void returnNode(void *node) {
-    const std::lock_guard guard(*allocatorLock);
+    const vx::LockGuard guard;
     freeNodes = ::new (node) FreeNode{freeNodes};
 }
 
@@ -90,10 +85,6 @@ char *removeEntry(FILE *stream) {
 }
 
 }  // namespace
-
-void vx::allocatorLockCreate() {
-    if (!allocatorLock.has_value()) allocatorLock.emplace();
-}
 
 void vx::streamMapBuild() {
     streams = ::new (static_cast<void *>(storage)) StreamMap;

@@ -1,15 +1,11 @@
-// The map of open pinned streams and the lock of its allocator: what the library's load and unload
-// do with them.
+// The map of open pinned streams: what the library's load and unload do with it.
 
 #ifndef VX_TEXT_PINNED_STREAMS_H
 #define VX_TEXT_PINNED_STREAMS_H
 
 namespace vx {
 
-// Creates the lock, once per process. It is never destroyed.
-void allocatorLockCreate();
-
-// Creates the empty map. REQUIRES: the lock exists.
+// Creates the empty map. REQUIRES: the lock of the process exists.
 void streamMapBuild();
 
 // Discards the entries of all streams: they stay open, and the locale stays as it is.

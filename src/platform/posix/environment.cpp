@@ -1,6 +1,7 @@
 #include "platform/environment.h"
 
 #include <cstdlib>
+#include <string_view>
 
 namespace vx {
 
@@ -17,7 +18,8 @@ const char *environmentVariable(const char *name) {
     return std::getenv(name);
 }
 
-std::string expandEnvironment(std::string_view text) {
+std::string expandEnvironment(const char *from) {
+    std::string_view text(from);
     std::string expanded;
     while (!text.empty()) {
         const std::size_t end = text.front() == '%' ? text.find('%', 1) : text.npos;

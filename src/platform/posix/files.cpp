@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/single_threaded.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -53,6 +54,11 @@ std::int64_t fileLength(int file) {
 // Never tried again: the descriptor is gone whatever close returns.
 int closeFile(int file) {
     return ::close(file);
+}
+
+char *readFromStream(char *buffer, int size, std::FILE *stream) {
+    return __libc_single_threaded != 0 ? ::fgets_unlocked(buffer, size, stream)
+                                       : std::fgets(buffer, size, stream);
 }
 
 bool pathExists(const char *path) {

@@ -1,0 +1,18 @@
+// Searches in bytes that every C library has in its fastest form, or not at all.
+
+#ifndef VX_PLATFORM_MEMORY_H
+#define VX_PLATFORM_MEMORY_H
+
+#include <cstddef>
+
+namespace vx {
+
+// The first place where the bytes of a pattern occur, or null.
+const void *findBytes(const char *text, std::size_t size, const char *pattern, std::size_t length);
+
+// The last place of a byte, or null.
+const void *findLastByte(const char *text, char byte, std::size_t size);
+
+}  // namespace vx
+
+#endif
