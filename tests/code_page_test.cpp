@@ -4,7 +4,7 @@
 #include "platform/code_page.h"
 
 #include "data_rows.h"
-#include "in_locale.h"
+#include "system.h"
 
 #include <vxtext.h>
 

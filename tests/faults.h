@@ -1,6 +1,6 @@
 // Faults in the calls that the library makes: the n-th call fails, falls short or ends the process.
 //
-// A test of vx_faults_test in CMakeLists.txt is linked with faults.cpp and the library's own
+// Such a test is linked with faults.cpp, perhaps with file_faults.cpp, and with the library's own
 // objects. The linker sends their calls of the C library through here, and those of the test
 // itself. Nothing fails while no plan is armed.
 
@@ -28,10 +28,15 @@ enum Kind : unsigned {
 // kShort: a transfer does half of its work; other calls fail. kInterrupt: a signal comes before the
 // call does anything.
 enum class Effect { kFail, kShort, kInterrupt, kKill };
+constexpr int kKilled = 99;  // the exit code of a process that such a call ended
 
 // From now on the n-th call of these kinds, from 1, has the effect; with `onward` so have all after
 // it.
 void arm(unsigned kinds, int n = 1, bool onward = true, Effect effect = Effect::kFail);
+
+// For the wrapped calls: whether this one is to fail, and whether it may do half of its work.
+bool isToFail(Kind kind, const char *name = "");
+bool isShort();
 
 // Ends the plan and says whether a call had its effect.
 bool disarm();

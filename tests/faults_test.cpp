@@ -493,7 +493,7 @@ TEST_F(SettingsFaults, KilledAtAnyCall) {
         }
         int status = 0;
         ::waitpid(child, &status, 0);
-        killed = WIFSIGNALED(status);
+        killed = WEXITSTATUS(status) == faults::kKilled;
         expectNothingLost(before_);
         expectGoodForTheNext();
     }

@@ -4,6 +4,7 @@
 #include "data_rows.h"
 #include "fuzz/models/image_run.h"
 #include "scratch_folder.h"
+#include "system.h"
 
 #include <cerrno>
 #include <new>
@@ -283,7 +284,7 @@ void expectIncomplete(VxUniqueImage image, const std::string &messages) {
     const int descriptor = image->file;
     EXPECT_FALSE(vxImageFinish(std::move(image)));
     EXPECT_EQ(takeReports(), reportsOf(messages));
-    EXPECT_LT(::fcntl(descriptor, F_GETFD), 0);
+    EXPECT_LT(::dup(descriptor), 0);
 }
 
 TEST_F(Image, NothingIsLeftOfAnImageThatCannotBeCompleted) {

@@ -4,7 +4,7 @@
 
 #include "data_rows.h"
 #include "fuzz/models/path_model.h"
-#include "in_locale.h"
+#include "system.h"
 
 #include <vxhandles.h>
 

@@ -2,10 +2,10 @@
 
 #include "data_rows.h"
 #include "fuzz/models/pattern_model.h"
-#include "in_locale.h"
 #include "pattern/pattern_compiler.h"
 #include "platform/code_page.h"
 #include "random_text.h"
+#include "system.h"
 
 #include <vxpattern.h>
 

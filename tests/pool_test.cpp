@@ -3,10 +3,10 @@
 #include "data_rows.h"
 #include "faults.h"
 #include "fuzz/models/pool_model.h"
+#include "system.h"
 
 #include <vxpool.h>
 
-#include <csignal>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <random>
@@ -58,7 +58,7 @@ TEST(PoolDeathTest, ARunWithoutMemoryEndsTheProcess) {
         VxPool pool;
         vxPoolInit(&pool, std::stoi(row[0]), 10);
         if (row[2] == "1") faults::arm(faults::kMemory);
-        EXPECT_EXIT(vxPoolAllocBlock(&pool, std::stoi(row[1])), testing::KilledBySignal(SIGABRT),
+        EXPECT_EXIT(vxPoolAllocBlock(&pool, std::stoi(row[1])), endedByAbort(),
                     "fatal: .*[^0-9]" + row[3] + "[^0-9]");
         faults::disarm();
     }

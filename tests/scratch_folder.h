@@ -3,23 +3,25 @@
 #ifndef VX_TESTS_SCRATCH_FOLDER_H
 #define VX_TESTS_SCRATCH_FOLDER_H
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 
 class ScratchFolder {
 public:
     ScratchFolder() {
-        std::string name = std::filesystem::temp_directory_path() / "vxtestXXXXXX";
-        path = ::mkdtemp(name.data());
+        const std::filesystem::path folder = std::filesystem::temp_directory_path();
+        do {
+            path = folder / ("vxtest" + std::to_string(std::random_device()()));
+        } while (!std::filesystem::create_directory(path));
     }
     ~ScratchFolder() { std::filesystem::remove_all(path); }
     ScratchFolder(const ScratchFolder &) = delete;
     ScratchFolder &operator=(const ScratchFolder &) = delete;
 
-    std::string at(const std::string &name) const { return path / name; }
+    std::string at(const std::string &name) const { return (path / name).string(); }
     void write(const std::string &name, const std::string &text) const {
         std::filesystem::create_directories((path / name).parent_path());
         std::ofstream(path / name, std::ios::binary) << text;

@@ -2,8 +2,8 @@
 
 #include "data_rows.h"
 #include "fuzz/models/search_path_model.h"
-#include "in_locale.h"
 #include "scratch_folder.h"
+#include "system.h"
 
 #include <vxhandles.h>
 
@@ -31,7 +31,7 @@ std::string createdFrom(const char *text) {
 // In a folder that is the current directory meanwhile.
 class SearchPath : public testing::Test, protected ScratchFolder {
 protected:
-    SearchPath() : here_(fs::canonical(path)) { fs::current_path(path); }
+    SearchPath() : here_(fs::canonical(path).generic_string()) { fs::current_path(path); }
     ~SearchPath() override { fs::current_path(before_); }
     void touch(const std::string &name) const { write(name, ""); }
     std::string at(const std::string &name) const { return here_ + "/" + name; }
@@ -47,7 +47,7 @@ TEST_F(SearchPath, Create) {
         {";;;", ""},
         {"C:/a;;C:\\b\\;", "C:/a;C:/b"},
         {"C:/a;C:/a", "C:/a;C:/a"},
-        {"tex;.;..", here_ + "/tex;" + here_ + ";" + fs::path(here_).parent_path().string()},
+        {"tex;.;..", here_ + "/tex;" + here_ + ";" + fs::path(here_).parent_path().generic_string()},
         {"C:;C:x;C:/", "C:.;C:x;C:/"},
         {"/", ""},
         {"\\\\srv\\share\\", "\\\\srv\\share"},

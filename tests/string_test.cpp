@@ -9,6 +9,7 @@
 #include <climits>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -94,9 +95,9 @@ TEST_F(StringSearch, FindsPeriodicPatternsAfterSimilarOnes) {
 // The library takes long texts in stretches of 2048 bytes, and long patterns in another way than
 // short ones. What it must not find differs in the last byte only.
 TEST_F(StringSearch, FindsPatternsOfAnyLengthAcrossStretches) {
-    for (const std::size_t length : {1UL, 2UL, 255UL, 256UL, 257UL, 513UL, 3000UL}) {
+    for (const std::size_t length : {1U, 2U, 255U, 256U, 257U, 513U, 3000U}) {
         const std::string pattern = std::string(length - 1, 'A') + 'B';
-        for (const std::size_t at : {0UL, 1UL, 1000UL, 2047UL, 2048UL, 2049 - length % 2049}) {
+        for (const std::size_t at : std::vector<std::size_t>{0, 1, 1000, 2047, 2048, 2049 - length % 2049}) {
             for (const char around : {'a', 'b', '-'}) {
                 for (const std::size_t rest : {0U, 1U, 2047U, 5000U}) {
                     std::string in = std::string(at, around) + lower(pattern);

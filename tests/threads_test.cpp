@@ -4,6 +4,7 @@
 #include "fuzz/models/container_model.h"
 #include "fuzz/models/pool_model.h"
 #include "fuzz/models/search_path_model.h"
+#include "scratch_folder.h"
 
 #include <vxhandles.h>
 #include <vxpattern.h>
@@ -12,9 +13,7 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
-#include <sys/mman.h>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -32,8 +31,8 @@ void useEverything(unsigned seed) {
     ListModel<VxOwningList<int>> list;
     TableModel<VxPointerTable<int>> table;
     PoolModel pool(16);
-    const int memory = ::memfd_create("image", 0);
-    const std::string file = "/proc/self/fd/" + std::to_string(memory);
+    const ScratchFolder folder;
+    const std::string file = folder.at("picture.sgi");
     SearchPathRun path("/a;/b", "/");
     for (int i = 0; i < 1000; ++i) {
         pool.change(below);
@@ -62,7 +61,6 @@ void useEverything(unsigned seed) {
         EXPECT_EQ(vxPictureRead(file.c_str()), picture);
     }
     EXPECT_EQ(pool.difference(), "");
-    ::close(memory);
 }
 
 TEST(Threads, ReadWhatTheyShareAndChangeTheirOwn) {

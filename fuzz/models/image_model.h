@@ -385,7 +385,7 @@ inline Header headerOf(const VxImage &image) {
 
 // An image that cannot be opened leaves the caller's descriptor open.
 inline bool opensByDescriptor(const std::string &path) {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int descriptor = ::open(path.c_str(), O_RDONLY);
     VxImage *image = vxImageOpenFd(descriptor, "r");
     takeReports();
     if (image == nullptr) return ::close(descriptor) != 0;
@@ -393,7 +393,7 @@ inline bool opensByDescriptor(const std::string &path) {
 }
 
 inline int nextDescriptor() {
-    const int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const int descriptor = ::dup(1);
     ::close(descriptor);
     return descriptor;
 }

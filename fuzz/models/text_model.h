@@ -172,9 +172,9 @@ inline bool hasConsistentClasses(const std::string &text) {
 
 // ---- Lines, read into a buffer of `size` bytes
 
-inline std::string lineDifference(std::string text, std::size_t size, bool trims) {
-    if (text.empty()) return "";
-    FILE *stream = ::fmemopen(text.data(), text.size(), "r");
+// The stream has the text, and is closed at the end.
+inline std::string lineDifference(const std::string &text, FILE *stream, std::size_t size,
+                                  bool trims) {
     std::vector<char> buffer(size);
     auto *read = trims ? vxReadTrimmedLine : vxReadLine;
     std::string all;

@@ -1,0 +1,33 @@
+// What tests ask of the system, in the form of this one.
+
+#ifndef VX_TESTS_SYSTEM_H
+#define VX_TESTS_SYSTEM_H
+
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <unistd.h>
+
+// The character locale for the duration of a scope.
+class InLocale {
+public:
+    explicit InLocale(const char *name) { EXPECT_NE(std::setlocale(LC_CTYPE, name), nullptr); }
+    ~InLocale() { std::setlocale(LC_CTYPE, "C"); }
+    InLocale(const InLocale &) = delete;
+    InLocale &operator=(const InLocale &) = delete;
+};
+
+// A stream that reads a text. It cannot be written to.
+inline FILE *streamOf(std::string &text) {
+    return ::fmemopen(text.data(), text.size(), "r");
+}
+
+inline testing::KilledBySignal endedByAbort() {
+    return testing::KilledBySignal(SIGABRT);
+}
+
+#endif

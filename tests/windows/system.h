@@ -1,0 +1,62 @@
+// What tests ask of the system, in the form of this one.
+
+#ifndef VX_TESTS_SYSTEM_H
+#define VX_TESTS_SYSTEM_H
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <io.h>
+#include <mbctype.h>
+#include <string>
+#include <unistd.h>
+
+// The character locale and the code page for the duration of a scope.
+class InLocale {
+public:
+    explicit InLocale(const std::string &name) {
+        struct Locale {
+            const char *name, *here;
+            int page;
+        };
+        for (const Locale &locale : {Locale{"C", "C", _MB_CP_SBCS},
+                                     {"C.UTF-8", "C", 65001},
+                                     {"de_DE.ISO-8859-1", "German_Germany.1252", 1252},
+                                     {"ja_JP.SJIS", "Japanese_Japan.932", 932},
+                                     {"zh_CN.GBK", "Chinese_China.936", 936},
+                                     {"ko_KR.EUC-KR", "Korean_Korea.949", 949},
+                                     {"zh_TW.BIG5", "Chinese_Taiwan.950", 950}}) {
+            if (name != locale.name) continue;
+            EXPECT_NE(std::setlocale(LC_CTYPE, locale.here), nullptr) << name;
+            EXPECT_EQ(::_setmbcp(locale.page), 0) << name;
+            return;
+        }
+        ADD_FAILURE() << "no locale " << name;
+    }
+    ~InLocale() {
+        std::setlocale(LC_CTYPE, "C");
+        ::_setmbcp(_MB_CP_SBCS);
+    }
+    InLocale(const InLocale &) = delete;
+    InLocale &operator=(const InLocale &) = delete;
+};
+
+inline int pipe(int *ends) {
+    return ::_pipe(ends, 4096, _O_BINARY);
+}
+
+// A stream that reads a text. It cannot be written to.
+inline FILE *streamOf(const std::string &text) {
+    FILE *file = std::fopen("stream.txt", "wb");
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::fclose(file);
+    return std::fopen("stream.txt", "rb");
+}
+
+inline testing::ExitedWithCode endedByAbort() {
+    return testing::ExitedWithCode(3);
+}
+
+#endif
