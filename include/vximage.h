@@ -229,6 +229,7 @@ VX_API int vxImageBadRow(VxImage *image, unsigned y, unsigned z);
  * the start of the file if no run-length row was written there. The result is the position. It is
  * -1 after ROW_OUT_OF_RANGE (y and z are not stored then), BAD_DIMENSION and BAD_STORAGE, and
  * without a message for a position above VX_IMAGE_MAX_POSITION and a seek that the system refused.
+ * Where a long has 32 bits, a position of 2 GiB or more is returned as the same 32 bits.
  */
 VX_API long vxImageSeekRow(VxImage *image, unsigned y, unsigned z);
 
@@ -325,7 +326,8 @@ VX_API void vxImageRleDecode(const void *input, int inputWidth, void *output, in
 
 /*
  * Moves the descriptor to a position unless it is known to be there. The result is the position,
- * or -1 if the system's seek failed; then no position is known.
+ * or -1 if the system's seek failed; then no position is known. Where a long has 32 bits, a
+ * position of 2 GiB or more is returned as the same 32 bits.
  */
 VX_API long vxImageFileSeek(VxImage *image, uint32_t position);
 

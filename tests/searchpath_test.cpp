@@ -47,7 +47,8 @@ TEST_F(SearchPath, Create) {
         {";;;", ""},
         {"C:/a;;C:\\b\\;", "C:/a;C:/b"},
         {"C:/a;C:/a", "C:/a;C:/a"},
-        {"tex;.;..", here_ + "/tex;" + here_ + ";" + fs::path(here_).parent_path().generic_string()},
+        {"tex;.;..",
+         here_ + "/tex;" + here_ + ";" + fs::path(here_).parent_path().generic_string()},
         {"C:;C:x;C:/", "C:.;C:x;C:/"},
         {"/", ""},
         {"\\\\srv\\share\\", "\\\\srv\\share"},
@@ -61,7 +62,8 @@ TEST_F(SearchPath, Create) {
 TEST_F(SearchPath, CreateWithoutACurrentDirectoryDropsRelativeEntries) {
     fs::create_directory("gone");
     fs::current_path("gone");
-    fs::remove(path / "gone");
+    std::error_code refused;
+    if (!fs::remove(path / "gone", refused)) GTEST_SKIP() << "the system keeps the folder";
     EXPECT_EQ(createdFrom("a;C:/b;c"), "C:/b");
 }
 
@@ -121,7 +123,7 @@ TEST_F(SearchPath, FindGivesTheDirectory) {
     touch("one/a.tex/is a folder");
     touch("two/a.tex");
     touch("two/sub/b.tex");
-    const List list = listOf("one;two"), root = listOf("/");
+    const List list = listOf("one;two");
     const char *two = vxSearchPathGet(list.get(), 1);
     const std::string file = at("two/a.tex"), folder = at("one/a.tex");
     const struct {
@@ -138,14 +140,17 @@ TEST_F(SearchPath, FindGivesTheDirectory) {
         {list.get(), folder.c_str(), nullptr, folder},
         {list.get(), "/missing/../x/", nullptr, "/x"},
         {nullptr, "a.tex", nullptr, ""},
-        // The root is an empty entry, and found there is the empty text.
-        {root.get(), file.c_str() + 1, vxSearchPathGet(root.get(), 0), ""},
     };
     for (const auto &test : cases) {
         EXPECT_EQ(vxSearchPathFind(test.list, test.name, 1), test.found);
         const VxUniqueText text(vxSearchPathResolve(test.list, test.name, nullptr, 1));
         EXPECT_EQ(text != nullptr ? text.get() : "", test.resolved);
     }
+    if (!file.starts_with('/')) return;
+    // The root is an empty entry, and found there is the empty text.
+    const List root = listOf("/");
+    EXPECT_EQ(vxSearchPathFind(root.get(), file.c_str() + 1, 1), vxSearchPathGet(root.get(), 0));
+    EXPECT_EQ(vxSearchPathResolve(root.get(), file.c_str() + 1, nullptr, 1), nullptr);
 }
 
 TEST_F(SearchPath, FindGoesOnInTheMergedList) {
@@ -162,10 +167,11 @@ TEST_F(SearchPath, FindGoesOnInTheMergedList) {
 
 TEST_F(SearchPath, FindInPage932) {
     const InLocale locale("ja_JP.SJIS");
+    EXPECT_EQ(createdFrom("C:/" SO ";" SO "\\x"), "C:/" SO ";" + here_ + "/" SO "/x");
+    if (!kFileNamesAreBytes) GTEST_SKIP() << "the system reads names in a page of its own";
     touch("tex/" SO "/" SO ".sgi");
     const List list = listOf("tex");
     EXPECT_EQ(vxSearchPathFind(list.get(), SO "\\" SO ".sgi", 0), vxSearchPathGet(list.get(), 0));
-    EXPECT_EQ(createdFrom("C:/" SO ";" SO "\\x"), "C:/" SO ";" + here_ + "/" SO "/x");
 }
 
 TEST_F(SearchPath, FindFileAlongText) {

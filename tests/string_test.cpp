@@ -97,7 +97,8 @@ TEST_F(StringSearch, FindsPeriodicPatternsAfterSimilarOnes) {
 TEST_F(StringSearch, FindsPatternsOfAnyLengthAcrossStretches) {
     for (const std::size_t length : {1U, 2U, 255U, 256U, 257U, 513U, 3000U}) {
         const std::string pattern = std::string(length - 1, 'A') + 'B';
-        for (const std::size_t at : std::vector<std::size_t>{0, 1, 1000, 2047, 2048, 2049 - length % 2049}) {
+        for (const std::size_t at :
+             std::vector<std::size_t>{0, 1, 1000, 2047, 2048, 2049 - length % 2049}) {
             for (const char around : {'a', 'b', '-'}) {
                 for (const std::size_t rest : {0U, 1U, 2047U, 5000U}) {
                     std::string in = std::string(at, around) + lower(pattern);

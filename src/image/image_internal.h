@@ -36,6 +36,10 @@ bool reportFailure(int message, Arguments... arguments) {
     return false;
 }
 
+// Seeks, unless the file is at that position. False if the system refuses; no position is known
+// then.
+bool moveTo(VxImage *image, std::uint32_t position);
+
 // vxSwapShorts from one place to another; the two may be the same.
 void swapShorts(void *to, const void *from, int byteCount);
 

@@ -27,11 +27,15 @@ int trackOffset(VxImage *image, int transferred, int count) {
 
 }  // namespace
 
-long vxImageFileSeek(VxImage *image, std::uint32_t position) {
-    if (position == image->fileOffset && position != kNoPosition) return position;
+bool vx::moveTo(VxImage *image, std::uint32_t position) {
+    if (position == image->fileOffset && position != kNoPosition) return true;
     const bool reached = seekFile(image->file, position);
     image->fileOffset = reached ? position : kNoPosition;
-    return reached ? static_cast<long>(position) : -1;
+    return reached;
+}
+
+long vxImageFileSeek(VxImage *image, std::uint32_t position) {
+    return moveTo(image, position) ? static_cast<long>(position) : -1;
 }
 
 int vxImageFileRead(VxImage *image, void *buffer, int count) {

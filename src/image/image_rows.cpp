@@ -80,20 +80,20 @@ bool selectRow(VxImage *image, unsigned y, unsigned z) {
     return reportFailure(VX_MESSAGE_IMAGE_BAD_DIMENSION);
 }
 
-// Seeks to the selected row; -1, without a message, if its position cannot be reached.
-long seekToSelected(VxImage *image) {
+// Seeks to the selected row. False, without a message, if its position cannot be reached.
+bool seekToSelected(VxImage *image) {
     const std::uint64_t index = selectedIndex(image);
     const std::uint64_t position =
         isVerbatim(image) ? VX_IMAGE_FILE_HEAD + index * image->xSize * elementBytesOf(image)
                           : image->rowStarts[index];
     // Reduced to 32 bits it would be the position of another row.
-    if (position > VX_IMAGE_MAX_POSITION) return -1;
-    return vxImageFileSeek(image, static_cast<std::uint32_t>(position));
+    if (position > VX_IMAGE_MAX_POSITION) return false;
+    return moveTo(image, static_cast<std::uint32_t>(position));
 }
 
 // A position that cannot be reached counts as a short write.
 bool writeSelected(VxImage *image, void *bytes, int count) {
-    return (seekToSelected(image) >= 0 && vxImageFileWrite(image, bytes, count) == count) ||
+    return (seekToSelected(image) && vxImageFileWrite(image, bytes, count) == count) ||
            reportFailure(VX_MESSAGE_IMAGE_ROW_WRITE_FAILED);
 }
 
@@ -172,7 +172,7 @@ bool getRow(VxImage *image, std::uint16_t *row, int y, int z) {
     if (!isFor(image, VX_IMAGE_READ)) return false;
     clampRow(image, y, z);
     const bool selected = selectRow(image, static_cast<unsigned>(y), static_cast<unsigned>(z));
-    const bool reached = selected && seekToSelected(image) >= 0;
+    const bool reached = selected && seekToSelected(image);
     if (storageOf(image) > kRunLength) return reportFailure(VX_MESSAGE_IMAGE_READ_BAD_STORAGE);
     if (!isElementWidthValid(image)) return reportFailure(VX_MESSAGE_IMAGE_READ_BAD_WIDTH);
     if (!selected) return false;  // after a message
@@ -190,7 +190,8 @@ int vxImageBadRow(VxImage *image, unsigned y, unsigned z) {
 }
 
 long vxImageSeekRow(VxImage *image, unsigned y, unsigned z) {
-    return selectRow(image, y, z) ? seekToSelected(image) : -1;
+    const bool reached = selectRow(image, y, z) && seekToSelected(image);
+    return reached ? static_cast<long>(image->fileOffset) : -1;
 }
 
 std::int32_t vxImageRowSize(VxImage *image) {

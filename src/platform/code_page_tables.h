@@ -1,4 +1,4 @@
-// The double-byte pages and which bytes their characters are made of.
+// The double-byte pages and which bytes their characters are made of; the classes of single bytes.
 
 #ifndef VX_PLATFORM_CODE_PAGE_TABLES_H
 #define VX_PLATFORM_CODE_PAGE_TABLES_H
@@ -19,6 +19,16 @@ inline constexpr CodePage kPage932{932, kLeads932, kTrails932};
 inline constexpr CodePage kPage936{936, kLeadsOfOthers, kTrails936};
 inline constexpr CodePage kPage949{949, kLeadsOfOthers, kTrails949};
 inline constexpr CodePage kPage950{950, kLeadsOfOthers, kTrails950};
+
+inline bool isByte(unsigned code) {
+    return code <= 255;
+}
+
+// The class of a byte in the LC_CTYPE locale. Half a character has none.
+inline bool isByteOf(unsigned code, int (*isOfClass)(int)) {
+    return !currentCodePage().isLead(static_cast<char>(code)) &&
+           isOfClass(static_cast<int>(code)) != 0;
+}
 
 }  // namespace vx
 

@@ -20,12 +20,12 @@ using faults::isToFail;
     }
 
 // A transfer that fails may still do half of its work.
-#define VX_WRAP_TRANSFER(name, kind, pointer)                                  \
-    ssize_t __real_##name(int file, pointer buffer, size_t size);              \
-    ssize_t __wrap_##name(int file, pointer buffer, size_t size) {             \
-        const bool fails = isToFail(faults::kind, #name);                      \
-        if (fails && !faults::isShort()) return -1; \
-        return __real_##name(file, buffer, fails ? size / 2 : size);           \
+#define VX_WRAP_TRANSFER(name, kind, pointer)                        \
+    ssize_t __real_##name(int file, pointer buffer, size_t size);    \
+    ssize_t __wrap_##name(int file, pointer buffer, size_t size) {   \
+        const bool fails = isToFail(faults::kind, #name);            \
+        if (fails && !faults::isShort()) return -1;                  \
+        return __real_##name(file, buffer, fails ? size / 2 : size); \
     }
 
 // What is closed is gone, even if closing fails.

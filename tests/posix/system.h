@@ -12,6 +12,8 @@
 #include <string>
 #include <unistd.h>
 
+constexpr bool kFileNamesAreBytes = true;
+
 // The character locale for the duration of a scope.
 class InLocale {
 public:

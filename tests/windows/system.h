@@ -13,6 +13,11 @@
 #include <string>
 #include <unistd.h>
 
+// Files hold bytes, also where a test opens them itself.
+inline const int fileMode = *::__p__fmode() = _O_BINARY;
+
+constexpr bool kFileNamesAreBytes = false;
+
 // The character locale and the code page for the duration of a scope.
 class InLocale {
 public:

@@ -37,19 +37,10 @@ bool isFullWidthDigit(std::wint_t wide) {
     return wide >= 0xFF10 && wide <= 0xFF19;
 }
 
-bool isByte(unsigned code) {
-    return code <= 255;
-}
-
 // The C library calls every digit beyond ASCII a letter.
 bool isDoubleLetter(unsigned code) {
     const std::wint_t wide = wideOf(code);
     return std::iswalpha(wide) != 0 && !isFullWidthDigit(wide);
-}
-
-bool isByteOf(unsigned code, int (*isOfClass)(int)) {
-    return !currentCodePage().isLead(static_cast<char>(code)) &&
-           isOfClass(static_cast<int>(code)) != 0;
 }
 
 }  // namespace

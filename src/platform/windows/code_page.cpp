@@ -1,21 +1,14 @@
 // The page is that of _setmbcp, which by default is the system's.
 
 #include "platform/code_page.h"
+
 #include "platform/code_page_tables.h"
 
+#include <cctype>
 #include <mbctype.h>
 #include <mbstring.h>
 
 namespace vx {
-
-namespace {
-
-// Half a character would count as the byte that it is in a single-byte page.
-bool isLeadAlone(unsigned code) {
-    return code <= 255 && currentCodePage().isLead(static_cast<char>(code));
-}
-
-}  // namespace
 
 const CodePage &currentCodePage() {
     switch (::_getmbcp()) {
@@ -33,11 +26,11 @@ const CodePage &currentCodePage() {
 }
 
 bool isLetter(unsigned code) {
-    return !isLeadAlone(code) && ::_ismbcalpha(code) != 0;
+    return isByte(code) ? isByteOf(code, std::isalpha) : ::_ismbcalpha(code) != 0;
 }
 
 bool isDigit(unsigned code) {
-    return !isLeadAlone(code) && ::_ismbcdigit(code) != 0;
+    return isByte(code) ? isByteOf(code, std::isdigit) : ::_ismbcdigit(code) != 0;
 }
 
 }  // namespace vx

@@ -1,7 +1,6 @@
 #include "platform/environment.h"
 
 #include <cstdlib>
-
 #include <windows.h>
 
 namespace vx {

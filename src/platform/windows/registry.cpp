@@ -5,7 +5,6 @@
 
 #include <optional>
 #include <utility>
-
 #include <windows.h>
 
 namespace vx {
