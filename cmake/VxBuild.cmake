@@ -11,6 +11,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
   target_compile_options(vx_build_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 
+# Results are the same bit for bit on every processor: a product is rounded before it is added, also
+# where one instruction could do both.
+target_compile_options(vx_build_flags INTERFACE -ffp-contract=off)
+
 # Hardening as in distributions: a smashed stack or an overrun buffer ends the process. The addresses
 # of functions are bound at load and read-only from then on. The targets of indirect jumps are marked;
 # this has an effect if the start files of the C library are marked too.
@@ -82,11 +86,30 @@ function(vx_library target)
 endfunction()
 
 # vx_locale(FOLDER NAME SOURCE CHARMAP): builds a locale in FOLDER, with the name that setlocale takes.
+# Locales are files in the byte order of the machine that uses them.
 # For a character set that is not a superset of ASCII, localedef fails but still writes the locale.
 function(vx_locale locales name source charmap)
+  set(order --little-endian)
+  if(CMAKE_CXX_BYTE_ORDER STREQUAL BIG_ENDIAN)
+    set(order --big-endian)
+  endif()
   add_custom_command(OUTPUT ${locales}/${name}/LC_CTYPE
-    COMMAND sh -c "localedef -c -i ${source} -f ${charmap} --no-archive ${locales}/${name} 2>localedef.log || test -f ${locales}/${name}/LC_CTYPE"
+    COMMAND sh -c "localedef ${order} -c -i ${source} -f ${charmap} --no-archive ${locales}/${name} 2>localedef.log || test -f ${locales}/${name}/LC_CTYPE"
     COMMENT "Making the locale ${name}"
     VERBATIM)
   add_custom_target(locale_${name} ALL DEPENDS ${locales}/${name}/LC_CTYPE)
+endfunction()
+
+# vx_program(OUT TARGET): what a script runs as TARGET, which is the program itself or, in a cross
+# build, a script that runs it in the emulator.
+function(vx_program out target)
+  set(program $<TARGET_FILE:${target}>)
+  if(CMAKE_CROSSCOMPILING)
+    list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+    set(script ${CMAKE_CURRENT_BINARY_DIR}/emulated/${target})
+    file(GENERATE OUTPUT ${script} CONTENT "#!/bin/sh\nexec ${emulator} '${program}' \"$@\"\n"
+      FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+    set(program ${script})
+  endif()
+  set(${out} ${program} PARENT_SCOPE)
 endfunction()

@@ -10,6 +10,7 @@
 #include <vxhandles.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdarg>
 #include <cstdint>
 #include <fcntl.h>
@@ -41,6 +42,18 @@ inline std::string reportOf(int id, ...) {
     return text + "\n";
 }
 
+// ---- Byte order
+
+// Added to the type of a new image that is to be big-endian.
+constexpr unsigned kBigEndian = 0x8000;
+
+constexpr bool kIsHostBigEndian = std::endian::native == std::endian::big;
+
+// The format of an image that is written in the order of the machine.
+constexpr unsigned inHostOrder(unsigned format) {
+    return kIsHostBigEndian ? format | kBigEndian : format;
+}
+
 // ---- What reading gives
 
 // The messages of the call; the elements, if it succeeds; and the size of the stored row.
@@ -69,11 +82,13 @@ constexpr unsigned kRead = VX_IMAGE_READ, kAtEnd = kRead | VX_IMAGE_EOF;
 // The fields of the header, and the name.
 using Header = std::pair<Elements, std::string>;
 
-// A file as a reader sees it.
+// A file as a reader sees it. Without a magic number it counts as one in the machine's order.
 class ImageModel {
 public:
     explicit ImageModel(std::string file)
-        : file_(std::move(file)), bigEndian_(file_.starts_with("\x01\xDA")) {}
+        : file_(std::move(file)),
+          bigEndian_(kIsHostBigEndian ? !file_.starts_with("\xDA\x01")
+                                      : file_.starts_with("\x01\xDA")) {}
 
     unsigned width() const { return head(3); }
     int height() const { return dimension() < 2 ? 1 : static_cast<int>(head(4)); }
@@ -213,9 +228,6 @@ private:
 };
 
 // ---- Writing
-
-// Added to the type of a new image that is to be big-endian.
-constexpr unsigned kBigEndian = 0x8000;
 
 // A new image as a list of written rows.
 class FileModel {

@@ -14,7 +14,7 @@ public:
     // In an empty file. If `brightest`, all elements are the largest value.
     ImageRun(const std::string &path, unsigned format, unsigned x, unsigned y, unsigned z,
              bool brightest)
-        : file_(format, x, y, z),
+        : file_(inHostOrder(format), x, y, z),
           image_(vxImageOpen(path.c_str(), "w", format & ~kBigEndian, 3U, x, y, z)),
           rows_(static_cast<int>(y)),
           planes_(static_cast<int>(z)),

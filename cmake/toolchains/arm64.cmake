@@ -1,0 +1,5 @@
+# Linux arm64 on any other machine: Debian's cross compiler, and programs run under qemu-user.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(vx_debian_architecture arm64)
+include(${CMAKE_CURRENT_LIST_DIR}/debian_cross.cmake)
