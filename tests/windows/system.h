@@ -13,6 +13,8 @@
 #include <string>
 #include <unistd.h>
 
+#include <windows.h>
+
 // Files hold bytes, also where a test opens them itself.
 inline const int fileMode = *::__p__fmode() = _O_BINARY;
 
@@ -58,6 +60,25 @@ inline FILE *streamOf(const std::string &text) {
     std::fwrite(text.data(), 1, text.size(), file);
     std::fclose(file);
     return std::fopen("stream.txt", "rb");
+}
+
+// Null removes the variable.
+inline void setVariable(const char *name, const char *value) {
+    ::_putenv_s(name, value != nullptr ? value : "");
+}
+
+inline void *loadLibrary(const char *path) {
+    return ::LoadLibraryA(path);
+}
+
+inline void *symbolOf(void *library, const char *name) {
+    return reinterpret_cast<void *>(::GetProcAddress(static_cast<HMODULE>(library), name));
+}
+
+// Whether the library is then gone.
+inline bool unloadLibrary(void *library, const char *path) {
+    ::FreeLibrary(static_cast<HMODULE>(library));
+    return ::GetModuleHandleA(path) == nullptr;
 }
 
 inline testing::ExitedWithCode endedByAbort() {
