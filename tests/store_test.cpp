@@ -8,6 +8,32 @@
 
 namespace {
 
+// Numbers that enumerate in their order, whether the system sorts the names or not.
+std::string numbered(int from, int to) {
+    std::string values;
+    for (int i = from; i < to; ++i) {
+        const std::string number = std::to_string(i);
+        values.append("\"").append(3 - number.size(), '0').append(number);
+        values.append("\"=\"C:/" + number + "\"\n");
+    }
+    return values;
+}
+
+TEST_F(Store, AListIsWrittenCompletelyThoughOnlyItsStartIsRead) {
+    writeUser(numbered(0, 60) + "\"059x\"=dword:00000000\n" + numbered(60, 130));
+    {
+        const Library library;
+        EXPECT_EQ(library.get(1, 1)->count, 128U);
+        for (const unsigned i : {128U, 129U})
+            library.insert(library.get(1, 1), i, ("C:/" + std::to_string(i)).c_str());
+    }
+    for (int i = 0; i < 130; ++i) {
+        const std::string number = std::to_string(i);
+        EXPECT_TRUE(userHas("\"" + number + "\"=\"C:/" + number + "\"\n")) << i;
+    }
+    EXPECT_FALSE(userHas("059x"));
+}
+
 TEST_F(Store, ReadsValuesByTheirRules) {
     const std::string longest = "/" + std::string(258, 'x');
     std::vector<DataRow> rows = dataRows("store.txt", "values");

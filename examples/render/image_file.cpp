@@ -5,8 +5,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <csignal>
 #include <cstddef>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 ImageFile::ImageFile(const char *path, int width, int height, const char *title)
@@ -60,10 +63,19 @@ bool ImageFile::close() {
         check(std::find(image_->rowSizes, end, -1) == end);  // -1: the row was never written
         if (good_) {
             check(vxImageFinish(std::move(image_)));
-            check(good_ && std::rename(partPath_.c_str(), path_.c_str()) == 0);
+            std::error_code refused;
+            if (good_) std::filesystem::rename(partPath_, path_, refused);
+            if (refused) errno = refused.value();
+            check(good_ && !refused);
         }
         if (!good_) discard();
     }
     if (!good_) reportNotWritten(path_, reason_);
     return good_;
+}
+
+void ignoreFileSizeSignal() {
+#ifdef SIGXFSZ
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
 }

@@ -10,6 +10,9 @@
 #include <string>
 #include <vector>
 
+// Where a limit on the size of files ends the process, it is from now on a failure like any other.
+void ignoreFileSizeSignal();
+
 // The image is written under a temporary name, and replaces the file of its own name when it is
 // closed with all its rows. After a failure an older picture is unchanged.
 class ImageFile {

@@ -18,6 +18,7 @@
 //     view               byte order
 //     report             the message services
 
+#include "image_file.h"
 #include "picture.h"
 #include "report.h"
 
@@ -56,9 +57,15 @@ static void stop(int signal) {
     std::signal(signal, SIG_DFL);
 }
 
+static constexpr int kStopSignals[] = {
+#ifdef SIGHUP
+    SIGHUP,
+#endif
+    SIGINT, SIGTERM};
+
 static void handleSignals() {
-    std::signal(SIGXFSZ, SIG_IGN);  // report a file size limit as a failure
-    for (const int each : {SIGHUP, SIGINT, SIGTERM}) {
+    ignoreFileSizeSignal();
+    for (const int each : kStopSignals) {
         if (std::signal(each, stop) == SIG_IGN) std::signal(each, SIG_IGN);
     }
 }

@@ -25,7 +25,7 @@ std::string firstMatch(const char *directory, const char *pattern) {
     std::string first;
     std::error_code error;
     for (const auto &entry : std::filesystem::directory_iterator(directory, error)) {
-        const std::string name = entry.path().filename();
+        const std::string name = entry.path().filename().string();
         if ((first.empty() || name < first) && entry.is_regular_file(error) &&
             vxMatchPattern(name.c_str(), pattern) != 0)
             first = name;

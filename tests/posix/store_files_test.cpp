@@ -13,16 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Values with these numbers and a directory each.
-std::string numbered(int from, int to) {
-    std::string values;
-    for (int i = from; i < to; ++i) {
-        const std::string number = std::to_string(i);
-        values.append("\"" + number).append("\"=\"C:/" + number).append("\"\n");
-    }
-    return values;
-}
-
 // Loading writes nothing, not even an empty file.
 TEST_F(Store, FirstUnloadMakesEmptyKeys) {
     for (const std::string folder : {"", "a/b/"}) {
@@ -40,16 +30,6 @@ TEST_F(Store, FirstUnloadMakesEmptyKeys) {
                       "REGEDIT4\n\n" + heading(root, kTextures) + "\n" + heading(root, kWebs));
         }
     }
-}
-
-TEST_F(Store, AListIsWrittenCompletelyThoughOnlyItsStartIsRead) {
-    writeUser(numbered(0, 60) + "\"n\"=dword:00000000\n" + numbered(60, 130));
-    {
-        const Library library;
-        library.insert(library.get(1, 1), 128, "C:/more");
-    }
-    EXPECT_NE(read("user.reg").find(numbered(0, 128) + "\"128\"=\"C:/more\"\n\n"),
-              std::string::npos);
 }
 
 TEST_F(Store, UnloadReplacesTheValuesAndNothingElse) {

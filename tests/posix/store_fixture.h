@@ -24,9 +24,9 @@ protected:
     void writeMachine(const std::string &values) const {
         write("machine.reg", "REGEDIT4\n" + heading("HKEY_LOCAL_MACHINE", kTextures) + values);
     }
-    // Whether the values of the user are these.
+    // Whether these are among the user's values.
     bool userHas(const std::string &values) const {
-        return read("user.reg").find(kTextures + ("]\n" + values)) != std::string::npos;
+        return read("user.reg").find(values) != std::string::npos;
     }
 };
 

@@ -1,5 +1,5 @@
-// Linked to the library: the user's list of textures must be the first argument, and gets the second
-// one as its first entry.
+// Linked to the library: the user's list of textures must be the first argument, and gets the
+// second one as its first entry.
 
 #include <vxhandles.h>
 #include <vxsearchpath.h>

@@ -68,9 +68,9 @@ protected:
     static void writeMachine(const std::string &values) {
         Key(HKEY_LOCAL_MACHINE, kTextures).set(parsed(values));
     }
-    // Whether the values of the user are these.
+    // Whether these are among the user's values.
     static bool userHas(const std::string &values) {
-        return Key(HKEY_CURRENT_USER, kTextures).values() == values;
+        return Key(HKEY_CURRENT_USER, kTextures).values().find(values) != std::string::npos;
     }
 };
 

@@ -28,34 +28,6 @@ TEST_F(Store, FirstUnloadMakesEmptyKeys) {
     }
 }
 
-// Numbers that enumerate in their order, whether the system sorts the names or not.
-std::string numbered(int from, int to) {
-    std::string values;
-    for (int i = from; i < to; ++i) {
-        const std::string number = std::to_string(i);
-        values.append("\"").append(3 - number.size(), '0').append(number);
-        values.append("\"=\"C:/" + number + "\"\n");
-    }
-    return values;
-}
-
-TEST_F(Store, AListIsWrittenCompletelyThoughOnlyItsStartIsRead) {
-    writeUser(numbered(0, 60) + "\"059x\"=dword:00000000\n" + numbered(60, 130));
-    {
-        const Library library;
-        EXPECT_EQ(library.get(1, 1)->count, 128U);
-        library.insert(library.get(1, 1), 128, "C:/128");
-        library.insert(library.get(1, 1), 129, "C:/129");
-    }
-    const Key key(HKEY_CURRENT_USER, kTextures);
-    for (int i = 0; i < 130; ++i) {
-        const std::string number = std::to_string(i);
-        EXPECT_NE(key.values().find("\"" + number + "\"=\"C:/" + number + "\"\n"),
-                  std::string::npos);
-    }
-    EXPECT_EQ(key.values().find("dword"), std::string::npos);
-}
-
 // The process reads at its start, before its own code runs, and writes at its end.
 TEST_F(Store, ALinkedProgramReadsAtItsStartAndWritesAtItsEnd) {
     writeUser("\"7\"=\"C:\\\\maps\\\\\"\n");

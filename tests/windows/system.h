@@ -12,7 +12,6 @@
 #include <mbctype.h>
 #include <string>
 #include <unistd.h>
-
 #include <windows.h>
 
 // Files hold bytes, also where a test opens them itself.
@@ -29,7 +28,7 @@ public:
             int page;
         };
         for (const Locale &locale : {Locale{"C", "C", _MB_CP_SBCS},
-                                     {"C.UTF-8", "C", 65001},
+                                     {"de_DE.UTF-8", "C", 65001},
                                      {"de_DE.ISO-8859-1", "German_Germany.1252", 1252},
                                      {"ja_JP.SJIS", "Japanese_Japan.932", 932},
                                      {"zh_CN.GBK", "Chinese_China.936", 936},
@@ -56,10 +55,10 @@ inline int pipe(int *ends) {
 
 // A stream that reads a text. It cannot be written to.
 inline FILE *streamOf(const std::string &text) {
-    FILE *file = std::fopen("stream.txt", "wb");
+    FILE *file = std::fopen("text", "wb");
     std::fwrite(text.data(), 1, text.size(), file);
     std::fclose(file);
-    return std::fopen("stream.txt", "rb");
+    return std::fopen("text", "rb");
 }
 
 // Null removes the variable.

@@ -1,4 +1,6 @@
-# Tests of what only Windows has.
+# Tests of what only Windows has, and all that runs under Wine.
+
+set(toolchains ${PROJECT_SOURCE_DIR}/cmake/toolchains)
 
 add_executable(linked_program windows/linked_program.cpp)
 target_link_libraries(linked_program PRIVATE vxutil vxframework vx_build_flags)
@@ -9,3 +11,23 @@ vx_test(store_test store_test.cpp windows/store_registry_test.cpp
   ${PROJECT_SOURCE_DIR}/src/platform/registry_key.cpp LOADS)
 target_include_directories(store_test PRIVATE ${PROJECT_SOURCE_DIR}/src)
 add_dependencies(store_test linked_program)
+
+if(VXUTIL_BUILD_EXAMPLES)
+  vx_command_test(Examples.antialias antialias ${scratch})
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${toolchains}/in_wine_with_registry ${PROJECT_BINARY_DIR}/wine)
+  vx_program(program find_texture)
+  vx_command_test(Examples.find_texture ${CMAKE_CURRENT_SOURCE_DIR}/find_texture_test.sh
+    ${PROJECT_SOURCE_DIR}/examples/find_texture.sh ${program} ${scratch}/find_texture)
+endif()
+
+# Each program that ends writes the registry, so these run one at a time. The prefix with the registry
+# is made anew for each run of the tests.
+get_property(tests DIRECTORY PROPERTY TESTS)
+set_tests_properties(${tests} PROPERTIES RESOURCE_LOCK wine FIXTURES_REQUIRED wine)
+add_test(NAME Wine COMMAND ${toolchains}/new_wine_prefix ${PROJECT_BINARY_DIR}/wine)
+set_tests_properties(Wine PROPERTIES FIXTURES_SETUP wine)
+
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+add_test(NAME Exports.AsObjdumpPrintsThem
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/windows/exports_test.py
+    ${CMAKE_OBJDUMP} $<TARGET_FILE_DIR:vxutil> ${PROJECT_SOURCE_DIR}/src)

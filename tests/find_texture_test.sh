@@ -1,0 +1,8 @@
+#!/bin/sh
+# Runs an example, and compares its copies with the bytes that they have on every machine:
+# find_texture_test.sh FIND_TEXTURE.SH PROGRAM FOLDER
+set -eu
+sums=$(cd "$(dirname "$0")/data" && pwd)/find_texture.sha256
+"$1" "$2" "$3"
+cd "$3/out"
+sha256sum --check --quiet "$sums"
