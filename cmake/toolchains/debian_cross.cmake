@@ -8,7 +8,7 @@ set(CMAKE_CXX_COMPILER ${triplet}-g++)
 get_filename_component(converters ../../build/converters/${vx_debian_architecture} ABSOLUTE
   BASE_DIR ${CMAKE_CURRENT_LIST_DIR})
 set(CMAKE_CROSSCOMPILING_EMULATOR
-  qemu-${CMAKE_SYSTEM_PROCESSOR} -L /usr/${triplet} -E GCONV_PATH=${converters})
+  qemu-${CMAKE_SYSTEM_PROCESSOR} ${vx_emulated_processor} -L /usr/${triplet} -E GCONV_PATH=${converters})
 
 # Programs are the host's; headers, libraries and packages are the target's.
 set(CMAKE_FIND_ROOT_PATH /usr/${triplet})
