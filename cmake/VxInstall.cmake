@@ -1,5 +1,5 @@
 # The installed product: two libraries, the public headers, a CMake package and a pkg-config file.
-# Debian packages are made from it by scripts/make-deb.
+# scripts/make-deb makes Debian packages from it, and scripts/make-zip an archive for Windows.
 
 include(CMakePackageConfigHelpers)
 
@@ -8,6 +8,8 @@ install(TARGETS vxutil vxframework
   EXPORT vxutil-targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     COMPONENT runtime NAMELINK_COMPONENT development
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime  # DLLs
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development  # import libraries
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
