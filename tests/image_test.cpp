@@ -228,7 +228,7 @@ TEST_F(Image, RowsAfter4GiBAreNeitherWrittenNorRead) {
     EXPECT_EQ(vxImagePutRow(image.get(), row.data(), 54528, 10922), -1);
     EXPECT_EQ(takeReports(), reportOf(20377));
     image.reset();
-    std::filesystem::resize_file(path_, std::uintmax_t{5} << 30);
+    std::fstream(path_).seekp(std::streamoff{5} << 30).put('\0');
     image = open();
     EXPECT_EQ(vxImageGetRow(image.get(), row.data(), 54527, 10922), 6);
     EXPECT_EQ(vxImageGetRow(image.get(), row.data(), 54528, 10922), -1);

@@ -68,7 +68,7 @@ TEST(Texts, AreTreatedAsTheModelSays) {
 }
 
 TEST(Lines, AreEndedByALineFeed) {
-    FILE *file = std::tmpfile();
+    FILE *file = std::fopen("newline", "wb+");
     EXPECT_EQ(vxWriteNewline(file), '\n');
     std::rewind(file);
     EXPECT_EQ(std::fgetc(file), '\n');
