@@ -14,38 +14,38 @@ bool exists(HKEY root, const char *path) {
 }
 
 TEST_F(Store, FirstUnloadMakesEmptyKeys) {
-    for (const bool isUnloaded : {false, true}) {
+    const auto expectKeys = [](bool areThere) {
         for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
             for (const char *path : {kTextures, kWebs}) {
-                EXPECT_EQ(exists(root, path), isUnloaded);
-                EXPECT_TRUE(!isUnloaded || Key(root, path).values().empty());
+                EXPECT_EQ(exists(root, path), areThere);
+                EXPECT_TRUE(!areThere || Key(root, path).values().empty());
             }
-        if (isUnloaded) return;
+    };
+    {
         const Library library;
-        for (const int category : {1, 2})
-            for (const int level : {0, 1, 2, 3})
-                EXPECT_EQ(library.text(category, level), "");
+        EXPECT_EQ(library.text(1, 0) + library.text(2, 0), "");
+        expectKeys(false);
     }
+    expectKeys(true);
 }
 
-// The process reads at its start, before its own code runs, and writes at its end.
-TEST_F(Store, ALinkedProgramReadsAtItsStartAndWritesAtItsEnd) {
+// It reads the registry when it starts and writes when it ends.
+TEST_F(Store, IsReadAndWrittenByAProgramThatIsLinkedToTheLibrary) {
     writeUser("\"7\"=\"C:\\\\maps\\\\\"\n");
     char path[MAX_PATH];
     ::GetModuleFileNameA(nullptr, path, sizeof path);
-    const std::string folder(path, std::string(path).rfind('\\') + 1);
-    const std::string program = folder + "linked_program.exe";
-    EXPECT_EQ(::_spawnl(_P_WAIT, program.c_str(), "linked_program", "C:/maps", "C:/added", nullptr),
-              0);
-    EXPECT_TRUE(userHas("\"0\"=\"C:/added\"\n\"1\"=\"C:/maps\"\n"));
+    const std::string program =
+        std::string(path, std::string(path).rfind('\\')) + "\\headers_test.exe";
+    EXPECT_EQ(::_spawnl(_P_WAIT, program.c_str(), "headers_test", nullptr), 0);
+    EXPECT_TRUE(userHas("\"0\"=\"C:/maps\"\n"));
+    EXPECT_FALSE(userHas("\"7\""));
 }
 
-TEST(Exports, HaveTheirOrdinals) {
+TEST(Exports, AreFoundByTheirOrdinals) {
     const Library library;
-    const HMODULE module = ::GetModuleHandleA(VX_LIBRARY);
     for (int ordinal = 99; ordinal <= 496; ++ordinal) {
-        const auto found = reinterpret_cast<void *>(
-            ::GetProcAddress(module, MAKEINTRESOURCEA(static_cast<WORD>(ordinal))));
+        const auto number = MAKEINTRESOURCEA(static_cast<WORD>(ordinal));
+        const void *found = symbolOf(::GetModuleHandleA(VX_LIBRARY), number);
         EXPECT_EQ(library.address(ordinal), ordinal < 496 ? found : nullptr) << ordinal;
         EXPECT_EQ(found == nullptr, ordinal == 99) << ordinal;
     }
