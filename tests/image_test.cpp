@@ -121,7 +121,7 @@ TEST_F(Image, FilesOfMachinesOfBothByteOrdersHoldTheSame) {
         EXPECT_TRUE(readSample("vxutil_" + name + "_big.sgi") == picture) << name;
         const std::string big = folder_.read("a.sgi");
         folder_.clear();
-        ASSERT_TRUE(vxPictureWrite(path_.c_str(), picture, big[2] << 8));
+        ASSERT_TRUE(vxPictureWrite(path_.c_str(), picture, static_cast<unsigned>(big[2]) << 8));
         EXPECT_TRUE(folder_.read("a.sgi") == big) << name;
     }
 }
