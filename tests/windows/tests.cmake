@@ -1,6 +1,7 @@
 # Tests of what only Windows has, and all that runs under Wine.
 
 set(toolchains ${PROJECT_SOURCE_DIR}/cmake/toolchains)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${toolchains}/in_wine ${PROJECT_BINARY_DIR}/wine)
 
 # The values of the tests are written as in registry files, which are text on every system.
 vx_test(store_test store_test.cpp windows/store_registry_test.cpp
@@ -8,14 +9,6 @@ vx_test(store_test store_test.cpp windows/store_registry_test.cpp
   ${PROJECT_SOURCE_DIR}/src/platform/registry_key.cpp LOADS)
 target_include_directories(store_test PRIVATE ${PROJECT_SOURCE_DIR}/src)
 add_dependencies(store_test headers_test)
-
-if(VXUTIL_BUILD_EXAMPLES)
-  vx_command_test(Examples.antialias antialias ${scratch})
-  set(CMAKE_CROSSCOMPILING_EMULATOR ${toolchains}/in_wine_with_registry ${PROJECT_BINARY_DIR}/wine)
-  vx_program(program find_texture)
-  vx_command_test(Examples.find_texture ${CMAKE_CURRENT_SOURCE_DIR}/find_texture_test.sh
-    ${PROJECT_SOURCE_DIR}/examples/find_texture.sh ${program} ${scratch}/find_texture)
-endif()
 
 # Each program that ends writes the registry, so these run one at a time. The prefix with the registry
 # is made anew for each run of the tests.
