@@ -14,7 +14,7 @@
  *     bytes, without the terminator unless a comment includes it.
  *  5. If a function returns new text, the caller owns it and calls free: it is from malloc.
  *  6. Pointers must not be null unless a comment allows it.
- *  7. A long has 32 bits on Windows. Nothing else in the headers differs between systems.
+ *  7. A long has 32 bits on Windows. Other differences are noted where they occur.
  *  8. There are no locks. Callers must not use one object on two threads at the same time.
  */
 #ifndef VXEXPORTS_H

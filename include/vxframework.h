@@ -4,7 +4,8 @@
  * A message is a number in a named catalogue. libvxutil reports the messages of vxmessages.h; their
  * catalogue is "vxmsg". The libvxframework that comes with it holds this catalogue in English and
  * writes reports to standard error. A product with a message system of its own replaces that
- * library, or defines functions of the same names that the dynamic linker finds first.
+ * library, or defines functions of the same names that the dynamic linker finds first (not on
+ * Windows).
  *
  * The services never return a null text, and callers do not free the texts. All functions may be
  * called from several threads at once.

@@ -154,7 +154,8 @@ VX_API void vxSearchPathSwap(VxSearchPath *list, uint32_t one, uint32_t other);
  * Level 1 is the key under HKEY_CURRENT_USER (user.reg), level 2 the one under
  * HKEY_LOCAL_MACHINE (machine.reg), level 3 the variable. Both files are in the folder that
  * VX_REGISTRY_DIR names. Without that variable user.reg is in $XDG_CONFIG_HOME/vxutil or
- * $HOME/.config/vxutil, and machine.reg is in /etc/vxutil.
+ * $HOME/.config/vxutil, and machine.reg is in /etc/vxutil. On Windows both are keys of the
+ * registry itself.
  *
  * A list is stored as one text value per entry, named by its position from 0. Reading replaces
  * %NAME% by that environment variable, orders the values by the number in their names, takes equal
@@ -165,7 +166,8 @@ VX_API void vxSearchPathSwap(VxSearchPath *list, uint32_t one, uint32_t other);
  *
  * Unloading replaces the values of the four keys by the lists, up to a value that ends the
  * reading. A file that would not change is neither locked nor written. Another process that saves
- * is waited for, for five seconds at most; then nothing is written. A list that could not be read
+ * is waited for, for five seconds at most; then nothing is written. On Windows all four keys are
+ * written, without a lock. A list that could not be read
  * completely at load is read again first, and the entries added since go before it.
  *
  * Lists are read in the code page that the process has when the library is loaded. For a program

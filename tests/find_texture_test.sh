@@ -3,6 +3,7 @@
 # find_texture_test.sh FIND_TEXTURE.SH PROGRAM FOLDER
 set -eu
 sums=$(cd "$(dirname "$0")/data" && pwd)/find_texture.sha256
+rm -rf "$3" # an earlier run may have left copies
 "$1" "$2" "$3"
 cd "$3/out"
 sha256sum --check --quiet "$sums"

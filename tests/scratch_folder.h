@@ -16,6 +16,7 @@ public:
         do {
             path = folder / ("vxtest" + std::to_string(std::random_device()()));
         } while (!std::filesystem::create_directory(path));
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
     }
     ~ScratchFolder() { std::filesystem::remove_all(path); }
     ScratchFolder(const ScratchFolder &) = delete;

@@ -62,8 +62,8 @@ TEST_F(SearchPath, Create) {
 TEST_F(SearchPath, CreateWithoutACurrentDirectoryDropsRelativeEntries) {
     fs::create_directory("gone");
     fs::current_path("gone");
-    std::error_code refused;
-    if (!fs::remove(path / "gone", refused)) GTEST_SKIP() << "the system keeps the folder";
+    if (!kFileNamesAreBytes) GTEST_SKIP() << "the system keeps the folder";
+    ASSERT_TRUE(fs::remove(path / "gone"));
     EXPECT_EQ(createdFrom("a;C:/b;c"), "C:/b");
 }
 

@@ -65,7 +65,7 @@ bool ImageFile::close() {
             check(vxImageFinish(std::move(image_)));
             std::error_code refused;
             if (good_) std::filesystem::rename(partPath_, path_, refused);
-            if (refused) errno = refused.value();
+            if (refused) errno = refused.default_error_condition().value();
             check(good_ && !refused);
         }
         if (!good_) discard();

@@ -1,8 +1,8 @@
 // What happens when a process loads the library and when it unloads it.
 //
-// The loader calls the functions at the end of this file at dlopen and dlclose, or at the start and
-// exit of a process that is linked to the library. The library keeps no state per thread, so
-// threads that start and end need nothing.
+// The loader calls the functions at the end of this file at dlopen and dlclose, on Windows at
+// LoadLibrary and FreeLibrary, or at the start and exit of a process that is linked to the library.
+// The library keeps no state per thread, so threads that start and end need nothing.
 
 #include "platform/lock.h"
 #include "searchpath/path_store.h"

@@ -1,4 +1,4 @@
-// Searches in bytes that every C library has in its fastest form, or not at all.
+// Searches in bytes for which some C libraries have fast functions.
 
 #ifndef VX_PLATFORM_MEMORY_H
 #define VX_PLATFORM_MEMORY_H

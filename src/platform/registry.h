@@ -6,6 +6,9 @@
 // the caller can apply the change to what is there now. No other process saves from then on as long
 // as the Registry lives.
 //
+// Where the system has a registry of its own, a save replaces the values of a key one by one and
+// takes no lock: of two processes, the one that saves last decides.
+//
 // Members throw std::bad_alloc when memory runs out, and nothing else; the system then has the
 // values from before.
 

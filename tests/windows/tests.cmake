@@ -11,7 +11,7 @@ target_include_directories(store_test PRIVATE ${PROJECT_SOURCE_DIR}/src)
 add_dependencies(store_test headers_test)
 
 # Each program that ends writes the registry, so these run one at a time. The prefix with the registry
-# is made anew for each run of the tests.
+# is made again for each run of the tests.
 get_property(tests DIRECTORY PROPERTY TESTS)
 set_tests_properties(${tests} PROPERTIES RESOURCE_LOCK wine FIXTURES_REQUIRED wine)
 add_test(NAME Wine COMMAND ${toolchains}/new_wine_prefix ${PROJECT_BINARY_DIR}/wine)

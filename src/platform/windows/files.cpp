@@ -24,11 +24,11 @@ bool isPosition(long result) {
 }  // namespace
 
 File File::openForReading(const char *path) {
-    return File(::_open(path, _O_RDONLY | _O_BINARY));
+    return File(::_open(path, _O_RDONLY | _O_BINARY | _O_NOINHERIT));
 }
 
 File File::openForWriting(const char *path) {
-    return File(::_sopen(path, _O_WRONLY | _O_CREAT | _O_BINARY, _SH_DENYNO, 0666));
+    return File(::_sopen(path, _O_WRONLY | _O_CREAT | _O_BINARY | _O_NOINHERIT, _SH_DENYNO, 0666));
 }
 
 int readFile(int file, void *buffer, unsigned count) {

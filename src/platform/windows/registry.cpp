@@ -3,7 +3,6 @@
 
 #include "platform/registry.h"
 
-#include <optional>
 #include <utility>
 #include <windows.h>
 
@@ -34,22 +33,23 @@ public:
         }
     }
 
-    // The value at an index. None after the last one, and none for a value that is too long for a
-    // search path: all who use these keys end there.
-    std::optional<RegistryValue> value(DWORD index) const {
+    // A value as the system gives it. Without memory of its own, so a save that has begun
+    // does not run out of memory.
+    struct Fetched {
         char name[16];
         char data[260];
         DWORD nameSize = sizeof name, dataSize = sizeof data, type = 0;
-        if (::RegEnumValueA(key_, index, name, &nameSize, nullptr, &type,
-                            reinterpret_cast<BYTE *>(data), &dataSize) != ERROR_SUCCESS) {
-            return std::nullopt;
-        }
-        return RegistryValue{{name, nameSize}, type, {data, dataSize}};
+    };
+
+    // Fetches the value at an index. False after the last one, and for a value that is too long for
+    // a search path: all who use these keys end there.
+    bool fetch(DWORD index, Fetched &value) const {
+        return ::RegEnumValueA(key_, index, value.name, &value.nameSize, nullptr, &value.type,
+                               reinterpret_cast<BYTE *>(value.data),
+                               &value.dataSize) == ERROR_SUCCESS;
     }
 
-    bool remove(const std::string &name) {
-        return ::RegDeleteValueA(key_, name.c_str()) == ERROR_SUCCESS;
-    }
+    bool remove(const char *name) { return ::RegDeleteValueA(key_, name) == ERROR_SUCCESS; }
 
     bool store(const RegistryValue &value) {
         return ::RegSetValueExA(key_, value.name.c_str(), 0, value.type,
@@ -72,9 +72,10 @@ public:
         std::vector<RegistryValue> values;
         const OpenKey key(root_, path, KEY_READ);
         for (DWORD index = 0; key.isOpen(); ++index) {
-            std::optional<RegistryValue> value = key.value(index);
-            if (!value.has_value()) break;
-            values.push_back(std::move(*value));
+            OpenKey::Fetched value;
+            if (!key.fetch(index, value)) break;
+            values.push_back(
+                {{value.name, value.nameSize}, value.type, {value.data, value.dataSize}});
         }
         return values;
     }
@@ -83,9 +84,8 @@ public:
         OpenKey key(root_, path, kReadWrite);
         if (!key.isOpen()) key.create(root_, path);
         if (!key.isOpen()) return SaveResult::kFailed;
-        while (const auto value = key.value(0)) {
-            if (!key.remove(value->name)) break;
-        }
+        for (OpenKey::Fetched old; key.fetch(0, old) && key.remove(old.name);)
+            old = {};
         bool isComplete = true;
         for (const RegistryValue &value : values)
             isComplete &= key.store(value);
