@@ -46,8 +46,9 @@ struct FindOptions {
 };
 int findFiles(const FindOptions &options);
 
-int describeImages(const std::vector<std::string> &paths);
-int checkImages(const std::vector<std::string> &paths);
+struct BatchOptions;  // of batch.h
+int describeImages(const BatchOptions &options, bool atLength);
+int checkImages(const BatchOptions &options);
 
 // The settings of a new image file; a PNG file has none.
 struct ImageSettings {

@@ -150,11 +150,13 @@ void checkFits(const std::string &input, const PictureForm &form, bool verbatim)
 void copyLines(const std::string &label, PictureSource &source, PictureSink &sink) {
     const PictureForm form = source.form();
     std::vector<std::uint16_t> line(form.lineElements());
-    ProgressBar bar(label, form.height);
+    ProgressBar bar(label, 1);
+    FileProgress progress(bar);
+    progress.start(form.height);
     for (unsigned i = 0; i < form.height; ++i) {
         source.readLine(line.data());
         sink.writeLine(line.data());
-        bar.advance();
+        progress.advance();
     }
     source.finish();
     sink.finish();

@@ -1,5 +1,6 @@
 // The command line of vxutil.
 
+#include "batch.h"
 #include "commands.h"
 #include "open_image.h"
 #include "registry_files.h"
@@ -77,6 +78,8 @@ struct Request {
     int gridSize = 0;
     bool json = false, all = false, explain = false;
     bool runLength = false, verbatim = false, hostOrder = false;
+    bool atLength = false;
+    BatchOptions batch;
 
     int categoryOr(int otherwise) const {
         return category.empty() ? otherwise : indexOf(kCategoryNames, category);
@@ -180,6 +183,30 @@ void addFind(CLI::App &app, Request &request) {
     });
 }
 
+// Options of the commands that work on many files.
+void addBatch(CLI::App *app, Request &request) {
+    BatchOptions &batch = request.batch;
+    addFile(app, "file", batch.inputs.names, "Image files, or folders with -r")->required(false);
+    app->add_flag("-r,--recursive", batch.inputs.recursive,
+                  "Files with the extension of an image, in folders and theirs");
+    addText(app, "--files-from", batch.inputs.list,
+            "Names from the lines of a file; -: standard input")
+        ->type_name("FILE");
+    app->add_flag("-0,--null", batch.inputs.nulSeparated,
+                  "These names end in NUL, not in a line break");
+    app->add_option("-j,--jobs", batch.jobs, "Files to work on at once; default: one per processor")
+        ->check(CLI::Range(1, kMaxJobs).description(""))
+        ->type_name("N");
+    app->add_flag("-q,--quiet", batch.quiet, "Faults only");
+    app->add_flag("--json", batch.json, "One JSON object per file and line");
+}
+
+const BatchOptions &batchOf(const Request &request) {
+    const InputOptions &inputs = request.batch.inputs;
+    if (inputs.names.empty() && inputs.list.empty()) throw CLI::RequiredError("file");
+    return request.batch;
+}
+
 void addConvert(CLI::App *image, Request &request) {
     CLI::App *convert = image->add_subcommand("convert", "Convert between this format and PNG");
     addFile(convert, "in", request.input, "PNG or image file, told by its content");
@@ -209,17 +236,21 @@ void addImage(CLI::App &app, Request &request) {
     CLI::App *image = app.add_subcommand("image", "Look at, check or convert image files");
     image->require_subcommand(1);
     CLI::App *info = image->add_subcommand("info", "Show what the header says");
-    addFile(info, "file", request.names, "Image files");
+    addBatch(info, request);
+    info->add_flag("-l,--long", request.atLength, "All of the header, in several lines");
     info->footer(
         "Examples:\n"
-        "  vxutil image info oak.sgi");
-    choose(info, request, [&] { return describeImages(request.names); });
+        "  vxutil image info --long oak.sgi\n"
+        "  vxutil image info -r textures --json");
+    choose(info, request, [&] { return describeImages(batchOf(request), request.atLength); });
     CLI::App *check = image->add_subcommand("check", "Read every row and name the damaged ones");
-    addFile(check, "file", request.names, "Image files");
+    addBatch(check, request);
     check->footer(
         "Examples:\n"
-        "  vxutil image check textures/*.sgi");
-    choose(check, request, [&] { return checkImages(request.names); });
+        "  vxutil image check textures/*.sgi\n"
+        "  vxutil image check -r textures -q\n"
+        "  find textures -name '*.sgi' -print0 | vxutil image check --files-from - -0");
+    choose(check, request, [&] { return checkImages(batchOf(request)); });
     addConvert(image, request);
     image->footer(
         "Examples:\n"
