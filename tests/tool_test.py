@@ -11,6 +11,7 @@ import resource
 import shlex
 import shutil
 import signal
+import statistics
 import struct
 import subprocess
 import sys
@@ -104,7 +105,7 @@ class ToolTest(unittest.TestCase):
 
     def test_command_line(self):
         for words in ('', 'paths', 'paths add', 'paths remove', 'paths move', 'find', 'image', 'image info',
-                      'image check', 'image convert', 'match', 'samples'):
+                      'image check', 'image stats', 'image convert', 'match', 'samples'):
             self.assertRegex(self.run_tool(words + ' --help'), r'(?s)\A(?!.*(:\{|INT in)).*\nExamples?:\n  vxutil ')
         self.assertRegex(self.run_tool('--version'), r'^vxutil \d+\.\d+\.\d+$')
         for command in ('', 'find', 'image', 'image convert a', 'paths --level moon', 'paths move a b', 'paths confirm',
@@ -288,6 +289,25 @@ class ToolTest(unittest.TestCase):
                 for name in ('back.png',) if planes == 2 else ('back.png', 'out.sgi'):  # ffmpeg takes no 2 planes
                     self.assertEqual(output(f'ffmpeg -v error -i {name} -f rawvideo -pix_fmt {pixels} -'), picture,
                                      (planes, size, name))
+
+    def test_statistics(self):
+        wide = [256 * 7, 256 * 7 + 1, 65535, 256 * 9]
+        png(self.folder / 'wide.png', 2, [struct.pack('>2H', *wide[:2]), struct.pack('>2H', *wide[2:])], 1, 16)
+        png(self.folder / 'two.png', 3, [bytes((5, 255, 5, 255, 8, 255))], 2, 8)
+        self.run_tool('image convert wide.png wide --verbatim')
+        listed = self.run_tool('image stats --json wide wide.png two.png')
+        planes = [json.loads(line)['planes'] for line in listed.splitlines()]
+        for name, plane, values in (('wide', planes[0], wide), ('wide.png', planes[1], wide),
+                                    ('two.png', planes[2][:1], [5, 5, 8]), ('two.png', planes[2][1:], [255] * 3)):
+            bins = [value // 256 if name[0] == 'w' else value for value in values]
+            self.assertEqual(plane, [{
+                'min': min(values), 'max': max(values), 'mean': statistics.fmean(values),
+                'deviation': statistics.pstdev(values), 'histogram': [bins.count(bin) for bin in range(256)]}], name)
+        self.assertEqual(self.run_tool('image stats two.png --svg two.svg'), 'two.png: 3 x 1; plane 0: 5 to 8, mean 6.00, '
+                         'deviation 1.41; plane 1: 255 to 255, mean 255.00, deviation 0.00\n')
+        bars = [group.find('{*}path[@fill]').get('d') for group in xml.parse(self.folder / 'two.svg').findall('{*}g')]
+        self.assertEqual(bars, ['M10 0v-120.00h2V0zM16 0v-60.00h2V0z', 'M510 0v-120.00h2V0z'])
+        self.refuses(2, 'image', {'stats two.png wide --svg kept': 'kept: is a drawing of one'})
 
     def test_settings_of_converted_images(self):
         shutil.copy(SAMPLES / 'imagemagick_text_61x44x3_1B_rle.sgi', self.folder / 'in')

@@ -49,16 +49,12 @@ int findFiles(const FindOptions &options);
 struct BatchOptions;  // of batch.h
 int describeImages(const BatchOptions &options, bool atLength);
 int checkImages(const BatchOptions &options);
+// A drawing of the histogram is written unless its name is empty.
+int measureImages(const BatchOptions &options, const std::string &drawing);
 
-// The settings of a new image file; a PNG file has none.
-struct ImageSettings {
-    bool verbatim;
-    bool hostOrder;
-    std::optional<std::string> name;
-    bool given;  // one of them was asked for
-};
+struct ImageSettings;  // of picture_file.h
 int convertPicture(const std::string &input, const std::string &output,
-                   const ImageSettings &settings);
+                   const ImageSettings &settings, bool settingsGiven);
 
 // Without names those of standard input, a line each.
 int matchNames(const std::string &wildcard, const std::vector<std::string> &names);

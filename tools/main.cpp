@@ -3,6 +3,7 @@
 #include "batch.h"
 #include "commands.h"
 #include "open_image.h"
+#include "picture_file.h"
 #include "registry_files.h"
 #include "report.h"
 
@@ -224,11 +225,11 @@ void addConvert(CLI::App *image, Request &request) {
         "  vxutil image convert oak.png oak.sgi --name \"oak, planed\"\n"
         "  vxutil image convert oak.sgi oak.png");
     choose(convert, request, [&request, name] {
-        ImageSettings settings = {request.verbatim, request.hostOrder, std::nullopt, false};
+        ImageSettings settings = {request.verbatim, request.hostOrder, std::nullopt};
         if (name->count() != 0) settings.name = request.name;
-        settings.given =
+        const bool given =
             request.runLength || request.verbatim || request.hostOrder || settings.name.has_value();
-        return convertPicture(request.input, request.output, settings);
+        return convertPicture(request.input, request.output, settings, given);
     });
 }
 
@@ -251,6 +252,16 @@ void addImage(CLI::App &app, Request &request) {
         "  vxutil image check -r textures -q\n"
         "  find textures -name '*.sgi' -print0 | vxutil image check --files-from - -0");
     choose(check, request, [&] { return checkImages(batchOf(request)); });
+    CLI::App *stats = image->add_subcommand("stats", "Show what the elements are, plane by plane");
+    addBatch(stats, request);
+    addFile(stats, "--svg", request.output, "Draw the histograms of one file")
+        ->required(false)
+        ->type_name("FILE");
+    stats->footer(
+        "Examples:\n"
+        "  vxutil image stats oak.sgi --svg oak.svg\n"
+        "  vxutil image stats -r textures --json");
+    choose(stats, request, [&] { return measureImages(batchOf(request), request.output); });
     addConvert(image, request);
     image->footer(
         "Examples:\n"
