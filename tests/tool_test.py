@@ -4,6 +4,7 @@ import contextlib
 import ctypes
 import fcntl
 import json
+import math
 import os
 import pty
 import re
@@ -105,7 +106,7 @@ class ToolTest(unittest.TestCase):
 
     def test_command_line(self):
         for words in ('', 'paths', 'paths add', 'paths remove', 'paths move', 'find', 'image', 'image info',
-                      'image check', 'image stats', 'image convert', 'match', 'samples'):
+                      'image check', 'image stats', 'image compare', 'image convert', 'match', 'samples'):
             self.assertRegex(self.run_tool(words + ' --help'), r'(?s)\A(?!.*(:\{|INT in)).*\nExamples?:\n  vxutil ')
         self.assertRegex(self.run_tool('--version'), r'^vxutil \d+\.\d+\.\d+$')
         for command in ('', 'find', 'image', 'image convert a', 'paths --level moon', 'paths move a b', 'paths confirm',
@@ -308,6 +309,26 @@ class ToolTest(unittest.TestCase):
         bars = [group.find('{*}path[@fill]').get('d') for group in xml.parse(self.folder / 'two.svg').findall('{*}g')]
         self.assertEqual(bars, ['M10 0v-120.00h2V0zM16 0v-60.00h2V0z', 'M510 0v-120.00h2V0z'])
         self.refuses(2, 'image', {'stats two.png wide --svg kept': 'kept: is a drawing of one'})
+
+    def test_comparison(self):
+        png(self.folder / 'a.png', 2, [bytes((9, 255, 50, 255)), bytes((0, 255, 7, 255))], 2, 8)
+        png(self.folder / 'b.png', 2, [struct.pack('>4H', 9 * 257, 65535, 50 * 257, 65535 - 13107),
+                                       struct.pack('>4H', 257, 65535, 7 * 257, 65535)], 2, 16)
+        for command in ('convert a.png a.sgi', 'convert b.png b.sgi', 'compare a.sgi a.png'):
+            self.run_tool('image ' + command)
+        found = json.loads(self.run_tool('image compare a.sgi b.png --json --picture out.png', code=1))
+        self.assertAlmostEqual(found.pop('root_mean_square'), math.sqrt((.04 + 255 ** -2) / 8))
+        self.assertEqual(found, {
+            'file': 'a.sgi', 'good': True, 'with': 'b.png', 'differ': True, 'elements': 8, 'different': 2, 'failing': 2,
+            'largest': .2, 'plane': 1, 'row': 1, 'column': 1, 'mean': (.2 + 1 / 255) / 8})
+        picture = json.loads(self.run_tool('image stats --json out.png'))
+        self.assertEqual([(plane['max'], plane['histogram'][0]) for plane in picture['planes']], [(1285, 3), (65535, 3)])
+        for options, code in (('--fail .1 --failpercent 12.5', 0), ('--fail .1 --failpercent 12.4', 1), ('--fail .2', 0),
+                              ('--failpercent 50 --hardfail .19', 1)):
+            self.assertIn(('within limits', 'differ')[code] + ': 2 of 8 elements differ, at most by 0.2 in plane 1, row 1, column 1;',
+                          self.run_tool('image compare b.sgi a.png ' + options, code=code), options)
+        self.refuses(1, 'image', {'compare a.sgi none': 'none: No such'})
+        self.run_tool('image compare a.sgi', NOISE, code=1, error='is 33 x 29 in 3 planes, and a.sgi is 2 x 2 in 2')
 
     def test_settings_of_converted_images(self):
         shutil.copy(SAMPLES / 'imagemagick_text_61x44x3_1B_rle.sgi', self.folder / 'in')

@@ -52,6 +52,17 @@ int checkImages(const BatchOptions &options);
 // A drawing of the histogram is written unless its name is empty.
 int measureImages(const BatchOptions &options, const std::string &drawing);
 
+// Differences are parts of the range of an element.
+struct CompareOptions {
+    std::string first, second;
+    double failure = 1e-6;         // above this an element fails
+    double failingPercentage = 0;  // of elements that may fail
+    double hardFailure = 2;        // which not even one element may exceed
+    std::string picture;           // of the differences, or empty
+    bool json = false;
+};
+int compareImages(const CompareOptions &options);
+
 struct ImageSettings;  // of picture_file.h
 int convertPicture(const std::string &input, const std::string &output,
                    const ImageSettings &settings, bool settingsGiven);

@@ -17,15 +17,6 @@ namespace tool {
 
 namespace {
 
-constexpr unsigned kMaxPlanes = 4;
-
-void checkForm(const std::string &input, const PictureForm &form) {
-    if (form.planes > kMaxPlanes) {
-        throw Error(input, "has " + std::to_string(form.planes) +
-                               " planes, of which 1 to 4 can be converted");
-    }
-}
-
 void copyLines(const std::string &label, PictureSource &source, PictureSink &sink) {
     const PictureForm form = source.form();
     std::vector<std::uint16_t> line(form.lineElements());
@@ -65,7 +56,7 @@ int convertPicture(const std::string &input, const std::string &output,
         source = std::move(image);
     }
     const PictureForm form = source->form();
-    checkForm(input, form);
+    checkPlanes(input, form);
     if (toPng && original != nullptr && original->colormap != 0) {
         throw Error(input, "has the colormap " + std::to_string(original->colormap) +
                                ": its elements are no plain colours, as a PNG file holds them");

@@ -81,6 +81,7 @@ struct Request {
     bool runLength = false, verbatim = false, hostOrder = false;
     bool atLength = false;
     BatchOptions batch;
+    CompareOptions compare;
 
     int categoryOr(int otherwise) const {
         return category.empty() ? otherwise : indexOf(kCategoryNames, category);
@@ -233,6 +234,31 @@ void addConvert(CLI::App *image, Request &request) {
     });
 }
 
+void addCompare(CLI::App *image, Request &request) {
+    CompareOptions &options = request.compare;
+    CLI::App *compare = image->add_subcommand("compare", "Compare two pictures");
+    addFile(compare, "first", options.first, "Image or PNG file");
+    addFile(compare, "second", options.second, "Image or PNG file of the same size");
+    compare
+        ->add_option("--fail", options.failure, "Larger differences fail, of 0 to 1; default: 1e-6")
+        ->type_name("D");
+    compare
+        ->add_option("--failpercent", options.failingPercentage,
+                     "Elements in a hundred that may fail; default: 0")
+        ->type_name("P");
+    compare->add_option("--hardfail", options.hardFailure, "A single larger difference is enough")
+        ->type_name("D");
+    addFile(compare, "--picture", options.picture, "Picture of the differences")
+        ->required(false)
+        ->type_name("FILE");
+    compare->add_flag("--json", options.json, "A JSON object");
+    compare->footer(
+        "Examples:\n"
+        "  vxutil image compare oak.sgi oak.png\n"
+        "  vxutil image compare a.sgi b.sgi --fail 0.01 --failpercent 1 --picture difference.png");
+    choose(compare, request, [&] { return compareImages(request.compare); });
+}
+
 void addImage(CLI::App &app, Request &request) {
     CLI::App *image = app.add_subcommand("image", "Look at, check or convert image files");
     image->require_subcommand(1);
@@ -262,6 +288,7 @@ void addImage(CLI::App &app, Request &request) {
         "  vxutil image stats oak.sgi --svg oak.svg\n"
         "  vxutil image stats -r textures --json");
     choose(stats, request, [&] { return measureImages(batchOf(request), request.output); });
+    addCompare(image, request);
     addConvert(image, request);
     image->footer(
         "Examples:\n"

@@ -15,6 +15,8 @@ namespace tool {
 
 namespace {
 
+constexpr unsigned kMaxPlanes = 4;
+
 int rowOf(int line, int rows, bool flipped) {
     return flipped ? line : rows - 1 - line;
 }
@@ -94,6 +96,21 @@ void ImageSink::finish() {
 std::unique_ptr<PictureSource> openPicture(const std::string &path) {
     if (isPngFile(path)) return std::make_unique<PngSource>(path);
     return std::make_unique<ImageSource>(path);
+}
+
+std::unique_ptr<PictureSink> createPicture(const std::string &path, vx::File file,
+                                           const PictureForm &form) {
+    checkPlanes(path, form);
+    if (isPngName(path)) return std::make_unique<PngSink>(path, std::move(file), form);
+    checkFits(path, form, false);
+    return std::make_unique<ImageSink>(path, std::move(file), form, ImageSettings());
+}
+
+void checkPlanes(const std::string &input, const PictureForm &form) {
+    if (form.planes > kMaxPlanes) {
+        throw Error(input, "has " + std::to_string(form.planes) +
+                               " planes, of which 1 to 4 can be converted");
+    }
 }
 
 bool isPngName(const std::string &path) {

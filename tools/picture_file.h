@@ -61,6 +61,13 @@ private:
 // By the content of the file.
 std::unique_ptr<PictureSource> openPicture(const std::string &path);
 
+// By its name. `path` is for messages too.
+std::unique_ptr<PictureSink> createPicture(const std::string &path, vx::File file,
+                                           const PictureForm &form);
+
+// Throws Error for more planes than PNG and other readers of image files know.
+void checkPlanes(const std::string &input, const PictureForm &form);
+
 bool isPngName(const std::string &path);
 
 // Throws Error unless an image file can take the picture so that it can be read again.
