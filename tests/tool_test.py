@@ -102,7 +102,7 @@ class ToolTest(unittest.TestCase):
         return [(entry['path'], entry['level']) for one in lists for entry in one['directories']]
 
     def leftovers(self):
-        return list(self.folder.glob('.vxutil-*'))
+        return list(self.folder.rglob('.vxutil-*'))
 
     def test_command_line(self):
         for words in ('', 'paths', 'paths add', 'paths remove', 'paths move', 'find', 'image', 'image info',
@@ -325,7 +325,8 @@ class ToolTest(unittest.TestCase):
         self.assertEqual([(plane['max'], plane['histogram'][0]) for plane in picture['planes']], [(1285, 3), (65535, 3)])
         for options, code in (('--fail .1 --failpercent 12.5', 0), ('--fail .1 --failpercent 12.4', 1), ('--fail .2', 0),
                               ('--failpercent 50 --hardfail .19', 1)):
-            self.assertIn(('within limits', 'differ')[code] + ': 2 of 8 elements differ, at most by 0.2 in plane 1, row 1, column 1;',
+            self.assertIn(('within limits', 'differ')[code] +
+                          ': 2 of 8 elements differ, at most by 0.2 in plane 1, row 1, column 1;',
                           self.run_tool('image compare b.sgi a.png ' + options, code=code), options)
         self.refuses(1, 'image', {'compare a.sgi none': 'none: No such'})
         self.run_tool('image compare a.sgi', NOISE, code=1, error='is 33 x 29 in 3 planes, and a.sgi is 2 x 2 in 2')
@@ -338,6 +339,52 @@ class ToolTest(unittest.TestCase):
                          rf'\Aa\n +name +\[x\]\n(.|\n)*verbatim\n.*{sys.byteorder}-endian(.|\n)*'
                          r'\nb\n +name +\[x\]\n(.|\n)*run-length\n.*big-endian')
         self.assertEqual((self.folder / 'b.PNG').read_bytes(), (self.folder / 'in.PNG').read_bytes())
+
+    def test_conversion_of_trees(self):
+        names = ('a b.sgi', 'deep/\xe4\n.rgb', 'deep/oak.1001')
+        for name in names:
+            (self.folder / 'tree' / name).parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(NOISE, self.folder / 'tree' / name)
+        (self.folder / 'tree/deep/cut.bw').write_bytes(image_head(2, 3, 1) + b'1234')
+        (self.folder / 'tree/deep/cut.sgi').touch()
+        self.assertEqual(self.run_tool('image convert -r tree -o out -j 2', code=1, error='cut.bw: ...cut.png, as tree/'),
+                         'out/a b.png: written\nout/deep/\xe4?.png: written\n2 good, 2 bad\n')
+        self.assertEqual(sorted(path.name for path in self.folder.rglob('out/**/*')), ['a b.png', 'deep', '\xe4\n.png'])
+        os.utime(self.folder / 'out/a b.png', (1, 1))
+        (self.folder / 'list').write_text('\0'.join('tree/' + name for name in names))
+        for options, written in (('-o out/tree', [True] * 3), ('-o out/tree', [False] * 3), ('-o out/tree --always', [True] * 3)):
+            listed = self.run_tool('image convert --files-from list -0 --json ' + options)
+            self.assertEqual([json.loads(line)['written'] for line in listed.splitlines()], written)
+        self.assertTrue((self.folder / 'out/tree/tree/deep/oak.1001.png').exists())
+        self.assertIn('out/a b.png: written\nout/deep', self.run_tool('image convert -r tree -o out', code=1, error='cut'))
+        self.run_tool('image convert -q -r out -o back --to sgi')
+        self.run_tool('image compare', self.folder / 'back/a b.sgi', NOISE)
+        (self.folder / 'shut').mkdir(0o500)
+        self.run_tool('image convert -q -r tree/deep -o shut/new', code=1, error='shut/new: Perm', preexec_fn=as_a_plain_user)
+        self.refuses(2, 'image convert', {f"'tree/a b.sgi' kept.{end}": f'kept.{end}: ....png, .sgi, .rgb'
+                                          for end in ('jpg', 'tif', 'exr')})
+        self.refuses(2, 'image convert', {'-r tree': 'without -o', 'a b c': 'without -o', '-o out': 'file is required'})
+
+    def test_pixels_of_edited_pictures(self):
+        def elements(name, kind):
+            return [value for value, in struct.iter_unpack(kind, (self.folder / name).read_bytes()[HEAD:])]
+        png(self.folder / 'in.png', 3, [bytes(range(1, 7)), bytes(range(7, 13))], 2, 8)
+        self.run_tool('image convert in.png out.sgi --verbatim --flip --planes 1,0,1 --depth 16')
+        planes = [2, 4, 6, 8, 10, 12], [1, 3, 5, 7, 9, 11], [2, 4, 6, 8, 10, 12]
+        self.assertEqual(elements('out.sgi', '>H'), [257 * value for plane in planes for value in plane])
+        self.run_tool('image convert out.sgi back.png --flip --depth 8 --planes 1')
+        self.run_tool('image convert back.png back.sgi --verbatim')
+        self.assertEqual(elements('back.sgi', 'B'), [7, 9, 11, 1, 3, 5])
+        (self.folder / 'deep').write_bytes(image_head(5, 1, 1, kind=2) + struct.pack('>5H', 0, 128, 129, 65406, 65535))
+        self.run_tool('image convert deep flat --verbatim --depth 8')
+        self.assertEqual(elements('flat', 'B'), [0, 0, 1, 254, 255])
+        self.refuses(1, 'image convert', {'in.png kept --planes 2': 'in.png: has no plane 2, only 0 to 1'})
+        self.refuses(2, 'image convert', {'in.png kept --depth 9': '--depth', 'in.png kept --planes 1,x': '--planes'})
+        sparse_image(self.folder / 'plain', 100, 100)
+        for source, storage in ((NOISE, 'verbatim'), (self.folder / 'plain', 'run-length')):
+            self.run_tool('image convert', source, 'small')
+            self.assertIn(f'1 byte, {storage}', self.run_tool('image info small'))
+            self.run_tool('image compare small', source)
 
     def test_failed_conversion_leaves_the_output_alone(self):
         png(self.folder / 'good.png', 2, [b'12', b'34'], 1, 8)
@@ -391,16 +438,17 @@ class ToolTest(unittest.TestCase):
         self.assertEqual((status.st_mode & 0o7777, status.st_uid, status.st_gid), (0o640, *owner))
 
     def test_killed_conversion_leaves_no_half_file(self):
-        sparse_image(self.folder / 'big', 32768, 65535)
+        for name in ('big', 'more'):
+            sparse_image(self.folder / name, 32768, 65535)
         for name in 'HUP INT QUIT ABRT USR1 USR2 PIPE ALRM TERM XCPU VTALRM PROF POLL SYS PWR RTMIN RTMAX KILL'.split():
             end = getattr(signal, 'SIG' + name)
-            with self.start('image convert big out.png') as process:
-                while not any(file.stat().st_size for file in self.leftovers()):
+            with self.start('image convert big more -o out -j 2') as process:
+                while sum(file.stat().st_size > 0 for file in self.leftovers()) < 2:
                     self.assertIsNone(process.poll())
                     time.sleep(0.01)
                 process.send_signal(end)
             self.assertEqual(process.returncode, -end)
-            self.assertEqual(((self.folder / 'out.png').exists(), len(self.leftovers())), (False, name == 'KILL'), name)
+            self.assertEqual(list(self.folder.glob('out/*.png')) + self.leftovers() * (name != 'KILL'), [], name)
 
     def test_memory_does_not_grow_with_the_picture(self):
         peaks = []

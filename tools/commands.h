@@ -63,9 +63,8 @@ struct CompareOptions {
 };
 int compareImages(const CompareOptions &options);
 
-struct ImageSettings;  // of picture_file.h
-int convertPicture(const std::string &input, const std::string &output,
-                   const ImageSettings &settings, bool settingsGiven);
+struct ConvertOptions;  // of convert.h
+int convertPictures(const ConvertOptions &options);
 
 // Without names those of standard input, a line each.
 int matchNames(const std::string &wildcard, const std::vector<std::string> &names);

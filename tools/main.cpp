@@ -1,9 +1,8 @@
 // The command line of vxutil.
 
-#include "batch.h"
 #include "commands.h"
+#include "convert.h"
 #include "open_image.h"
-#include "picture_file.h"
 #include "registry_files.h"
 #include "report.h"
 
@@ -78,10 +77,11 @@ struct Request {
     unsigned position = 0;
     int gridSize = 0;
     bool json = false, all = false, explain = false;
-    bool runLength = false, verbatim = false, hostOrder = false;
+    bool runLength = false, verbatim = false;
     bool atLength = false;
     BatchOptions batch;
     CompareOptions compare;
+    ConvertOptions convert;
 
     int categoryOr(int otherwise) const {
         return category.empty() ? otherwise : indexOf(kCategoryNames, category);
@@ -186,9 +186,9 @@ void addFind(CLI::App &app, Request &request) {
 }
 
 // Options of the commands that work on many files.
-void addBatch(CLI::App *app, Request &request) {
-    BatchOptions &batch = request.batch;
-    addFile(app, "file", batch.inputs.names, "Image files, or folders with -r")->required(false);
+void addBatch(CLI::App *app, BatchOptions &batch,
+              const char *what = "Image files, or folders with -r") {
+    addFile(app, "file", batch.inputs.names, what)->required(false);
     app->add_flag("-r,--recursive", batch.inputs.recursive,
                   "Files with the extension of an image, in folders and theirs");
     addText(app, "--files-from", batch.inputs.list,
@@ -203,34 +203,60 @@ void addBatch(CLI::App *app, Request &request) {
     app->add_flag("--json", batch.json, "One JSON object per file and line");
 }
 
-const BatchOptions &batchOf(const Request &request) {
-    const InputOptions &inputs = request.batch.inputs;
-    if (inputs.names.empty() && inputs.list.empty()) throw CLI::RequiredError("file");
-    return request.batch;
+const BatchOptions &withInputs(const BatchOptions &batch) {
+    if (batch.inputs.names.empty() && batch.inputs.list.empty()) throw CLI::RequiredError("file");
+    return batch;
+}
+
+int convert(const Request &request) {
+    const ConvertOptions &options = request.convert;
+    const InputOptions &inputs = options.batch.inputs;
+    const bool several = inputs.recursive || !inputs.list.empty() || options.batch.json;
+    if (options.folder.empty() && (several || inputs.names.size() != 2)) {
+        throw CLI::ValidationError("convert", "without -o takes two names, of input and output");
+    }
+    withInputs(options.batch);
+    return convertPictures(options);
+}
+
+void addStorage(CLI::App *app, Request &request) {
+    ConvertOptions &options = request.convert;
+    CLI::Option *runLength =
+        app->add_flag("--rle", request.runLength, "Run-length rows; default: the smaller storage");
+    app->add_flag("--verbatim", request.verbatim, "Verbatim rows")->excludes(runLength);
+    app->add_flag("--host-order", options.hostOrder,
+                  "Byte order of this machine, which other programs may not read");
+    addText(app, "--name", options.name, "Name in the file, at most 79 bytes");
 }
 
 void addConvert(CLI::App *image, Request &request) {
-    CLI::App *convert = image->add_subcommand("convert", "Convert between this format and PNG");
-    addFile(convert, "in", request.input, "PNG or image file, told by its content");
-    addFile(convert, "out", request.output, "PNG if the name ends in .png");
-    CLI::Option *runLength =
-        convert->add_flag("--rle", request.runLength, "Run-length rows (the default)");
-    CLI::Option *verbatim = convert->add_flag("--verbatim", request.verbatim, "Verbatim rows");
-    verbatim->excludes(runLength);
-    convert->add_flag("--host-order", request.hostOrder,
-                      "Byte order of this machine, which other programs may not read");
-    CLI::Option *name =
-        addText(convert, "--name", request.name, "Name in the file, at most 79 bytes");
-    convert->footer(
+    ConvertOptions &options = request.convert;
+    CLI::App *app = image->add_subcommand("convert", "Convert between this format and PNG");
+    addBatch(app, options.batch, "Input and output; with -o inputs, or folders with -r");
+    addFile(app, "-o", options.folder, "Folder for the outputs, in folders as the inputs are")
+        ->required(false)
+        ->type_name("FOLDER");
+    addChoice(app, "--to", options.format, {"png", "sgi"}, "png|sgi",
+              "Format in the folder; default: PNG, of .png files .sgi");
+    app->add_flag("--always", options.always, "Even if the output is newer than the input");
+    app->add_option("--depth", options.depth, "Bits of an element; default: as they are")
+        ->check(CLI::IsMember({8, 16}).description(""))
+        ->type_name("8|16");
+    app->add_flag("--flip", options.flipped, "Upside down");
+    app->add_option("--planes", options.planes, "Planes to take, from 0, such as 2,1,0")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->type_name("LIST");
+    addStorage(app, request);
+    app->footer(
         "Examples:\n"
         "  vxutil image convert oak.png oak.sgi --name \"oak, planed\"\n"
-        "  vxutil image convert oak.sgi oak.png");
-    choose(convert, request, [&request, name] {
-        ImageSettings settings = {request.verbatim, request.hostOrder, std::nullopt};
-        if (name->count() != 0) settings.name = request.name;
-        const bool given =
-            request.runLength || request.verbatim || request.hostOrder || settings.name.has_value();
-        return convertPicture(request.input, request.output, settings, given);
+        "  vxutil image convert oak.sgi oak.png --depth 8 --planes 0\n"
+        "  vxutil image convert -r textures -o previews");
+    choose(app, request, [&request] {
+        if (request.runLength) request.convert.storage = Storage::kRunLength;
+        if (request.verbatim) request.convert.storage = Storage::kVerbatim;
+        return convert(request);
     });
 }
 
@@ -263,23 +289,24 @@ void addImage(CLI::App &app, Request &request) {
     CLI::App *image = app.add_subcommand("image", "Look at, check or convert image files");
     image->require_subcommand(1);
     CLI::App *info = image->add_subcommand("info", "Show what the header says");
-    addBatch(info, request);
+    addBatch(info, request.batch);
     info->add_flag("-l,--long", request.atLength, "All of the header, in several lines");
     info->footer(
         "Examples:\n"
         "  vxutil image info --long oak.sgi\n"
         "  vxutil image info -r textures --json");
-    choose(info, request, [&] { return describeImages(batchOf(request), request.atLength); });
+    choose(info, request,
+           [&] { return describeImages(withInputs(request.batch), request.atLength); });
     CLI::App *check = image->add_subcommand("check", "Read every row and name the damaged ones");
-    addBatch(check, request);
+    addBatch(check, request.batch);
     check->footer(
         "Examples:\n"
         "  vxutil image check textures/*.sgi\n"
         "  vxutil image check -r textures -q\n"
         "  find textures -name '*.sgi' -print0 | vxutil image check --files-from - -0");
-    choose(check, request, [&] { return checkImages(batchOf(request)); });
+    choose(check, request, [&] { return checkImages(withInputs(request.batch)); });
     CLI::App *stats = image->add_subcommand("stats", "Show what the elements are, plane by plane");
-    addBatch(stats, request);
+    addBatch(stats, request.batch);
     addFile(stats, "--svg", request.output, "Draw the histograms of one file")
         ->required(false)
         ->type_name("FILE");
@@ -287,7 +314,8 @@ void addImage(CLI::App &app, Request &request) {
         "Examples:\n"
         "  vxutil image stats oak.sgi --svg oak.svg\n"
         "  vxutil image stats -r textures --json");
-    choose(stats, request, [&] { return measureImages(batchOf(request), request.output); });
+    choose(stats, request,
+           [&] { return measureImages(withInputs(request.batch), request.output); });
     addCompare(image, request);
     addConvert(image, request);
     image->footer(

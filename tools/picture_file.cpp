@@ -3,7 +3,6 @@
 #include "inputs.h"
 #include "open_image.h"
 #include "png_file.h"
-#include "report.h"
 
 #include <cerrno>
 #include <cstring>
@@ -67,11 +66,6 @@ ImageSink::ImageSink(const std::string &path, vx::File file, const PictureForm &
     if (settings.name) vxImageSetName(image_.get(), settings.name->c_str());
 }
 
-void ImageSink::takeOver(const VxImage *original, bool nameToo) {
-    if (nameToo) vxImageSetName(image_.get(), original->name);
-    vxImageSetColormap(image_.get(), original->colormap);
-}
-
 void ImageSink::writeLine(std::uint16_t *line) {
     const int y = rowOf(line_++, static_cast<int>(form_.height), flipped_);
     for (int z = 0; z < static_cast<int>(form_.planes); ++z, line += form_.width) {
@@ -80,7 +74,8 @@ void ImageSink::writeLine(std::uint16_t *line) {
             throw Error(path_, writeMessage(image_->file, "a row could not be written"));
         }
         if (vxImageRowSize(image_.get()) > VX_IMAGE_MAX_STORED_ROW) {
-            throw Error(path_, "a run-length row is longer than can be read back; try --verbatim");
+            throw RowTooLong(path_,
+                             "a run-length row is longer than can be read back; try --verbatim");
         }
     }
 }
@@ -130,6 +125,20 @@ void checkFits(const std::string &input, const PictureForm &form, bool verbatim)
         VX_IMAGE_MAX_POSITION) {
         throw Error(input, "takes more than the 4 GiB of an image file; try --rle");
     }
+}
+
+bool fitsVerbatim(const PictureForm &form) {
+    try {
+        checkFits({}, form, true);
+        return true;
+    } catch (const Error &) {
+        return false;
+    }
+}
+
+std::uint64_t verbatimFileBytes(const PictureForm &form) {
+    return VX_IMAGE_FILE_HEAD +
+           std::uint64_t{form.width} * form.elementBytes * form.height * form.planes;
 }
 
 }  // namespace tool

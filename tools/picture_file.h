@@ -4,6 +4,7 @@
 
 #include "picture.h"
 #include "platform/files.h"
+#include "report.h"
 
 #include <vxhandles.h>
 
@@ -38,14 +39,19 @@ private:
     bool flipped_;
 };
 
+// A row that run-length encoding made longer than can be read back.
+class RowTooLong : public Error {
+public:
+    using Error::Error;
+};
+
 class ImageSink : public PictureSink {
 public:
     // `path` is for messages.
     ImageSink(const std::string &path, vx::File file, const PictureForm &form,
               const ImageSettings &settings, bool flipped = false);
 
-    // What the source says besides its elements, where it is an image file too.
-    void takeOver(const VxImage *original, bool nameToo);
+    void setColormap(std::uint32_t colormap) { vxImageSetColormap(image_.get(), colormap); }
 
     void writeLine(std::uint16_t *line) override;
     void finish() override;
@@ -72,6 +78,9 @@ bool isPngName(const std::string &path);
 
 // Throws Error unless an image file can take the picture so that it can be read again.
 void checkFits(const std::string &input, const PictureForm &form, bool verbatim);
+bool fitsVerbatim(const PictureForm &form);
+
+std::uint64_t verbatimFileBytes(const PictureForm &form);
 
 }  // namespace tool
 
