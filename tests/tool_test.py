@@ -378,6 +378,9 @@ class ToolTest(unittest.TestCase):
         (self.folder / 'deep').write_bytes(image_head(5, 1, 1, kind=2) + struct.pack('>5H', 0, 128, 129, 65406, 65535))
         self.run_tool('image convert deep flat --verbatim --depth 8')
         self.assertEqual(elements('flat', 'B'), [0, 0, 1, 254, 255])
+        png(self.folder / 'passes.png', 2, [b'1', b'2', b'34'], 1, 8, interlaced=1, height=2)
+        self.run_tool('image convert passes.png passes --verbatim')
+        self.assertEqual(elements('passes', 'c'), [b'3', b'4', b'1', b'2'])
         self.refuses(1, 'image convert', {'in.png kept --planes 2': 'in.png: has no plane 2, only 0 to 1'})
         self.refuses(2, 'image convert', {'in.png kept --depth 9': '--depth', 'in.png kept --planes 1,x': '--planes'})
         sparse_image(self.folder / 'plain', 100, 100)
@@ -388,7 +391,7 @@ class ToolTest(unittest.TestCase):
 
     def test_failed_conversion_leaves_the_output_alone(self):
         png(self.folder / 'good.png', 2, [b'12', b'34'], 1, 8)
-        png(self.folder / 'interlaced.png', 2, [b'12', b'34'], 1, 8, interlaced=1)
+        png(self.folder / 'interlaced.png', 40000, [], 1, 8, interlaced=1, height=40000)
         png(self.folder / 'wide.png', 65536, [bytes(65536)], 1, 8)
         png(self.folder / 'long.png', 40000, [bytes(range(200)) * 200], 1, 8)
         png(self.folder / 'large.png', 32768, [], 4, 8, height=32768)
