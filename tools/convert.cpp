@@ -1,5 +1,5 @@
-// Pictures between image files and PNG, a line at a time: what is held in memory grows with the
-// width of a picture and not with its height.
+// Pictures between image files and foreign formats, a line at a time: what is held in memory grows
+// with the width of a picture and not with its height.
 
 #include "convert.h"
 
@@ -7,7 +7,6 @@
 #include "output_file.h"
 #include "picture_file.h"
 #include "picture_filters.h"
-#include "png_file.h"
 #include "progress_bar.h"
 #include "report.h"
 
@@ -30,16 +29,18 @@ public:
     using Error::Error;
 };
 
-void checkUsage(const ConvertOptions &options, const std::string &output, bool fromPng) {
-    const bool toPng = isPngName(output);
-    if (toPng && fromPng) throw UsageError(output, "both files are PNG");
-    const bool settings = options.storage != Storage::kSmaller || options.hostOrder || options.name;
-    if (toPng && settings) {
-        throw UsageError(output, "a PNG file has no storage, byte order or name to set");
+void checkUsage(const ConvertOptions &options, const std::string &output, bool fromForeign) {
+    const Format format = formatOfName(output);
+    if (isForeign(format) && fromForeign) {
+        throw UsageError(output, "both files are foreign, and one of them has to be an image file");
     }
-    if (!toPng && !isImageName(output)) {
-        throw UsageError(output, "no files of this extension can be written, only .png, " +
-                                     imageExtensions() + ", or an image without any extension");
+    const bool settings = options.storage != Storage::kSmaller || options.hostOrder || options.name;
+    if (isForeign(format) && settings) {
+        throw UsageError(output, "a foreign file has no storage, byte order or name to set");
+    }
+    if (format == Format::kUnknown) {
+        throw UsageError(output, "files of this extension cannot be written, only " +
+                                     writableExtensions() + ", or an image without any extension");
     }
     if (options.name.value_or("").size() > VX_IMAGE_MAX_NAME) {
         throw UsageError(*options.name, "is longer than the 79 bytes of a name");
@@ -55,21 +56,21 @@ public:
           output_(output),
           options_(options),
           progress_(progress),
-          fromPng_(isPngFile(input)) {
-        checkUsage(options, output, fromPng_);
+          from_(formatOfFile(input)),
+          to_(formatOfName(output)) {
+        checkUsage(options, output, isForeign(from_));
     }
 
     void run() {
         std::unique_ptr<PictureSource> source = openSource();
         const PictureForm form = source->form();
         checkPlanes(input_, form);
-        if (!isPngName(output_)) checkFits(input_, form, options_.storage == Storage::kVerbatim);
+        if (!isForeign(to_)) checkFits(input_, form, options_.storage == Storage::kVerbatim);
         if (!options_.folder.empty()) createFolders();
         OutputFile target(output_);
         progress_.start(form.height);
-        if (isPngName(output_)) {
-            PngSink sink(output_, target.duplicate(), form);
-            copyLines(*source, sink);
+        if (isForeign(to_)) {
+            copyLines(*source, *createForeign(to_, output_, target.duplicate(), form));
         } else if (options_.storage == Storage::kSmaller) {
             writeSmaller(target, *source);
         } else {
@@ -81,8 +82,8 @@ public:
 private:
     std::unique_ptr<PictureSource> openSource() {
         std::unique_ptr<PictureSource> source;
-        if (fromPng_) {
-            source = std::make_unique<PngSource>(input_);
+        if (isForeign(from_)) {
+            source = openForeign(from_, input_);
         } else {
             auto image = std::make_unique<ImageSource>(input_, options_.flipped);
             noteHeader(image->image());
@@ -98,10 +99,10 @@ private:
     void noteHeader(const VxImage *image) {
         name_ = image->name;
         colormap_ = image->colormap;
-        if (isPngName(output_) && colormap_ != 0) {
+        if (isForeign(to_) && colormap_ != 0) {
             throw Error(input_,
                         "has the colormap " + std::to_string(colormap_) +
-                            ": its elements are no plain colours, as a PNG file holds them");
+                            ": its elements are no plain colours, as other formats hold them");
         }
     }
 
@@ -128,8 +129,8 @@ private:
         const ImageSettings settings = {verbatim, options_.hostOrder,
                                         options_.name ? options_.name : name_};
         ImageSink sink(output_, target.duplicate(), source.form(), settings,
-                       fromPng_ && options_.flipped);
-        if (!fromPng_) sink.setColormap(colormap_);
+                       isForeign(from_) && options_.flipped);
+        if (!isForeign(from_)) sink.setColormap(colormap_);
         copyLines(source, sink);
     }
 
@@ -150,7 +151,7 @@ private:
     const std::string &input_, &output_;
     const ConvertOptions &options_;
     FileProgress &progress_;
-    bool fromPng_;
+    Format from_, to_;
     std::optional<std::string> name_;
     std::uint32_t colormap_ = 0;
 };
@@ -170,16 +171,21 @@ int convertOne(const ConvertOptions &options) {
 
 // ---- Into a folder
 
+bool isForeignName(const std::string &path) {
+    return isForeign(formatOfName(path));
+}
+
 bool canBeConverted(const std::string &name) {
-    return hasImageExtension(name) || isPngName(name);
+    return hasImageExtension(name) || isForeignName(name);
 }
 
 std::string outputOf(const Input &input, const ConvertOptions &options) {
-    const bool toPng = options.format.empty() ? !isPngName(input.path) : options.format == "png";
+    const std::string automatic = isForeignName(input.path) ? "sgi" : "png";
+    const std::string extension = options.format.empty() ? automatic : options.format;
     fs::path place = fs::path(options.folder) / input.place;
-    if (!toPng && hasImageExtension(input.path)) return place.string();
+    if (extension == "sgi" && hasImageExtension(input.path)) return place.string();
     if (canBeConverted(input.path)) place.replace_extension();
-    return place.string() + (toPng ? ".png" : ".sgi");
+    return place.string() + "." + extension;
 }
 
 // Two inputs for one output are faults of the later one.
@@ -202,7 +208,8 @@ bool isUpToDate(const std::string &input, const std::string &output) {
 }
 
 int convertMany(const ConvertOptions &options) {
-    const NameFilter wanted = options.format == "png" ? hasImageExtension : canBeConverted;
+    const NameFilter wanted =
+        isForeignName("x." + options.format) ? hasImageExtension : canBeConverted;
     std::vector<Input> inputs = collectInputs(options.batch.inputs, wanted);
     findClashes(inputs, options);
     const auto convert = [&](const Input &input, FileReport &report, FileProgress &progress) {

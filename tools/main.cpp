@@ -3,6 +3,7 @@
 #include "commands.h"
 #include "convert.h"
 #include "open_image.h"
+#include "picture_format.h"
 #include "registry_files.h"
 #include "report.h"
 
@@ -231,13 +232,19 @@ void addStorage(CLI::App *app, Request &request) {
 
 void addConvert(CLI::App *image, Request &request) {
     ConvertOptions &options = request.convert;
-    CLI::App *app = image->add_subcommand("convert", "Convert between this format and PNG");
+    CLI::App *app =
+        image->add_subcommand("convert", "Convert between image files and other formats");
     addBatch(app, options.batch, "Input and output; with -o inputs, or folders with -r");
     addFile(app, "-o", options.folder, "Folder for the outputs, in folders as the inputs are")
         ->required(false)
         ->type_name("FOLDER");
-    addChoice(app, "--to", options.format, {"png", "sgi"}, "png|sgi",
-              "Format in the folder; default: PNG, of .png files .sgi");
+    addText(app, "--to", options.format,
+            "Extension of the outputs; default: png, and sgi for those of other formats")
+        ->check([](const std::string &extension) {
+            const bool known = extension == "sgi" || isForeign(formatOfName("x." + extension));
+            return known ? std::string() : "an extension of which no files can be written";
+        })
+        ->type_name("EXTENSION");
     app->add_flag("--always", options.always, "Even if the output is newer than the input");
     app->add_option("--depth", options.depth, "Bits of an element; default: as they are")
         ->check(CLI::IsMember({8, 16}).description(""))
@@ -263,8 +270,8 @@ void addConvert(CLI::App *image, Request &request) {
 void addCompare(CLI::App *image, Request &request) {
     CompareOptions &options = request.compare;
     CLI::App *compare = image->add_subcommand("compare", "Compare two pictures");
-    addFile(compare, "first", options.first, "Image or PNG file");
-    addFile(compare, "second", options.second, "Image or PNG file of the same size");
+    addFile(compare, "first", options.first, "File of any format");
+    addFile(compare, "second", options.second, "One of the same size");
     compare
         ->add_option("--fail", options.failure, "Larger differences fail, of 0 to 1; default: 1e-6")
         ->type_name("D");

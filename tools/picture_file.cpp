@@ -1,8 +1,6 @@
 #include "picture_file.h"
 
-#include "inputs.h"
 #include "open_image.h"
-#include "png_file.h"
 
 #include <cerrno>
 #include <cstring>
@@ -89,14 +87,16 @@ void ImageSink::finish() {
 }
 
 std::unique_ptr<PictureSource> openPicture(const std::string &path) {
-    if (isPngFile(path)) return std::make_unique<PngSource>(path);
+    const Format format = formatOfFile(path);
+    if (isForeign(format)) return openForeign(format, path);
     return std::make_unique<ImageSource>(path);
 }
 
 std::unique_ptr<PictureSink> createPicture(const std::string &path, vx::File file,
                                            const PictureForm &form) {
     checkPlanes(path, form);
-    if (isPngName(path)) return std::make_unique<PngSink>(path, std::move(file), form);
+    const Format format = formatOfName(path);
+    if (isForeign(format)) return createForeign(format, path, std::move(file), form);
     checkFits(path, form, false);
     return std::make_unique<ImageSink>(path, std::move(file), form, ImageSettings());
 }
@@ -106,10 +106,6 @@ void checkPlanes(const std::string &input, const PictureForm &form) {
         throw Error(input, "has " + std::to_string(form.planes) +
                                " planes, of which 1 to 4 can be converted");
     }
-}
-
-bool isPngName(const std::string &path) {
-    return extensionOf(path) == "png";
 }
 
 void checkFits(const std::string &input, const PictureForm &form, bool verbatim) {

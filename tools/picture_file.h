@@ -1,9 +1,8 @@
-// Pictures in files of either format.
+// Pictures in files of any format.
 #ifndef TOOLS_PICTURE_FILE_H
 #define TOOLS_PICTURE_FILE_H
 
-#include "picture.h"
-#include "platform/files.h"
+#include "picture_format.h"
 #include "report.h"
 
 #include <vxhandles.h>
@@ -71,10 +70,8 @@ std::unique_ptr<PictureSource> openPicture(const std::string &path);
 std::unique_ptr<PictureSink> createPicture(const std::string &path, vx::File file,
                                            const PictureForm &form);
 
-// Throws Error for more planes than PNG and other readers of image files know.
+// Throws Error for more planes than other formats and readers of image files know.
 void checkPlanes(const std::string &input, const PictureForm &form);
-
-bool isPngName(const std::string &path);
 
 // Throws Error unless an image file can take the picture so that it can be read again.
 void checkFits(const std::string &input, const PictureForm &form, bool verbatim);

@@ -16,14 +16,6 @@ constexpr std::size_t kMaxInterlacedBytes = std::size_t{1} << 30;
 
 }  // namespace
 
-bool isPngFile(const std::string &path) {
-    const vx::File file = openRegularFile(path);
-    png_byte signature[8];
-    const int got = vx::readFile(file.get(), signature, sizeof signature);
-    if (got < 0) throw systemError(path);
-    return got == 8 && png_sig_cmp(signature, 0, sizeof signature) == 0;
-}
-
 PngFile::PngFile(const std::string &path, vx::File file, const char *mode)
     : path_(path), file_(fdopen(file.get(), mode)) {
     if (file_ == nullptr) throw std::bad_alloc();

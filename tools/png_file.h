@@ -13,9 +13,6 @@
 
 namespace tool {
 
-// Throws Error when there is no file to read.
-bool isPngFile(const std::string &path);
-
 struct FileCloser {
     void operator()(std::FILE *file) const { std::fclose(file); }
 };
