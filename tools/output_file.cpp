@@ -68,13 +68,20 @@ private:
     sigset_t before_;
 };
 
+// Between threads; the handler waits until nobody changes a note.
+std::mutex noteMutex;
+
 // A note with the name of a file. Null if all are taken.
 char *takeNote(const std::string &name) {
-    static std::mutex mutex;
-    const std::lock_guard<std::mutex> lock(mutex);
+    const std::lock_guard<std::mutex> lock(noteMutex);
     for (Note &note : unfinished)
         if (note[0] == '\0') return std::strcpy(note, name.c_str());
     return nullptr;
+}
+
+void releaseNote(char *note) {
+    const std::lock_guard<std::mutex> lock(noteMutex);
+    if (note != nullptr) *note = '\0';
 }
 
 // Read before there are threads: it cannot be asked for without a change.
@@ -161,7 +168,7 @@ OutputFile::~OutputFile() {
     if (temporary_.empty()) return;
     const SignalBlocker held;
     unlink(temporary_.c_str());
-    if (note_ != nullptr) *note_ = '\0';
+    releaseNote(note_);
 }
 
 vx::File OutputFile::duplicate() const {
@@ -186,7 +193,7 @@ void OutputFile::commit() {
     {
         const SignalBlocker held;
         if (rename(temporary_.c_str(), target_.c_str()) != 0) throw systemError(path_);
-        if (note_ != nullptr) *note_ = '\0';
+        releaseNote(note_);
         temporary_.clear();
     }
     syncFolder(folderOf(target_));
