@@ -74,7 +74,7 @@ std::string shortened(const std::string &label, std::size_t columns, std::size_t
 
 }  // namespace
 
-ProgressBar::ProgressBar(std::string name, std::size_t files)
+ProgressBar::ProgressBar(const std::string &name, std::size_t files)
     : name_(files == 1 ? printable(name) : ""),
       files_(files),
       nextDrawing_(Clock::now() + kInterval),

@@ -15,7 +15,7 @@ namespace tool {
 class ProgressBar {
 public:
     // A single file is shown by its name.
-    ProgressBar(std::string name, std::size_t files);
+    ProgressBar(const std::string &name, std::size_t files);
     ~ProgressBar() { clear(); }
     ProgressBar(const ProgressBar &) = delete;
     ProgressBar &operator=(const ProgressBar &) = delete;
