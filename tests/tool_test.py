@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 """The program vxutil as its users run it: tool_test.py PROGRAM SAMPLES [unittest arguments]"""
+import contextlib
 import ctypes
+import fcntl
 import json
+import math
 import os
 import pty
 import re
@@ -9,10 +12,12 @@ import resource
 import shlex
 import shutil
 import signal
+import statistics
 import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 import unittest
 import xml.etree.ElementTree as xml
@@ -97,11 +102,11 @@ class ToolTest(unittest.TestCase):
         return [(entry['path'], entry['level']) for one in lists for entry in one['directories']]
 
     def leftovers(self):
-        return list(self.folder.glob('.vxutil-*'))
+        return list(self.folder.rglob('.vxutil-*'))
 
     def test_command_line(self):
         for words in ('', 'paths', 'paths add', 'paths remove', 'paths move', 'find', 'image', 'image info',
-                      'image check', 'image convert', 'match', 'samples'):
+                      'image check', 'image stats', 'image compare', 'image convert', 'match', 'samples'):
             self.assertRegex(self.run_tool(words + ' --help'), r'(?s)\A(?!.*(:\{|INT in)).*\nExamples?:\n  vxutil ')
         self.assertRegex(self.run_tool('--version'), r'^vxutil \d+\.\d+\.\d+$')
         for command in ('', 'find', 'image', 'image convert a', 'paths --level moon', 'paths move a b', 'paths confirm',
@@ -228,7 +233,7 @@ class ToolTest(unittest.TestCase):
     def test_samples_of_other_programs_are_good(self):
         for line in re.findall(r'^\w.*', (SAMPLES.parent / 'samples.txt').read_text(), re.M):
             name, width, height, planes, size, storage, *_ = line.split()
-            self.assertRegex(self.run_tool('image info', SAMPLES / name),
+            self.assertRegex(self.run_tool('image info --long', SAMPLES / name),
                              f'size +{width} x {height}, {planes} plane(.|\n)*elements +{size} byte'
                              f'(.|\n)*storage +{storage}\n.*big-endian')
             self.assertIn(': good, ', self.run_tool('image check', SAMPLES / name))
@@ -280,24 +285,140 @@ class ToolTest(unittest.TestCase):
                     plane = b''.join(picture[x:x + size] for x in range(z * size, len(picture), planes * size))
                     self.assertEqual(output(f'sgitopnm -channel {z} out.sgi'),
                                      b'P5\n%d %d\n%d\n' % (width, height, 256 ** size - 1) + plane)
-                listed = b' '.join(re.findall(rb'Pixel .*: (.*) \(', output('oiiotool --dumpdata out.sgi')))
-                self.assertEqual(b''.join(int(element).to_bytes(size, 'big') for element in listed.split()), picture)
+                self.run_tool('image convert out.sgi out.tif')
+                for name in ('out.sgi',) if planes % 2 == 0 else ('out.sgi', 'out.tif'):  # alpha is multiplied in
+                    listed = b' '.join(re.findall(rb'Pixel .*: (.*) \(', output('oiiotool --dumpdata ' + name)))
+                    self.assertEqual(b''.join(int(element).to_bytes(size, 'big') for element in listed.split()), picture)
                 for name in ('back.png',) if planes == 2 else ('back.png', 'out.sgi'):  # ffmpeg takes no 2 planes
                     self.assertEqual(output(f'ffmpeg -v error -i {name} -f rawvideo -pix_fmt {pixels} -'), picture,
                                      (planes, size, name))
+
+    def test_statistics(self):
+        wide = [256 * 7, 256 * 7 + 1, 65535, 256 * 9]
+        png(self.folder / 'wide.png', 2, [struct.pack('>2H', *wide[:2]), struct.pack('>2H', *wide[2:])], 1, 16)
+        png(self.folder / 'two.png', 3, [bytes((5, 255, 5, 255, 8, 255))], 2, 8)
+        self.run_tool('image convert wide.png wide --verbatim')
+        listed = self.run_tool('image stats --json wide wide.png two.png')
+        planes = [json.loads(line)['planes'] for line in listed.splitlines()]
+        for name, plane, values in (('wide', planes[0], wide), ('wide.png', planes[1], wide),
+                                    ('two.png', planes[2][:1], [5, 5, 8]), ('two.png', planes[2][1:], [255] * 3)):
+            bins = [value // 256 if name[0] == 'w' else value for value in values]
+            self.assertEqual(plane, [{
+                'min': min(values), 'max': max(values), 'mean': statistics.fmean(values),
+                'deviation': statistics.pstdev(values), 'histogram': [bins.count(bin) for bin in range(256)]}], name)
+        self.assertEqual(self.run_tool('image stats two.png --svg two.svg'), 'two.png: 3 x 1; plane 0: 5 to 8, mean 6.00, '
+                         'deviation 1.41; plane 1: 255 to 255, mean 255.00, deviation 0.00\n')
+        bars = [group.find('{*}path[@fill]').get('d') for group in xml.parse(self.folder / 'two.svg').findall('{*}g')]
+        self.assertEqual(bars, ['M10 0v-120.00h2V0zM16 0v-60.00h2V0z', 'M510 0v-120.00h2V0z'])
+        self.refuses(2, 'image', {'stats two.png wide --svg kept': 'kept: is a drawing of one'})
+
+    def test_comparison(self):
+        png(self.folder / 'a.png', 2, [bytes((9, 255, 50, 255)), bytes((0, 255, 7, 255))], 2, 8)
+        png(self.folder / 'b.png', 2, [struct.pack('>4H', 9 * 257, 65535, 50 * 257, 65535 - 13107),
+                                       struct.pack('>4H', 257, 65535, 7 * 257, 65535)], 2, 16)
+        for command in ('convert a.png a.sgi', 'convert b.png b.sgi', 'compare a.sgi a.png'):
+            self.run_tool('image ' + command)
+        found = json.loads(self.run_tool('image compare a.sgi b.png --json --picture out.png', code=1))
+        self.assertAlmostEqual(found.pop('root_mean_square'), math.sqrt((.04 + 255 ** -2) / 8))
+        self.assertEqual(found, {
+            'file': 'a.sgi', 'good': True, 'with': 'b.png', 'differ': True, 'elements': 8, 'different': 2, 'failing': 2,
+            'largest': .2, 'plane': 1, 'row': 1, 'column': 1, 'mean': (.2 + 1 / 255) / 8})
+        picture = json.loads(self.run_tool('image stats --json out.png'))
+        self.assertEqual([(plane['max'], plane['histogram'][0]) for plane in picture['planes']], [(1285, 3), (65535, 3)])
+        for options, code in (('--fail .1 --failpercent 12.5', 0), ('--fail .1 --failpercent 12.4', 1), ('--fail .2', 0),
+                              ('--failpercent 50 --hardfail .19', 1)):
+            self.assertIn(('within limits', 'differ')[code] +
+                          ': 2 of 8 elements differ, at most by 0.2 in plane 1, row 1, column 1;',
+                          self.run_tool('image compare b.sgi a.png ' + options, code=code), options)
+        self.refuses(1, 'image', {'compare a.sgi none': 'none: No such'})
+        self.run_tool('image compare a.sgi', NOISE, code=1, error='is 33 x 29 in 3 planes, and a.sgi is 2 x 2 in 2')
 
     def test_settings_of_converted_images(self):
         shutil.copy(SAMPLES / 'imagemagick_text_61x44x3_1B_rle.sgi', self.folder / 'in')
         for words in ('in a --verbatim --host-order --name [x]', 'a b', 'in in.PNG', 'b b.PNG'):
             self.run_tool('image convert ' + words)
-        self.assertRegex(self.run_tool('image info a b'),
+        self.assertRegex(self.run_tool('image info --long a b'),
                          rf'\Aa\n +name +\[x\]\n(.|\n)*verbatim\n.*{sys.byteorder}-endian(.|\n)*'
                          r'\nb\n +name +\[x\]\n(.|\n)*run-length\n.*big-endian')
         self.assertEqual((self.folder / 'b.PNG').read_bytes(), (self.folder / 'in.PNG').read_bytes())
 
+    def test_foreign_formats(self):
+        for sample in sorted(SAMPLES.glob('*.sgi')):
+            self.run_tool('image convert', sample, 'out.tiff')
+            self.run_tool('image convert out.tiff back')
+            self.run_tool('image compare back', sample)
+        smooth = [bytes(value for x in range(64) for value in (3 * x, 4 * y, x + y)) for y in range(48)]
+        png(self.folder / 'smooth.png', 64, smooth, 3, 8)
+        for command in ('convert smooth.png smooth', 'convert smooth out.jpg', 'convert out.jpg back',
+                        'compare out.jpg back', 'compare out.jpg smooth --fail .02'):
+            self.run_tool('image ' + command)
+        for name in ('out.jpg', 'out.tiff'):
+            data = (self.folder / name).read_bytes()
+            (self.folder / ('cut.' + name)).write_bytes(data[:len(data) * 2 // 3])
+        self.refuses(1, 'image convert', {'cut.out.jpg kept': 'cut.out.jpg: ', 'cut.out.tiff kept': 'cut.out.tiff: '})
+        png(self.folder / 'alpha.png', 2, [b'1234'], 2, 8)
+        self.run_tool('image convert alpha.png alpha')
+        self.run_tool('image convert alpha alpha.jpg', code=1, error='alpha.jpg: JPEG takes 1 or 3 planes')
+        for name in ('a.tif', 'a.jpg'):
+            self.run_tool('image convert smooth', name, code=1, error=name, preexec_fn=on_a_full_disk(500))
+            self.assertEqual(list(self.folder.glob('a.*')) + self.leftovers(), [])
+        for name in ('tree/one', 'tree/two'):
+            shutil.copytree(SAMPLES, self.folder / name)
+        self.run_tool('image convert -q -r tree -o jpegs --to jpg --depth 8 --planes 0')
+        self.assertEqual(len(list(self.folder.rglob('jpegs/*/*.jpg'))), 2 * len(list(SAMPLES.glob('*.sgi'))))
+
+    def test_conversion_of_trees(self):
+        names = ('a b.sgi', 'deep/\xe4\n.rgb', 'deep/oak.1001')
+        for name in names:
+            (self.folder / 'tree' / name).parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(NOISE, self.folder / 'tree' / name)
+        (self.folder / 'tree/deep/cut.bw').write_bytes(image_head(2, 3, 1) + b'1234')
+        (self.folder / 'tree/deep/cut.sgi').touch()
+        self.assertEqual(self.run_tool('image convert -r tree -o out -j 2', code=1, error='cut.bw: ...cut.png, as tree/'),
+                         'out/a b.png: written\nout/deep/\xe4?.png: written\n2 good, 2 bad\n')
+        self.assertEqual(sorted(path.name for path in self.folder.rglob('out/**/*')), ['a b.png', 'deep', '\xe4\n.png'])
+        os.utime(self.folder / 'out/a b.png', (1, 1))
+        (self.folder / 'list').write_text('\0'.join('tree/' + name for name in names))
+        for options, written in (('-o out/tree', [True] * 3), ('-o out/tree', [False] * 3), ('-o out/tree --always', [True] * 3)):
+            listed = self.run_tool('image convert --files-from list -0 --json ' + options)
+            self.assertEqual([json.loads(line)['written'] for line in listed.splitlines()], written)
+        self.assertTrue((self.folder / 'out/tree/tree/deep/oak.1001.png').exists())
+        self.assertIn('out/a b.png: written\nout/deep', self.run_tool('image convert -r tree -o out', code=1, error='cut'))
+        self.run_tool('image convert -q -r out -o back --to sgi')
+        self.run_tool('image compare', self.folder / 'back/a b.sgi', NOISE)
+        (self.folder / 'shut').mkdir(0o500)
+        self.run_tool('image convert -q -r tree/deep -o shut/new', code=1, error='shut/new: Perm', preexec_fn=as_a_plain_user)
+        self.refuses(2, 'image convert', {f"'tree/a b.sgi' kept.{end}": f'kept.{end}: ....png, ....sgi, .rgb'
+                                          for end in ('gif', 'bmp', 'exr')})
+        self.refuses(2, 'image convert', {'-r tree': 'without -o', 'a b c': 'without -o', '-o out': 'file is required'})
+
+    def test_pixels_of_edited_pictures(self):
+        def elements(name, kind):
+            return [value for value, in struct.iter_unpack(kind, (self.folder / name).read_bytes()[HEAD:])]
+        png(self.folder / 'in.png', 3, [bytes(range(1, 7)), bytes(range(7, 13))], 2, 8)
+        self.run_tool('image convert in.png out.sgi --verbatim --flip --planes 1,0,1 --depth 16')
+        planes = [2, 4, 6, 8, 10, 12], [1, 3, 5, 7, 9, 11], [2, 4, 6, 8, 10, 12]
+        self.assertEqual(elements('out.sgi', '>H'), [257 * value for plane in planes for value in plane])
+        self.run_tool('image convert out.sgi back.png --flip --depth 8 --planes 1')
+        self.run_tool('image convert back.png back.sgi --verbatim')
+        self.assertEqual(elements('back.sgi', 'B'), [7, 9, 11, 1, 3, 5])
+        (self.folder / 'deep').write_bytes(image_head(5, 1, 1, kind=2) + struct.pack('>5H', 0, 128, 129, 65406, 65535))
+        self.run_tool('image convert deep flat --verbatim --depth 8')
+        self.assertEqual(elements('flat', 'B'), [0, 0, 1, 254, 255])
+        png(self.folder / 'passes.png', 2, [b'1', b'2', b'34'], 1, 8, interlaced=1, height=2)
+        self.run_tool('image convert passes.png passes --verbatim')
+        self.assertEqual(elements('passes', 'c'), [b'3', b'4', b'1', b'2'])
+        self.refuses(1, 'image convert', {'in.png kept --planes 2': 'in.png: has no plane 2, only 0 to 1'})
+        self.refuses(2, 'image convert', {'in.png kept --depth 9': '--depth', 'in.png kept --planes 1,x': '--planes'})
+        sparse_image(self.folder / 'plain', 100, 100)
+        for source, storage in ((NOISE, 'verbatim'), (self.folder / 'plain', 'run-length')):
+            self.run_tool('image convert', source, 'small')
+            self.assertIn(f'1 byte, {storage}', self.run_tool('image info small'))
+            self.run_tool('image compare small', source)
+
     def test_failed_conversion_leaves_the_output_alone(self):
         png(self.folder / 'good.png', 2, [b'12', b'34'], 1, 8)
-        png(self.folder / 'interlaced.png', 2, [b'12', b'34'], 1, 8, interlaced=1)
+        png(self.folder / 'interlaced.png', 40000, [], 1, 8, interlaced=1, height=40000)
         png(self.folder / 'wide.png', 65536, [bytes(65536)], 1, 8)
         png(self.folder / 'long.png', 40000, [bytes(range(200)) * 200], 1, 8)
         png(self.folder / 'large.png', 32768, [], 4, 8, height=32768)
@@ -319,7 +440,7 @@ class ToolTest(unittest.TestCase):
         self.refuses(2, 'image convert', {
             'good.png kept --name ' + 80 * 'x': '79 bytes', 'good.png kept.png': 'kept.png: both',
             'cut kept.png --rle': 'kept.png: ', 'good.png kept --rle --verbatim': 'excludes'})
-        self.assertIn('colormap    3', self.run_tool('image info mapped'))
+        self.assertIn('colormap    3', self.run_tool('image info -l mapped'))
         self.run_tool('image check mapped')
 
     def test_full_disk_leaves_the_output_alone(self):
@@ -347,16 +468,17 @@ class ToolTest(unittest.TestCase):
         self.assertEqual((status.st_mode & 0o7777, status.st_uid, status.st_gid), (0o640, *owner))
 
     def test_killed_conversion_leaves_no_half_file(self):
-        sparse_image(self.folder / 'big', 32768, 65535)
+        for name in ('big', 'more'):
+            sparse_image(self.folder / name, 32768, 65535)
         for name in 'HUP INT QUIT ABRT USR1 USR2 PIPE ALRM TERM XCPU VTALRM PROF POLL SYS PWR RTMIN RTMAX KILL'.split():
             end = getattr(signal, 'SIG' + name)
-            with self.start('image convert big out.png') as process:
-                while not any(file.stat().st_size for file in self.leftovers()):
+            with self.start('image convert big more -o out -j 2') as process:
+                while sum(file.stat().st_size > 0 for file in self.leftovers()) < 2:
                     self.assertIsNone(process.poll())
                     time.sleep(0.01)
                 process.send_signal(end)
             self.assertEqual(process.returncode, -end)
-            self.assertEqual(((self.folder / 'out.png').exists(), len(self.leftovers())), (False, name == 'KILL'), name)
+            self.assertEqual(list(self.folder.glob('out/*.png')) + self.leftovers() * (name != 'KILL'), [], name)
 
     def test_memory_does_not_grow_with_the_picture(self):
         peaks = []
@@ -370,19 +492,48 @@ class ToolTest(unittest.TestCase):
         self.assertLess(max(peaks) - min(peaks), 16 << 10)  # KiB; the larger picture has 90 MB
 
     def test_bar_on_a_terminal_only(self):
-        # The end of a name is shown, as far as it has room without half a character.
-        for command, name, room in (('check {}', '\xe4' * 30, 16), ('convert {} out.png', 'x' * 40, 33)):
-            sparse_image(self.folder / name, 100, 1000)
+        sparse_image(self.folder / ('\xe4' * 90), 16383, 65535)
+        for terminal, columns in (('xterm', 50), ('xterm', 80), ('dumb', 0)):
+            self.environment['TERM'] = terminal
             ours, theirs = pty.openpty()
+            fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack('4H', 24, columns, 0, 0))
             shown = b''
-            with self.start('image ' + command.format(name), stderr=theirs, stdout=subprocess.DEVNULL) as process:
+            with self.start('image check ' + '\xe4' * 90, stderr=theirs, stdout=subprocess.DEVNULL) as process:
                 os.close(theirs)
-                while not shown.endswith(b'100%\r\x1b[K'):
-                    shown += os.read(ours, 4096)
-                self.assertRaises(OSError, os.read, ours, 1)  # how the end of a terminal reads
+                with contextlib.suppress(OSError):  # how the end of a terminal reads
+                    while not shown.endswith(b'%'):
+                        shown += os.read(ours, 1)
+                process.kill()
             os.close(ours)
-            self.assertEqual(process.returncode, 0)
-            self.assertIn(f"\r...{name[:room]} [{'#' * 15}{'.' * 15}]  50%\r".encode(), shown)
+            # The end of a name is shown, without half a character.
+            self.assertRegex(shown.decode(), r'\A\r\.\.\.\xe4+ \[[#.]+\] +\d+%\Z' if columns else r'\A\Z')
+            self.assertEqual(len(shown.decode()), columns)
+
+    def test_trees_and_lists(self):
+        names = ['tree/' + name for name in ('a b.sgi', 'deep/cut.sgi', 'deep/er/\xe4\xf6.rgb', 'empty.bw', 'x\ny.sgi')]
+        bad = (names[1], names[3])
+        (self.folder / 'tree/deep/er').mkdir(parents=True)
+        for name in names:
+            shutil.copy(NOISE, self.folder / name)
+        for name in (*bad, 'tree/notes.txt'):
+            (self.folder / name).write_bytes(image_head(2, 3, 1) + b'1234')
+        (self.folder / 'tree/deep/loop').symlink_to('..')
+        for jobs in (1, 3):
+            listed = self.run_tool(f'image check -r tree --json -j {jobs}', code=1, error='cut.sgi...empty.bw')
+            objects = [json.loads(line) for line in listed.splitlines()]
+            self.assertEqual([(one['file'], one['good']) for one in objects], [(n, n not in bad) for n in names])
+            self.assertEqual((objects[0]['rows'], objects[1]['faults'][0][:14]), (87, 'plane 0, row 2'))
+        (self.folder / 'list').write_text('\0'.join([*names, 'none']))
+        with open(self.folder / 'list', encoding='utf-8') as listing:
+            self.assertRegex(self.run_tool('image info --null --files-from -', stdin=listing, code=1, error='none: No'),
+                             r'\Atree/a b.sgi: 33 x 29, 3 planes of 1 byte, run(.*\n){5}5 good, 1 bad\n\Z')
+        (self.folder / 'list').write_text('\n'.join(names[:4]))
+        command = ' '.join(map(shlex.quote, (str(PROGRAM), 'image', 'check', '--files-from', 'list')))
+        log = subprocess.run(command + ' 2>&1', shell=True, cwd=self.folder, text=True, capture_output=True, check=False)
+        self.assertRegex(log.stdout, r'\A.*good.*\n.*deep/cut.sgi: plane.*\n.*good.*\n.*empty.*\n2 good, 2 bad\n\Z')
+        self.assertEqual(self.run_tool('image check -q -r tree', code=1, error='cut.sgi'), '')
+        self.run_tool('image check --files-from none', code=1, error='none: No such')
+        self.refuses(2, 'image', {'info': 'file is required', 'info -j 0 a': '--jobs'})
 
     def test_samples(self):
         for pattern, inside in (('disk', lambda x, y: x * x + y * y <= 1.001), ('square', lambda x, y: max(x, y) <= 1)):

@@ -46,18 +46,25 @@ struct FindOptions {
 };
 int findFiles(const FindOptions &options);
 
-int describeImages(const std::vector<std::string> &paths);
-int checkImages(const std::vector<std::string> &paths);
+struct BatchOptions;  // of batch.h
+int describeImages(const BatchOptions &options, bool atLength);
+int checkImages(const BatchOptions &options);
+// A drawing of the histogram is written unless its name is empty.
+int measureImages(const BatchOptions &options, const std::string &drawing);
 
-// The settings of a new image file; a PNG file has none.
-struct ImageSettings {
-    bool verbatim;
-    bool hostOrder;
-    std::optional<std::string> name;
-    bool given;  // one of them was asked for
+// Differences are parts of the range of an element.
+struct CompareOptions {
+    std::string first, second;
+    double failure = 1e-6;         // above this an element fails
+    double failingPercentage = 0;  // of elements that may fail
+    double hardFailure = 2;        // which not even one element may exceed
+    std::string picture;           // of the differences, or empty
+    bool json = false;
 };
-int convertPicture(const std::string &input, const std::string &output,
-                   const ImageSettings &settings);
+int compareImages(const CompareOptions &options);
+
+struct ConvertOptions;  // of convert.h
+int convertPictures(const ConvertOptions &options);
 
 // Without names those of standard input, a line each.
 int matchNames(const std::string &wildcard, const std::vector<std::string> &names);

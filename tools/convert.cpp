@@ -1,21 +1,19 @@
-// Pictures between image files and PNG, a line at a time: what is held in memory grows with the
-// width of a picture and not with its height.
+// Pictures between image files and foreign formats, a line at a time: what is held in memory grows
+// with the width of a picture and not with its height.
+
+#include "convert.h"
 
 #include "commands.h"
-#include "open_image.h"
 #include "output_file.h"
-#include "picture.h"
-#include "png_file.h"
+#include "picture_file.h"
+#include "picture_filters.h"
 #include "progress_bar.h"
 #include "report.h"
 
-#include <cerrno>
 #include <cstdint>
-#include <cstring>
-#include <fcntl.h>
+#include <filesystem>
+#include <map>
 #include <memory>
-#include <strings.h>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -23,186 +21,212 @@ namespace tool {
 
 namespace {
 
-constexpr unsigned kMaxPlanes = 4;
+namespace fs = std::filesystem;
 
-// Rows of a file lie from the bottom of the picture up.
-class ImageSource : public PictureSource {
+// What cannot go together, whatever is in the files.
+class UsageError : public Error {
 public:
-    explicit ImageSource(const std::string &path) : path_(path), image_(openImage(path)) {
-        if (const std::string error = headerFault(image_.get()); !error.empty()) {
-            throw Error(path, error);
-        }
-        y_ = image_->ySize;
-    }
-
-    PictureForm form() const override {
-        return {image_->xSize, image_->ySize, image_->zSize,
-                static_cast<unsigned>(elementBytesOf(image_.get()))};
-    }
-
-    void readLine(std::uint16_t *line) override {
-        --y_;
-        for (int z = 0; z < image_->zSize; ++z, line += image_->xSize) {
-            if (vxImageGetRow(image_.get(), line, y_, z) >= 0) continue;
-            throw Error(path_, "plane " + std::to_string(z) + ", row " + std::to_string(y_) + ": " +
-                                   imageMessage("cannot be read"));
-        }
-    }
-
-    const VxImage *image() const { return image_.get(); }
-
-private:
-    std::string path_;
-    VxUniqueImage image_;
-    int y_;
+    using Error::Error;
 };
 
-// What the library says, and the reason of the system. A write that was cut short has none: the
-// next byte tells it.
-std::string writeMessage(int file, const char *otherwise) {
-    if (errno == 0) {
-        [[maybe_unused]] const ssize_t put = write(file, "", 1);
+void checkUsage(const ConvertOptions &options, const std::string &output, bool fromForeign) {
+    const Format format = formatOfName(output);
+    if (isForeign(format) && fromForeign) {
+        throw UsageError(output, "both files are foreign, and one of them has to be an image file");
     }
-    const std::string reason = errno != 0 ? std::string(": ") + std::strerror(errno) : "";
-    return imageMessage(otherwise) + reason;
+    const bool settings = options.storage != Storage::kSmaller || options.hostOrder || options.name;
+    if (isForeign(format) && settings) {
+        throw UsageError(output, "a foreign file has no storage, byte order or name to set");
+    }
+    if (format == Format::kUnknown) {
+        throw UsageError(output, "files of this extension cannot be written, only " +
+                                     writableExtensions() + ", or an image without any extension");
+    }
+    if (options.name.value_or("").size() > VX_IMAGE_MAX_NAME) {
+        throw UsageError(*options.name, "is longer than the 79 bytes of a name");
+    }
 }
 
-class ImageSink : public PictureSink {
+// One conversion, which may have to write its output a second time.
+class Conversion {
 public:
-    // `path` is for messages.
-    ImageSink(const std::string &path, vx::File file, const PictureForm &form,
-              const ImageSettings &settings)
-        : path_(path), form_(form), y_(static_cast<int>(form.height)) {
-        const unsigned storage = settings.verbatim ? VX_IMAGE_VERBATIM : VX_IMAGE_RUN_LENGTH;
-        errno = 0;
-        image_.reset(vxImageOpenFd(file.get(), "w", storage | form.elementBytes, 3U, form.width,
-                                   form.height, form.planes));
-        if (image_ == nullptr) {
-            throw Error(path, writeMessage(file.get(), "cannot be written"));
-        }
-        file.release();
-        if (!settings.hostOrder) vxImageUseBigEndian(image_.get());
-        if (settings.name) vxImageSetName(image_.get(), settings.name->c_str());
+    Conversion(const std::string &input, const std::string &output, const ConvertOptions &options,
+               FileProgress &progress)
+        : input_(input),
+          output_(output),
+          options_(options),
+          progress_(progress),
+          from_(formatOfFile(input)),
+          to_(formatOfName(output)) {
+        checkUsage(options, output, isForeign(from_));
     }
 
-    // What the source says besides its elements, where it is an image file too.
-    void takeOver(const VxImage *original, bool nameToo) {
-        if (nameToo) vxImageSetName(image_.get(), original->name);
-        vxImageSetColormap(image_.get(), original->colormap);
-    }
-
-    void writeLine(std::uint16_t *line) override {
-        --y_;
-        for (int z = 0; z < static_cast<int>(form_.planes); ++z, line += form_.width) {
-            errno = 0;
-            if (vxImagePutRow(image_.get(), line, y_, z) < 0) {
-                throw Error(path_, writeMessage(image_->file, "a row could not be written"));
-            }
-            if (vxImageRowSize(image_.get()) > VX_IMAGE_MAX_STORED_ROW) {
-                throw Error(path_,
-                            "a run-length row is longer than can be read back; try --verbatim");
-            }
+    void run() {
+        std::unique_ptr<PictureSource> source = openSource();
+        const PictureForm form = source->form();
+        checkPlanes(input_, form);
+        if (!isForeign(to_)) checkFits(input_, form, options_.storage == Storage::kVerbatim);
+        if (!options_.folder.empty()) createFolders();
+        OutputFile target(output_);
+        progress_.start(form.height);
+        if (isForeign(to_)) {
+            copyLines(*source, *createForeign(to_, output_, target.duplicate(), form));
+        } else if (options_.storage == Storage::kSmaller) {
+            writeSmaller(target, *source);
+        } else {
+            writeImage(target, *source, options_.storage == Storage::kVerbatim);
         }
-    }
-
-    void finish() override {
-        const vx::File file(fcntl(image_->file, F_DUPFD_CLOEXEC, 0));
-        errno = 0;
-        if (!vxImageFinish(std::move(image_))) {
-            throw Error(path_, writeMessage(file.get(), "could not be closed"));
-        }
+        target.commit();
     }
 
 private:
-    std::string path_;
-    PictureForm form_;
-    VxUniqueImage image_;
-    int y_;
+    std::unique_ptr<PictureSource> openSource() {
+        std::unique_ptr<PictureSource> source;
+        if (isForeign(from_)) {
+            source = openForeign(from_, input_);
+        } else {
+            auto image = std::make_unique<ImageSource>(input_, options_.flipped);
+            noteHeader(image->image());
+            source = std::move(image);
+        }
+        if (!options_.planes.empty()) {
+            source = withPlanes(input_, std::move(source), options_.planes);
+        }
+        if (options_.depth != 0) source = withDepth(std::move(source), options_.depth / 8);
+        return source;
+    }
+
+    void noteHeader(const VxImage *image) {
+        name_ = image->name;
+        colormap_ = image->colormap;
+        if (isForeign(to_) && colormap_ != 0) {
+            throw Error(input_,
+                        "has the colormap " + std::to_string(colormap_) +
+                            ": its elements are no plain colours, as other formats hold them");
+        }
+    }
+
+    void createFolders() const {
+        std::error_code error;
+        const fs::path folder = fs::path(output_).parent_path();
+        fs::create_directories(folder, error);
+        if (error) throw Error(folder.string(), error.message());
+    }
+
+    void copyLines(PictureSource &source, PictureSink &sink) {
+        const PictureForm form = source.form();
+        std::vector<std::uint16_t> line(form.lineElements());
+        for (unsigned i = 0; i < form.height; ++i) {
+            source.readLine(line.data());
+            sink.writeLine(line.data());
+            progress_.advance();
+        }
+        source.finish();
+        sink.finish();
+    }
+
+    void writeImage(const OutputFile &target, PictureSource &source, bool verbatim) {
+        const ImageSettings settings = {verbatim, options_.hostOrder,
+                                        options_.name ? options_.name : name_};
+        ImageSink sink(output_, target.duplicate(), source.form(), settings,
+                       isForeign(from_) && options_.flipped);
+        if (!isForeign(from_)) sink.setColormap(colormap_);
+        copyLines(source, sink);
+    }
+
+    // Runs of equal elements are short in some pictures, and cost more than they save.
+    void writeSmaller(OutputFile &target, PictureSource &source) {
+        const std::uint64_t verbatimBytes = verbatimFileBytes(source.form());
+        const bool verbatimFits = fitsVerbatim(source.form());
+        try {
+            writeImage(target, source, false);
+            if (!verbatimFits || target.size() <= verbatimBytes) return;
+        } catch (const RowTooLong &) {
+            if (!verbatimFits) throw;
+        }
+        target.clear();
+        writeImage(target, *openSource(), true);
+    }
+
+    const std::string &input_, &output_;
+    const ConvertOptions &options_;
+    FileProgress &progress_;
+    Format from_, to_;
+    std::optional<std::string> name_;
+    std::uint32_t colormap_ = 0;
 };
 
-bool isPngName(const std::string &path) {
-    return path.size() >= 4 && strcasecmp(path.c_str() + path.size() - 4, ".png") == 0;
+int convertOne(const ConvertOptions &options) {
+    const std::string &input = options.batch.inputs.names[0];
+    ProgressBar bar(input, 1);
+    FileProgress progress(bar);
+    try {
+        Conversion(input, options.batch.inputs.names[1], options, progress).run();
+    } catch (const UsageError &error) {
+        printError(error.subject(), error.what());
+        return kUsage;
+    }
+    return kDone;
 }
 
-void checkForm(const std::string &input, const PictureForm &form) {
-    if (form.planes > kMaxPlanes) {
-        throw Error(input, "has " + std::to_string(form.planes) +
-                               " planes, of which 1 to 4 can be converted");
+// ---- Into a folder
+
+bool isForeignName(const std::string &path) {
+    return isForeign(formatOfName(path));
+}
+
+bool canBeConverted(const std::string &name) {
+    return hasImageExtension(name) || isForeignName(name);
+}
+
+std::string outputOf(const Input &input, const ConvertOptions &options) {
+    const std::string automatic = isForeignName(input.path) ? "sgi" : "png";
+    const std::string extension = options.format.empty() ? automatic : options.format;
+    fs::path place = fs::path(options.folder) / input.place;
+    if (extension == "sgi" && hasImageExtension(input.path)) return place.string();
+    if (canBeConverted(input.path)) place.replace_extension();
+    return place.string() + "." + extension;
+}
+
+// Two inputs for one output are faults of the later one.
+void findClashes(std::vector<Input> &inputs, const ConvertOptions &options) {
+    std::map<std::string, std::string> sources;
+    for (Input &input : inputs) {
+        if (!input.fault.empty()) continue;
+        const auto [place, isNew] = sources.emplace(outputOf(input, options), input.path);
+        if (isNew) continue;
+        input.fault = "would become " + place->first + ", as " + place->second + " does";
     }
 }
 
-// Can an image file take the picture so that it can be read again?
-void checkFits(const std::string &input, const PictureForm &form, bool verbatim) {
-    if (form.width > VX_IMAGE_MAX_SIDE || form.height > VX_IMAGE_MAX_SIDE) {
-        throw Error(input, "is more than 65535 elements wide or high");
-    }
-    if (!verbatim) return;
-    if (static_cast<int>(form.width) > widestVerbatimRow(static_cast<int>(form.elementBytes))) {
-        throw Error(input, "has rows too long to be read back when stored verbatim; try --rle");
-    }
-    const std::uint64_t rowBytes = std::uint64_t{form.width} * form.elementBytes;
-    if (VX_IMAGE_FILE_HEAD + rowBytes * (std::uint64_t{form.height} * form.planes - 1) >
-        VX_IMAGE_MAX_POSITION) {
-        throw Error(input, "takes more than the 4 GiB of an image file; try --rle");
-    }
+bool isUpToDate(const std::string &input, const std::string &output) {
+    std::error_code none;
+    const fs::file_time_type inputTime = fs::last_write_time(input, none);
+    if (none) return false;
+    const fs::file_time_type outputTime = fs::last_write_time(output, none);
+    return !none && outputTime >= inputTime;
 }
 
-void copyLines(const std::string &label, PictureSource &source, PictureSink &sink) {
-    const PictureForm form = source.form();
-    std::vector<std::uint16_t> line(form.lineElements());
-    ProgressBar bar(label, form.height);
-    for (unsigned i = 0; i < form.height; ++i) {
-        source.readLine(line.data());
-        sink.writeLine(line.data());
-        bar.advance();
-    }
-    source.finish();
-    sink.finish();
+int convertMany(const ConvertOptions &options) {
+    const NameFilter wanted =
+        isForeignName("x." + options.format) ? hasImageExtension : canBeConverted;
+    std::vector<Input> inputs = collectInputs(options.batch.inputs, wanted);
+    findClashes(inputs, options);
+    const auto convert = [&](const Input &input, FileReport &report, FileProgress &progress) {
+        const std::string output = outputOf(input, options);
+        const bool needed = options.always || !isUpToDate(input.path, output);
+        if (needed) Conversion(input.path, output, options, progress).run();
+        setText(report.json, "output", output);
+        report.json["written"] = needed;
+        report.print(printable(output) + (needed ? ": written" : ": up to date"));
+    };
+    return runBatch(options.batch, inputs, convert);
 }
 
 }  // namespace
 
-int convertPicture(const std::string &input, const std::string &output,
-                   const ImageSettings &settings) {
-    const bool fromPng = isPngFile(input), toPng = isPngName(output);
-    if (toPng && (fromPng || settings.given)) {
-        printError(output, fromPng ? "both files are PNG"
-                                   : "a PNG file has no storage, byte order or name to set");
-        return kUsage;
-    }
-    if (settings.name.value_or("").size() > VX_IMAGE_MAX_NAME) {
-        printError(*settings.name, "is longer than the 79 bytes of a name");
-        return kUsage;
-    }
-    std::unique_ptr<PictureSource> source;
-    const VxImage *original = nullptr;
-    if (fromPng) {
-        source = std::make_unique<PngSource>(input);
-    } else {
-        auto image = std::make_unique<ImageSource>(input);
-        original = image->image();
-        source = std::move(image);
-    }
-    const PictureForm form = source->form();
-    checkForm(input, form);
-    if (toPng && original != nullptr && original->colormap != 0) {
-        throw Error(input, "has the colormap " + std::to_string(original->colormap) +
-                               ": its elements are no plain colours, as a PNG file holds them");
-    }
-    if (!toPng) checkFits(input, form, settings.verbatim);
-
-    OutputFile target(output);
-    std::unique_ptr<PictureSink> sink;
-    if (toPng) {
-        sink = std::make_unique<PngSink>(output, target.duplicate(), form);
-    } else {
-        auto image = std::make_unique<ImageSink>(output, target.duplicate(), form, settings);
-        if (original != nullptr) image->takeOver(original, !settings.name);
-        sink = std::move(image);
-    }
-    copyLines(input, *source, *sink);
-    target.commit();
-    return kDone;
+int convertPictures(const ConvertOptions &options) {
+    return options.folder.empty() ? convertOne(options) : convertMany(options);
 }
 
 }  // namespace tool

@@ -1,7 +1,9 @@
 // The command line of vxutil.
 
 #include "commands.h"
+#include "convert.h"
 #include "open_image.h"
+#include "picture_format.h"
 #include "registry_files.h"
 #include "report.h"
 
@@ -76,7 +78,11 @@ struct Request {
     unsigned position = 0;
     int gridSize = 0;
     bool json = false, all = false, explain = false;
-    bool runLength = false, verbatim = false, hostOrder = false;
+    bool runLength = false, verbatim = false;
+    bool atLength = false;
+    BatchOptions batch;
+    CompareOptions compare;
+    ConvertOptions convert;
 
     int categoryOr(int otherwise) const {
         return category.empty() ? otherwise : indexOf(kCategoryNames, category);
@@ -180,46 +186,144 @@ void addFind(CLI::App &app, Request &request) {
     });
 }
 
-void addConvert(CLI::App *image, Request &request) {
-    CLI::App *convert = image->add_subcommand("convert", "Convert between this format and PNG");
-    addFile(convert, "in", request.input, "PNG or image file, told by its content");
-    addFile(convert, "out", request.output, "PNG if the name ends in .png");
+// Options of the commands that work on many files.
+void addBatch(CLI::App *app, BatchOptions &batch,
+              const char *what = "Image files, or folders with -r") {
+    addFile(app, "file", batch.inputs.names, what)->required(false);
+    app->add_flag("-r,--recursive", batch.inputs.recursive,
+                  "Files with the extension of an image, in folders and theirs");
+    addText(app, "--files-from", batch.inputs.list,
+            "Names from the lines of a file; -: standard input")
+        ->type_name("FILE");
+    app->add_flag("-0,--null", batch.inputs.nulSeparated,
+                  "These names end in NUL, not in a line break");
+    app->add_option("-j,--jobs", batch.jobs, "Files to work on at once; default: one per processor")
+        ->check(CLI::Range(1, kMaxJobs).description(""))
+        ->type_name("N");
+    app->add_flag("-q,--quiet", batch.quiet, "Faults only");
+    app->add_flag("--json", batch.json, "One JSON object per file and line");
+}
+
+const BatchOptions &withInputs(const BatchOptions &batch) {
+    if (batch.inputs.names.empty() && batch.inputs.list.empty()) throw CLI::RequiredError("file");
+    return batch;
+}
+
+int convert(const Request &request) {
+    const ConvertOptions &options = request.convert;
+    const InputOptions &inputs = options.batch.inputs;
+    const bool several = inputs.recursive || !inputs.list.empty() || options.batch.json;
+    if (options.folder.empty() && (several || inputs.names.size() != 2)) {
+        throw CLI::ValidationError("convert", "without -o takes two names, of input and output");
+    }
+    withInputs(options.batch);
+    return convertPictures(options);
+}
+
+void addStorage(CLI::App *app, Request &request) {
+    ConvertOptions &options = request.convert;
     CLI::Option *runLength =
-        convert->add_flag("--rle", request.runLength, "Run-length rows (the default)");
-    CLI::Option *verbatim = convert->add_flag("--verbatim", request.verbatim, "Verbatim rows");
-    verbatim->excludes(runLength);
-    convert->add_flag("--host-order", request.hostOrder,
-                      "Byte order of this machine, which other programs may not read");
-    CLI::Option *name =
-        addText(convert, "--name", request.name, "Name in the file, at most 79 bytes");
-    convert->footer(
+        app->add_flag("--rle", request.runLength, "Run-length rows; default: the smaller storage");
+    app->add_flag("--verbatim", request.verbatim, "Verbatim rows")->excludes(runLength);
+    app->add_flag("--host-order", options.hostOrder,
+                  "Byte order of this machine, which other programs may not read");
+    addText(app, "--name", options.name, "Name in the file, at most 79 bytes");
+}
+
+void addConvert(CLI::App *image, Request &request) {
+    ConvertOptions &options = request.convert;
+    CLI::App *app =
+        image->add_subcommand("convert", "Convert between image files and other formats");
+    addBatch(app, options.batch, "Input and output; with -o inputs, or folders with -r");
+    addFile(app, "-o", options.folder, "Folder for the outputs, in folders as the inputs are")
+        ->required(false)
+        ->type_name("FOLDER");
+    addText(app, "--to", options.format,
+            "Extension of the outputs; default: png, and sgi for those of other formats")
+        ->check([](const std::string &extension) {
+            const bool known = extension == "sgi" || isForeign(formatOfName("x." + extension));
+            return known ? std::string() : "an extension of which no files can be written";
+        })
+        ->type_name("EXTENSION");
+    app->add_flag("--always", options.always, "Even if the output is newer than the input");
+    app->add_option("--depth", options.depth, "Bits of an element; default: as they are")
+        ->check(CLI::IsMember({8, 16}).description(""))
+        ->type_name("8|16");
+    app->add_flag("--flip", options.flipped, "Upside down");
+    app->add_option("--planes", options.planes, "Planes to take, from 0, such as 2,1,0")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->type_name("LIST");
+    addStorage(app, request);
+    app->footer(
         "Examples:\n"
         "  vxutil image convert oak.png oak.sgi --name \"oak, planed\"\n"
-        "  vxutil image convert oak.sgi oak.png");
-    choose(convert, request, [&request, name] {
-        ImageSettings settings = {request.verbatim, request.hostOrder, std::nullopt, false};
-        if (name->count() != 0) settings.name = request.name;
-        settings.given =
-            request.runLength || request.verbatim || request.hostOrder || settings.name.has_value();
-        return convertPicture(request.input, request.output, settings);
+        "  vxutil image convert oak.sgi oak.png --depth 8 --planes 0\n"
+        "  vxutil image convert -r textures -o previews");
+    choose(app, request, [&request] {
+        if (request.runLength) request.convert.storage = Storage::kRunLength;
+        if (request.verbatim) request.convert.storage = Storage::kVerbatim;
+        return convert(request);
     });
+}
+
+void addCompare(CLI::App *image, Request &request) {
+    CompareOptions &options = request.compare;
+    CLI::App *compare = image->add_subcommand("compare", "Compare two pictures");
+    addFile(compare, "first", options.first, "File of any format");
+    addFile(compare, "second", options.second, "One of the same size");
+    compare
+        ->add_option("--fail", options.failure, "Larger differences fail, of 0 to 1; default: 1e-6")
+        ->type_name("D");
+    compare
+        ->add_option("--failpercent", options.failingPercentage,
+                     "Elements in a hundred that may fail; default: 0")
+        ->type_name("P");
+    compare->add_option("--hardfail", options.hardFailure, "A single larger difference is enough")
+        ->type_name("D");
+    addFile(compare, "--picture", options.picture, "Picture of the differences")
+        ->required(false)
+        ->type_name("FILE");
+    compare->add_flag("--json", options.json, "A JSON object");
+    compare->footer(
+        "Examples:\n"
+        "  vxutil image compare oak.sgi oak.png\n"
+        "  vxutil image compare a.sgi b.sgi --fail 0.01 --failpercent 1 --picture difference.png");
+    choose(compare, request, [&] { return compareImages(request.compare); });
 }
 
 void addImage(CLI::App &app, Request &request) {
     CLI::App *image = app.add_subcommand("image", "Look at, check or convert image files");
     image->require_subcommand(1);
     CLI::App *info = image->add_subcommand("info", "Show what the header says");
-    addFile(info, "file", request.names, "Image files");
+    addBatch(info, request.batch);
+    info->add_flag("-l,--long", request.atLength, "All of the header, in several lines");
     info->footer(
         "Examples:\n"
-        "  vxutil image info oak.sgi");
-    choose(info, request, [&] { return describeImages(request.names); });
+        "  vxutil image info --long oak.sgi\n"
+        "  vxutil image info -r textures --json");
+    choose(info, request,
+           [&] { return describeImages(withInputs(request.batch), request.atLength); });
     CLI::App *check = image->add_subcommand("check", "Read every row and name the damaged ones");
-    addFile(check, "file", request.names, "Image files");
+    addBatch(check, request.batch);
     check->footer(
         "Examples:\n"
-        "  vxutil image check textures/*.sgi");
-    choose(check, request, [&] { return checkImages(request.names); });
+        "  vxutil image check textures/*.sgi\n"
+        "  vxutil image check -r textures -q\n"
+        "  find textures -name '*.sgi' -print0 | vxutil image check --files-from - -0");
+    choose(check, request, [&] { return checkImages(withInputs(request.batch)); });
+    CLI::App *stats = image->add_subcommand("stats", "Show what the elements are, plane by plane");
+    addBatch(stats, request.batch);
+    addFile(stats, "--svg", request.output, "Draw the histograms of one file")
+        ->required(false)
+        ->type_name("FILE");
+    stats->footer(
+        "Examples:\n"
+        "  vxutil image stats oak.sgi --svg oak.svg\n"
+        "  vxutil image stats -r textures --json");
+    choose(stats, request,
+           [&] { return measureImages(withInputs(request.batch), request.output); });
+    addCompare(image, request);
     addConvert(image, request);
     image->footer(
         "Examples:\n"

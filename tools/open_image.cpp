@@ -9,7 +9,7 @@ namespace tool {
 
 namespace {
 
-std::string collected;
+thread_local std::string collected;
 
 void collect(char *text) {
     // The first message names the cause; what follows it are consequences.

@@ -12,7 +12,8 @@ namespace tool {
 // Throws Error when there is no image to read.
 VxUniqueImage openImage(const std::string &path);
 
-// What the library said since this was last asked, or a text for when it kept silent.
+// What the library said on this thread since this was last asked, or a text for when it kept
+// silent.
 std::string imageMessage(const char *otherwise);
 
 // Sends the messages of the library to imageMessage instead of standard error.

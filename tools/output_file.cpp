@@ -4,11 +4,14 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <mutex>
+#include <sched.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,29 +26,70 @@ constexpr std::array kHarmlessSignals = {SIGKILL, SIGSTOP, SIGCHLD, SIGCONT,  SI
                                          SIGTTIN, SIGTTOU, SIGURG,  SIGWINCH, SIGXFSZ};
 
 // What the handler removes, in memory that it may touch at any moment; empty for nothing.
-char unfinished[PATH_MAX];
+using Note = char[PATH_MAX];
+Note unfinished[kMaxOutputFiles];
+
+std::atomic<int> changing = 0;  // threads that make a file and its note agree
+std::atomic<bool> ending = false;
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
 
 void removeUnfinished(int signal) {
-    if (unfinished[0] != '\0') unlink(unfinished);
+    // Other threads work on. They finish what they have begun, and begin nothing.
+    ending = true;
+    while (changing != 0)
+        sched_yield();
+    for (const Note &note : unfinished)
+        if (note[0] != '\0') unlink(note);
     std::signal(signal, SIG_DFL);
     std::raise(signal);
 }
 
-// Keeps the signals out while the file and the note of it are made to agree.
+// Keeps the signals out while files and the notes of them are made to agree.
 class SignalBlocker {
 public:
     SignalBlocker() {
         sigset_t held;
         sigfillset(&held);
-        sigprocmask(SIG_BLOCK, &held, &before_);
+        pthread_sigmask(SIG_BLOCK, &held, &before_);
+        ++changing;
+        if (!ending) return;
+        --changing;
+        for (;;)
+            pause();  // for the end of the process
     }
-    ~SignalBlocker() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    ~SignalBlocker() {
+        --changing;
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    }
     SignalBlocker(const SignalBlocker &) = delete;
     SignalBlocker &operator=(const SignalBlocker &) = delete;
 
 private:
     sigset_t before_;
 };
+
+// Between threads; the handler waits until nobody changes a note.
+std::mutex noteMutex;
+
+// A note with the name of a file. Null if all are taken.
+char *takeNote(const std::string &name) {
+    const std::lock_guard<std::mutex> lock(noteMutex);
+    for (Note &note : unfinished)
+        if (note[0] == '\0') return std::strcpy(note, name.c_str());
+    return nullptr;
+}
+
+void releaseNote(char *note) {
+    const std::lock_guard<std::mutex> lock(noteMutex);
+    if (note != nullptr) *note = '\0';
+}
+
+// Read before there are threads: it cannot be asked for without a change.
+const mode_t fileMask = [] {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return mask;
+}();
 
 void watchSignals() {
     for (int signal = 1; signal <= SIGRTMAX; ++signal) {
@@ -88,9 +132,7 @@ void copyPermissions(int file, const std::string &target) {
         }
         mode = status.st_mode & 0777;
     } else {
-        const mode_t mask = umask(0);
-        umask(mask);
-        mode = 0666 & ~mask;
+        mode = 0666 & ~fileMask;
     }
     fchmod(file, mode);
 }
@@ -107,17 +149,18 @@ OutputFile::OutputFile(const std::string &path) : path_(path), target_(resolveSy
     if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         throw Error(path, "is no regular file and cannot be replaced");
     }
-    watchSignals();
+    static std::once_flag watched;
+    std::call_once(watched, watchSignals);
     const std::string folder = folderOf(target_);
     temporary_ = folder + ".vxutil-XXXXXX";
-    if (temporary_.size() >= sizeof unfinished) {
+    if (temporary_.size() >= sizeof(Note)) {
         errno = ENAMETOOLONG;
         throw systemError(path);
     }
     const SignalBlocker held;
     file_ = vx::File(mkostemp(temporary_.data(), O_CLOEXEC));
     if (!file_.isOpen()) throw systemError(path);
-    std::strcpy(unfinished, temporary_.c_str());
+    note_ = takeNote(temporary_);
     copyPermissions(file_.get(), target_);
 }
 
@@ -125,7 +168,7 @@ OutputFile::~OutputFile() {
     if (temporary_.empty()) return;
     const SignalBlocker held;
     unlink(temporary_.c_str());
-    unfinished[0] = '\0';
+    releaseNote(note_);
 }
 
 vx::File OutputFile::duplicate() const {
@@ -134,12 +177,23 @@ vx::File OutputFile::duplicate() const {
     return copy;
 }
 
+std::uint64_t OutputFile::size() const {
+    const std::int64_t bytes = vx::fileLength(file_.get());
+    return bytes < 0 ? 0 : static_cast<std::uint64_t>(bytes);
+}
+
+void OutputFile::clear() {
+    if (ftruncate(file_.get(), 0) != 0 || lseek(file_.get(), 0, SEEK_SET) != 0) {
+        throw systemError(path_);
+    }
+}
+
 void OutputFile::commit() {
     if (fsync(file_.get()) != 0) throw systemError(path_);
     {
         const SignalBlocker held;
         if (rename(temporary_.c_str(), target_.c_str()) != 0) throw systemError(path_);
-        unfinished[0] = '\0';
+        releaseNote(note_);
         temporary_.clear();
     }
     syncFolder(folderOf(target_));

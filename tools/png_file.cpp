@@ -10,13 +10,11 @@
 
 namespace tool {
 
-bool isPngFile(const std::string &path) {
-    const vx::File file = openRegularFile(path);
-    png_byte signature[8];
-    const int got = vx::readFile(file.get(), signature, sizeof signature);
-    if (got < 0) throw systemError(path);
-    return got == 8 && png_sig_cmp(signature, 0, sizeof signature) == 0;
-}
+namespace {
+
+constexpr std::size_t kMaxInterlacedBytes = std::size_t{1} << 30;
+
+}  // namespace
 
 PngFile::PngFile(const std::string &path, vx::File file, const char *mode)
     : path_(path), file_(fdopen(file.get(), mode)) {
@@ -76,19 +74,35 @@ void PngSource::readHead() {
         png_set_read_fn(png_, file_.get(), readBytes);
         png_read_info(png_, info_);
         png_set_expand(png_);
+        passes_ = png_set_interlace_handling(png_);
         png_read_update_info(png_, info_);
     });
-    if (png_get_interlace_type(png_, info_) != PNG_INTERLACE_NONE) {
-        throw Error(path_, "is interlaced, and only pictures that are not can be converted");
-    }
     form_ = {png_get_image_width(png_, info_), png_get_image_height(png_, info_),
              png_get_channels(png_, info_), png_get_bit_depth(png_, info_) / 8U};
     bytes_.resize(form_.lineElements() * form_.elementBytes);
 }
 
+void PngSource::readPasses() {
+    if (bytes_.size() > kMaxInterlacedBytes / form_.height) {
+        throw Error(path_, "is interlaced, and takes more than the 1 GiB of memory for such files");
+    }
+    picture_.resize(bytes_.size() * form_.height);
+    guarded([this] {
+        for (int pass = 0; pass < passes_; ++pass) {
+            for (std::size_t y = 0; y < form_.height; ++y)
+                png_read_row(png_, picture_.data() + y * bytes_.size(), nullptr);
+        }
+    });
+}
+
 void PngSource::readLine(std::uint16_t *line) {
-    guarded([this] { png_read_row(png_, bytes_.data(), nullptr); });
     const png_byte *byte = bytes_.data();
+    if (passes_ > 1) {
+        if (picture_.empty()) readPasses();
+        byte = picture_.data() + nextLine_++ * bytes_.size();
+    } else {
+        guarded([this] { png_read_row(png_, bytes_.data(), nullptr); });
+    }
     for (unsigned x = 0; x < form_.width; ++x) {
         for (std::size_t z = 0; z < form_.planes; ++z) {
             unsigned element = *byte++;

@@ -13,9 +13,6 @@
 
 namespace tool {
 
-// Throws Error when there is no file to read.
-bool isPngFile(const std::string &path);
-
 struct FileCloser {
     void operator()(std::FILE *file) const { std::fclose(file); }
 };
@@ -51,8 +48,8 @@ private:
     char message_[128] = "";
 };
 
-// Palettes, transparent colours and elements of less than 8 bits are expanded. Interlaced pictures
-// are refused: their lines come in seven passes, which takes the whole picture in memory.
+// Palettes, transparent colours and elements of less than 8 bits are expanded. The lines of an
+// interlaced picture come in seven passes: all of it is held in memory, up to a limit.
 class PngSource : public PictureSource, private PngFile {
 public:
     explicit PngSource(const std::string &path);
@@ -64,6 +61,11 @@ public:
 
 private:
     void readHead();
+    void readPasses();
+
+    std::vector<png_byte> picture_;  // of an interlaced one
+    std::size_t nextLine_ = 0;
+    int passes_ = 1;
 };
 
 class PngSink : public PictureSink, private PngFile {
