@@ -60,6 +60,13 @@ def on_a_full_disk(size):
     return lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
 
 
+def read_terminal(terminal):
+    try:
+        return os.read(terminal, 4096)
+    except OSError:  # how the end of a terminal reads
+        return b''
+
+
 class ToolTest(unittest.TestCase):
     def setUp(self):
         self.folder = Path(self.enterContext(tempfile.TemporaryDirectory())).resolve()
@@ -74,7 +81,8 @@ class ToolTest(unittest.TestCase):
         """Checks exit code and errors, which are single lines; returns standard output with ~ for the folder."""
         done = subprocess.run([PROGRAM, *shlex.split(command), *files], cwd=self.folder, text=True, check=False,
                               env={**self.environment, **dict(env)},
-                              **{'stdout': subprocess.PIPE, 'stderr': subprocess.PIPE, **options})
+                              **{'stdout': subprocess.PIPE, 'stderr': subprocess.PIPE, 'errors': 'surrogateescape',
+                                 **options})
         self.assertEqual((done.returncode, done.stderr == ''), (code, error == ''), done)
         self.errors = done.stderr.splitlines()
         self.assertTrue(all(line.startswith('vxutil: ') for line in self.errors), done.stderr)
@@ -95,6 +103,16 @@ class ToolTest(unittest.TestCase):
         """The directories and their levels."""
         lists = json.loads(self.run_tool('paths --json ' + options, **more))
         return [(entry['path'], entry['level']) for one in lists for entry in one['directories']]
+
+    def on_terminal(self, command, *files, **environment):
+        """What a terminal shows of a command, with ~ for the folder."""
+        ours, theirs = pty.openpty()
+        with subprocess.Popen([PROGRAM, *shlex.split(command), *files], cwd=self.folder, stdout=theirs, stderr=theirs,
+                              env={**self.environment, **environment}):
+            os.close(theirs)
+            shown = b''.join(iter(lambda: read_terminal(ours), b''))
+        os.close(ours)
+        return shown.decode(errors='surrogateescape').replace('\r', '').replace(str(self.folder), '~')
 
     def leftovers(self):
         return list(self.folder.glob('.vxutil-*'))
@@ -199,31 +217,61 @@ class ToolTest(unittest.TestCase):
             (self.folder / place).chmod(0)
         self.environment['ZOR_TEXTURE_PATH'] = ';'.join(f'{self.folder}/{name}' for name in 'abcde')
         self.assertEqual(self.run_tool('find oak [x,y] {}', self.folder / 'e/oak'),
-                         '~/d/oak\n~/d/[x,y]\n~/d/{}\n~/e/oak\n')
-        explained = ('oak\n    ~/a/oak: a directory, passed over\n    ~/b/oak: missing, passed over\n'
+                         'oak\t~/d/oak\n[x,y]\t~/d/[x,y]\n{}\t~/d/{}\n~/e/oak\t~/e/oak\n')
+        explained = ('oak\n    ~/a/oak: a directory, passed over\n'
+                     '    ~/b/oak: directory ~/b: not a directory, passed over\n'
                      '    ~/c/oak: not readable (Too many levels of symbolic links), passed over\n'
                      '  * ~/d/oak: a file of 5 bytes, found first\n')
         self.assertEqual(self.run_tool('find --explain oak'), explained)
         self.assertEqual(self.run_tool('find --all --explain oak'),
-                         explained + '    ~/e/oak: a file of 5 bytes, behind the one that wins\n')
+                         explained + '    ~/e/oak: a file of 5 bytes, after the one that wins\n')
         self.run_tool('find oak elm --category web', code=1, error='search path is empty')
-        for locale, shown in (('C.UTF-8', '???\xe4??'), ('C', '??\udce4\xe4\udce2\udc82')):
-            self.run_tool('find', '\n\x1b\udce4\xe4\udce2\udc82', code=1, env={'LC_ALL': locale},
-                          error=f'vxutil: {shown}: not found', errors='surrogateescape')
+        odd = '\udce4\xe4\udce2\udc82'
+        self.run_tool('find', '\n\x1b' + odd, code=1, error=f'vxutil: ??{odd}: not found')
+        self.assertEqual(self.on_terminal('find', '\n\x1b' + odd), 'vxutil: ???\xe4??: not found\n')
         self.environment['ZOR_TEXTURE_PATH'] = f'{self.folder}/shut;{self.folder}/e'
         denied = 'not readable (Permission denied)'
         self.assertEqual(self.run_tool('find --explain shut', code=1, preexec_fn=as_a_plain_user,
                                        error=f'{self.folder}/e/shut: found, but not readable: Perm'),
-                         f'shut\n    ~/shut/shut: {denied}, passed over\n'
-                         f'  * ~/e/shut: {denied}, found first, and looked for no further\n')
+                         f'shut\n    ~/shut/shut: directory ~/shut: closed (Permission denied), passed over\n'
+                         f'  * ~/e/shut: {denied}, found first, so the search ends here\n')
         os.mkfifo(self.folder / 'e/elm')
         self.assertEqual(self.run_tool('find --all --explain elm none/../oak', code=1, error='elm: not found'),
                          'elm: not found\n    ~/shut/elm: missing, passed over\n'
-                         '    ~/e/elm: no regular file, passed over\n'
+                         '    ~/e/elm: not a regular file, passed over\n'
                          'none/../oak: not found\n    ~/shut/oak: missing, passed over\n'
                          '    ~/e/oak: a file of 5 bytes, passed over: missing as it is written\n')
         self.assertEqual(self.run_tool(f'find {self.folder.relative_to("/")}/e/oak', env={'ZOR_TEXTURE_PATH': '/'}),
                          '~/e/oak\n')
+
+    def test_find_many(self):
+        for name in ('a/Oak.sgi', 'a/elm.png', 'a/fir.1001.sgi', 'b/fir.1001.sgi', 'b/fir.1012.sgi', 'b/fir.x.sgi',
+                     'b/floor/ash #2\n\xe4.sgi', 'b/.hidden.sgi', 'b/s007'):
+            (self.folder / name).parent.mkdir(parents=True, exist_ok=True)
+            (self.folder / name).write_text('')
+        self.environment['ZOR_TEXTURE_PATH'] = f'{self.folder}/a;{self.folder}/b;{self.folder}/c:{self.folder}/d'
+        tiles = 'fir.1001.sgi\t~/a/fir.1001.sgi\nfir.1012.sgi\t~/b/fir.1012.sgi\n'
+        self.assertEqual(self.run_tool("find 'fir.<UDIM>.sgi'"), tiles)
+        self.assertEqual(self.run_tool('find *.sgi floor/*2* s###', self.folder / '?/s*'),
+                         'Oak.sgi\t~/a/Oak.sgi\n' + tiles + 'fir.x.sgi\t~/b/fir.x.sgi\nfloor/ash #2\n\xe4.sgi\t'
+                         '~/b/floor/ash #2\n\xe4.sgi\ns007\t~/b/s007\n~/b/s007\t~/b/s007\n')
+        self.assertEqual(self.run_tool('find --files-from - -0', input='s007\0floor/ash #2\n\xe4.sgi'),
+                         's007\t~/b/s007\nfloor/ash #2\n\xe4.sgi\t~/b/floor/ash #2\n\xe4.sgi\n')
+        self.run_tool('find --files-from none', code=1, error='none: No such file')
+        log = self.start('find s007 z.* --files-from -', text=True, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                         stderr=subprocess.STDOUT).communicate('\ns007\0x\ns007\n')[0]
+        found = f's007\t{self.folder}/b/s007\n'
+        self.assertEqual(log, found + 'vxutil: z.*: not found\nvxutil: s007?x: not found: no file has a NUL byte in its '
+                         'name\n' + found)
+        for name, hints in (('oak.sgi', ['missing, but Oak.sgi is there (case differs)', 'missing']),
+                            ('elm.sgi', ['missing, but elm.png is there', 'missing']),
+                            ('Floor/x', ['directory ~/a/Floor: no such directory',
+                                         'directory ~/b/Floor: no such directory, but floor is there (case differs)'])):
+            answer = json.loads(self.run_tool('find --explain --json', name, code=1, error='not found'))
+            self.assertEqual([one['text'] for one in answer['candidates']], hints + [
+                'directory ~/c:~/d: no such directory (directories are separated by ; and not :)'])
+            self.assertEqual([one['state'][:9] for one in answer['candidates']],
+                             ['missing d' if 'dir' in hint else 'missing f' for hint in hints] + ['missing d'])
 
     def test_samples_of_other_programs_are_good(self):
         for line in re.findall(r'^\w.*', (SAMPLES.parent / 'samples.txt').read_text(), re.M):

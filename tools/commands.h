@@ -41,8 +41,11 @@ int confirmPaths(ListId where, const std::vector<std::string> &wanted);
 struct FindOptions {
     std::vector<std::string> names;
     int category;
-    bool all;      // every candidate
-    bool explain;  // why candidates were passed over
+    bool all;               // every candidate
+    bool explain;           // why candidates were passed over
+    std::string namesFrom;  // a file with further names, "-" for standard input, or empty
+    bool nulSeparated;
+    bool json;
 };
 int findFiles(const FindOptions &options);
 

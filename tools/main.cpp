@@ -70,12 +70,13 @@ struct Request {
     char **arguments = nullptr;  // of the program
     std::function<int()> run;
     std::string category, level;
-    std::string directory, wildcard, input, output, name, pattern;
+    std::string directory, wildcard, input, output, name, pattern, namesFrom;
     std::vector<std::string> names;
     std::optional<unsigned> place;
     unsigned position = 0;
     int gridSize = 0;
     bool json = false, all = false, explain = false;
+    bool nulSeparated = false;
     bool runLength = false, verbatim = false, hostOrder = false;
 
     int categoryOr(int otherwise) const {
@@ -165,18 +166,28 @@ void addPaths(CLI::App &app, Request &request) {
 
 void addFind(CLI::App &app, Request &request) {
     CLI::App *find = app.add_subcommand("find", "Say which directory holds a file");
-    addFile(find, "name", request.names, "Names as a scene gives them");
+    addFile(find, "name", request.names, "Names as a scene gives them; with * ? [a-z] <UDIM> ####")
+        ->required(false);
+    addText(find, "--files-from", request.namesFrom,
+            "Names from the lines of a file; -: standard input")
+        ->type_name("FILE");
+    find->add_flag("-0,--null", request.nulSeparated,
+                   "These names end in NUL, not in a line break");
     addCategory(find, request, "Default: texture");
     find->add_flag("--all", request.all, "Every candidate in search order, and what is there");
     find->add_flag("--explain", request.explain, "Why candidates were passed over");
+    find->add_flag("--json", request.json, "One JSON object per name and line");
     find->footer(
         "Examples:\n"
         "  vxutil find wood.sgi\n"
+        "  vxutil find 'floor/oak.<UDIM>.sgi'\n"
+        "  grep -o '[^\"]*[.]sgi' hall.scene | vxutil find --files-from -\n"
         "  vxutil find --all --explain floor/oak.sgi\n"
         "  vxutil find --category web spot.ies");
     choose(find, request, [&] {
+        if (request.names.empty() && request.namesFrom.empty()) throw CLI::RequiredError("name");
         return findFiles({request.names, request.categoryOr(VX_CATEGORY_TEXTURES), request.all,
-                          request.explain});
+                          request.explain, request.namesFrom, request.nulSeparated, request.json});
     });
 }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
+#include <unistd.h>
 
 namespace tool {
 
@@ -13,7 +14,9 @@ Error systemError(const std::string &path) {
     return {path, std::strerror(errno)};
 }
 
-std::string printable(const std::string &text) {
+namespace {
+
+std::string shownOnTerminal(const std::string &text) {
     std::string result;
     std::mbstate_t state = {};
     for (std::size_t i = 0, length = 0; i < text.size(); i += length) {
@@ -31,8 +34,37 @@ std::string printable(const std::string &text) {
     return result;
 }
 
+std::string withoutControls(std::string text) {
+    for (char &byte : text) {
+        if (static_cast<unsigned char>(byte) < ' ' || byte == '\x7f') byte = '?';
+    }
+    return text;
+}
+
+bool isOutputTerminal() {
+    static const bool isTerminal = isatty(STDOUT_FILENO) != 0;
+    return isTerminal;
+}
+
+std::string onErrorLine(const std::string &text) {
+    static const bool isTerminal = isatty(STDERR_FILENO) != 0;
+    return isTerminal ? shownOnTerminal(text) : withoutControls(text);
+}
+
+}  // namespace
+
+std::string printable(const std::string &text) {
+    return isOutputTerminal() ? shownOnTerminal(text) : withoutControls(text);
+}
+
+std::string printableName(const std::string &text) {
+    return isOutputTerminal() ? shownOnTerminal(text) : text;
+}
+
 void printError(const std::string &subject, const std::string &what) {
-    std::fprintf(stderr, "vxutil: %s: %s\n", printable(subject).c_str(), printable(what).c_str());
+    std::fflush(stdout);
+    std::fprintf(stderr, "vxutil: %s: %s\n", onErrorLine(subject).c_str(),
+                 onErrorLine(what).c_str());
 }
 
 }  // namespace tool
