@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """The program vxutil as its users run it: tool_test.py PROGRAM SAMPLES [unittest arguments]"""
 import ctypes
+import fcntl
 import json
 import os
 import pty
@@ -123,7 +124,7 @@ class ToolTest(unittest.TestCase):
             self.assertRegex(self.run_tool(words + ' --help'), r'(?s)\A(?!.*(:\{|INT in)).*\nExamples?:\n  vxutil ')
         self.assertRegex(self.run_tool('--version'), r'^vxutil \d+\.\d+\.\d+$')
         for command in ('', 'find', 'image', 'image convert a', 'paths --level moon', 'paths move a b', 'paths confirm',
-                        'paths add /a remove /b', 'samples --pattern disk --grid 65 -o a', "paths add ''",
+                        'paths export --json', 'samples --pattern disk --grid 65 -o a', "paths add ''",
                         "paths remove ''", "find a ''", "image info ''", "image check ''", "image convert '' a",
                         "image convert a ''", "samples --pattern disk --grid 2 -o ''"):
             self.run_tool(command, code=2, error='an empty name...--help' if "''" in command else '--help')
@@ -132,25 +133,65 @@ class ToolTest(unittest.TestCase):
             self.run_tool('paths', code=1, error='vxutil: standard output: could not be written', stdout=full)
 
     def test_paths_are_kept(self):
-        for edit in ('add a', 'add ./b/.', 'add c//', 'add /d --at 1', 'move c 0', 'move 1 3', 'remove b'):
-            self.run_tool('paths ' + edit)
+        for name in 'abc':
+            (self.folder / name).mkdir()
+        for edit, error in (('add ./b/. c// --at 0', ''), ('add a', ''), ('add /d --at 1', '/d: warning: no such dir'),
+                            ('move c 0', ''), ('move 2 1', ''), ('remove b', '')):
+            self.run_tool('paths ' + edit, error=error)
         self.assertEqual(self.paths('--level user'), [('~/c', 'user'), ('/d', 'user'), ('~/a', 'user')])
         self.assertIn(f'"0"="{self.folder}/c"', (self.registry / 'user.reg').read_text())
-        self.run_tool('paths add --level machine /d')
-        self.run_tool('paths --category web add', '/lamps/%"\xe4"')
+        self.run_tool('paths add --level machine /d', error='warning')
+        self.run_tool('paths --category web add', '/lamps/%"\xe4"', error='warning')
         self.assertEqual(self.paths('--category texture', env={'ZOR_TEXTURE_PATH': '/e;/d'}),
                          [('/e', 'environment'), ('/d', 'environment'), ('~/c', 'user'), ('~/a', 'user')])
         self.assertEqual(self.run_tool('paths --category web', env={'ZOR_IES_PATH': self.folder}),
                          'web, merged\n   0  ~  (environment)\n   1  /lamps/%"\xe4"  (user)  no such directory\n')
         entries = ({'path': '/\ufffd\n', 'path_hex': '2fff0a'}, {'path': '/\ufffd', 'path_hex': '2fe282'},
                    {'path': '/\ufffd\xe4'}, {'path': '/', 'exists': True})
-        directories = [{'level': 'environment', 'exists': False, **entry} for entry in entries]
+        gone = {'level': 'environment', 'exists': False, 'fault': 'no such directory'}
+        directories = [{**gone, **entry} for entry in entries]
+        del directories[3]['fault']
         self.assertEqual(json.loads(self.run_tool('paths --json --level environment --category web', env={
             'ZOR_IES_PATH': '/\udcff\n;/\udce2\udc82;/\ufffd\xe4;/'})),
             [{'category': 'web', 'level': 'environment', 'directories': directories}])
 
+    def test_whole_lists(self):
+        for name in ('a', 'b\n\xe4', 'c', 'shut'):
+            (self.folder / name).mkdir()
+        (self.folder / 'file').touch()
+        self.run_tool('paths add a c shut --at 0')
+        self.assertEqual(self.run_tool('paths check --category texture'), 'texture, merged: 3 good, 0 bad\n')
+        (self.folder / 'list').write_text(self.run_tool('paths export').replace('~', str(self.folder)))
+        self.run_tool('paths remove 0 c c 1', 'shut')
+        self.assertEqual(self.paths(), [])
+        self.run_tool('paths add', 'b\n\xe4', 'file', 'gone', error='file: warning: not a dir...gone: warning: no such')
+        self.run_tool('paths export', code=1, error='line break in its name: use -0')
+        listed = self.run_tool('paths export -0')
+        self.assertEqual(listed, '~/b\n\xe4\0~/file\0~/gone\0')
+        self.run_tool('paths --category web import list')
+        (self.folder / 'shut').chmod(0)
+        self.refuses(1, 'paths', {'import none': 'none: No such', 'add c c': 'already', 'remove 0 7': '7: is not in'})
+        self.run_tool('paths import - -0', input=listed.replace('~', str(self.folder)), error='warning')
+        self.assertEqual(self.run_tool('paths check', code=1, preexec_fn=as_a_plain_user, error=''.join((
+            'file: not a directory (texture, merged, position 1)...gone: no such directory (texture, merged, position 2)',
+            '...shut: closed (Permission denied) (web, merged, position 2)'))),
+            'texture, merged: 1 good, 2 bad\nweb, merged: 2 good, 1 bad\n')
+
+    def test_edit_waits_ten_seconds(self):
+        self.registry.mkdir()
+        folder = os.open(self.registry, os.O_RDONLY)
+        fcntl.flock(folder, fcntl.LOCK_EX)
+        with self.start('paths add .', stderr=subprocess.PIPE, text=True) as late:
+            self.assertIn('registry: waiting for another edit to end', late.stderr.readline())
+            self.assertIn('registry: locked by another edit for ten seconds', late.stderr.readline())
+        self.assertEqual((late.returncode, self.paths()), (1, []))
+        with self.start('paths add .', stderr=subprocess.PIPE, text=True) as patient:
+            self.assertIn('waiting', patient.stderr.readline())
+            os.close(folder)
+        self.assertEqual((patient.returncode, self.paths()), (0, [('~', 'user')]))
+
     def test_paths_that_cannot_be_kept(self):
-        self.run_tool('paths add /a')
+        self.run_tool('paths add /a', error='warning')
         self.refuses(1, 'paths', {
             'add /a/.': 'already', "add '/a;b'": 'semicolon', 'add /..': 'root', 'add /' + 'x' * 259: '259 bytes',
             'remove /b': 'not in the list', 'remove 7': '7: is not in', f'remove {10 ** 20}': '0: is not in',
@@ -177,11 +218,11 @@ class ToolTest(unittest.TestCase):
             for command in commands:
                 self.run_tool(command, code=1, error=error, preexec_fn=first,
                               env={'VX_REGISTRY_DIR': self.folder / folder})
-        self.run_tool('paths add /b', env={'VX_REGISTRY_DIR': 'new/registry'})
+        self.run_tool('paths add /b', env={'VX_REGISTRY_DIR': 'new/registry'}, error='warning')
         self.assertEqual((self.paths(), list(self.folder.glob('*/*.new'))), ([('/a', 'user')], []))
         file = self.registry / 'user.reg'
         file.write_text(file.read_text().replace('"0"="/a"\n', ''.join(f'"{i}"="/{i}"\n' for i in range(127))))
-        self.run_tool('paths add /' + 'x' * 258)
+        self.run_tool('paths add /' + 'x' * 258, error='File name too long')
         self.run_tool('paths add /one-more', code=1, error='128')
 
     def test_damaged_registry_files_are_named(self):
@@ -192,7 +233,8 @@ class ToolTest(unittest.TestCase):
                 ('paths remove /n', 1, 'not in the list'), ('find a', 1, 'machine.reg: is damaged'),
                 ('paths --level user', 1, 'user.reg: is damaged'),
                 ('paths', 1, 'user.reg: is damaged...machine.reg: is damaged'),
-                ('paths add /o', 0, 'user.reg.damaged...machine.reg.damaged'), ('paths add /n', 0, ''),
+                ('paths add /o', 0, 'user.reg.damaged...machine.reg.damaged'),
+                ('paths add /n', 0, 'warning'),
                 ('paths', 1, 'user.reg: was damaged and is kept as...machine.reg: was')):
             self.run_tool(command, code=code, error=error)
         for damaged in list(self.registry.glob('*.damaged')):
@@ -202,7 +244,8 @@ class ToolTest(unittest.TestCase):
 
     def test_edits_at_the_same_time_are_all_kept(self):
         edits = [(f'/{i}', ('user', 'machine')[i % 2]) for i in range(12)]
-        started = [self.start(command, stdout=subprocess.DEVNULL) for directory, level in edits
+        quiet = {'stdout': subprocess.DEVNULL, 'stderr': subprocess.DEVNULL}
+        started = [self.start(command, **quiet) for directory, level in edits
                    for command in (f'paths add {directory} --level {level}', 'paths')]
         self.assertEqual([process.wait() for process in started], [0] * len(started))
         self.assertEqual(sorted(self.paths()), sorted(edits))

@@ -83,16 +83,25 @@ struct Request {
         return category.empty() ? otherwise : indexOf(kCategoryNames, category);
     }
 
-    int list() const {
-        const int level_ = level.empty() ? VX_LEVEL_MERGED : indexOf(kLevelNames, level);
-        if (!category.empty()) return listPaths({categoryOr(0)}, level_, json);
-        return listPaths({VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS}, level_, json);
+    int levelOr(int otherwise) const {
+        return level.empty() ? otherwise : indexOf(kLevelNames, level);
+    }
+
+    std::vector<int> listedCategories() const {
+        if (!category.empty()) return {categoryOr(0)};
+        return {VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS};
+    }
+
+    char separator() const { return nulSeparated ? '\0' : '\n'; }
+
+    void refuseJson() const {
+        if (json) throw CLI::ValidationError("--json", "is for listing only");
     }
 
     // The list to edit, after a wait for those who edit now.
     ListId edited() const {
-        const int level_ = level.empty() ? VX_LEVEL_USER : indexOf(kLevelNames, level);
-        if (json) throw CLI::ValidationError("--json", "is for listing only");
+        const int level_ = levelOr(VX_LEVEL_USER);
+        refuseJson();
         if (level_ != VX_LEVEL_USER && level_ != VX_LEVEL_MACHINE) {
             throw CLI::ValidationError("--level",
                                        "only the user's and the machine's can be edited");
@@ -113,6 +122,46 @@ void choose(CLI::App *app, Request &request, std::function<int()> run) {
     });
 }
 
+// The subcommands of paths that work on the list as one.
+void addPathLists(CLI::App *paths, Request &request) {
+    CLI::App *check =
+        paths->add_subcommand("check", "Report directories that are missing")->fallthrough();
+    check->footer(
+        "Examples:\n"
+        "  vxutil paths check\n"
+        "  vxutil paths check --category web --level machine");
+    choose(check, request, [&] {
+        request.refuseJson();
+        return checkPaths(request.listedCategories(), request.levelOr(VX_LEVEL_MERGED));
+    });
+
+    CLI::App *toFile = paths->add_subcommand("export", "Print a list for import")->fallthrough();
+    toFile->add_flag("-0,--null", request.nulSeparated,
+                     "End directories in NUL, not in a line break");
+    toFile->footer(
+        "Examples:\n"
+        "  vxutil paths export > maps.txt\n"
+        "  vxutil paths export --category web --level machine > lamps.txt");
+    choose(toFile, request, [&] {
+        request.refuseJson();
+        return exportPaths(
+            {request.categoryOr(VX_CATEGORY_TEXTURES), request.levelOr(VX_LEVEL_USER)},
+            request.separator());
+    });
+
+    CLI::App *fromFile =
+        paths->add_subcommand("import", "Replace a list by the lines of a file")->fallthrough();
+    addFile(fromFile, "file", request.input, "What export has printed; -: standard input");
+    fromFile->add_flag("-0,--null", request.nulSeparated,
+                       "Directories end in NUL, not in a line break");
+    fromFile->footer(
+        "Examples:\n"
+        "  vxutil paths import maps.txt\n"
+        "  ssh host vxutil paths export -0 | vxutil paths import - -0");
+    choose(fromFile, request,
+           [&] { return importPaths(request.edited(), request.input, request.separator()); });
+}
+
 void addPaths(CLI::App &app, Request &request) {
     CLI::App *paths = app.add_subcommand("paths", "List or edit the search paths");
     paths->require_subcommand(0, 1);
@@ -120,25 +169,27 @@ void addPaths(CLI::App &app, Request &request) {
     addChoice(paths, "--level", request.level, {kLevelNames.begin(), kLevelNames.end()},
               "merged|user|machine|environment", "Default: merged to list, user to edit");
     paths->add_flag("--json", request.json, "List as JSON");
-    choose(paths, request, [&] { return request.list(); });
+    choose(paths, request, [&] {
+        return listPaths(request.listedCategories(), request.levelOr(VX_LEVEL_MERGED),
+                         request.json);
+    });
 
-    CLI::App *add = paths->add_subcommand("add", "Add a directory")->fallthrough();
-    addFile(add, "directory", request.directory, "A relative one is made absolute");
-    add->add_option("--at", request.place, "Position, from 0; default: the end");
+    CLI::App *add = paths->add_subcommand("add", "Add directories")->fallthrough();
+    addFile(add, "directory", request.names, "A relative one is made absolute");
+    add->add_option("--at", request.place, "Position of the first, from 0; default: the end");
     add->footer(
         "Examples:\n"
-        "  vxutil paths add /srv/maps --at 0\n"
+        "  vxutil paths add /srv/maps /srv/skies --at 0\n"
         "  vxutil paths add /srv/lamps --category web --level machine");
-    choose(add, request,
-           [&] { return addPath(request.edited(), request.directory, request.place); });
+    choose(add, request, [&] { return addPaths(request.edited(), request.names, request.place); });
 
-    CLI::App *remove = paths->add_subcommand("remove", "Remove a directory")->fallthrough();
-    addFile(remove, "directory", request.directory, "Directory or its position");
+    CLI::App *remove = paths->add_subcommand("remove", "Remove directories")->fallthrough();
+    addFile(remove, "directory", request.names, "Directories or their positions");
     remove->footer(
         "Examples:\n"
         "  vxutil paths remove /srv/maps\n"
         "  vxutil paths remove 2 --category web --level machine");
-    choose(remove, request, [&] { return removePath(request.edited(), request.directory); });
+    choose(remove, request, [&] { return removePaths(request.edited(), request.names); });
 
     CLI::App *move = paths->add_subcommand("move", "Move a directory")->fallthrough();
     addFile(move, "directory", request.directory, "Directory or its position");
@@ -149,6 +200,8 @@ void addPaths(CLI::App &app, Request &request) {
         "  vxutil paths move 2 0 --category web --level machine");
     choose(move, request,
            [&] { return movePath(request.edited(), request.directory, request.position); });
+
+    addPathLists(paths, request);
 
     if (holdsEditLock()) {  // which starts this one, and nobody else does
         CLI::App *confirm = paths->add_subcommand("confirm")->fallthrough()->group("");
