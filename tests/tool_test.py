@@ -306,6 +306,19 @@ class ToolTest(unittest.TestCase):
         found = f's007\t{self.folder}/b/s007\n'
         self.assertEqual(log, found + 'vxutil: z.*: not found\nvxutil: s007?x: not found: no file has a NUL byte in its '
                          'name\n' + found)
+        (self.folder / 'b/floor/loop').symlink_to('..')
+        (self.folder / 'a/s007').touch()
+        listed = self.run_tool('find --list')
+        self.assertEqual(re.findall('^(?:.hid|elm|floor|s).*', listed, re.M), [
+            '.hidden.sgi\t~/b/.hidden.sgi', 'elm.png\t~/a/elm.png', 'floor/ash #2', 's007\t~/a/s007',
+            's007\t~/b/s007\thidden by ~/a/s007'])
+        self.assertEqual({one['name']: one['hides'] for one in map(json.loads, self.run_tool(
+            'find --list --json').splitlines()) if one['hides']},
+            {'s007': [{'path': '~/b/s007'}], 'fir.1001.sgi': [{'path': '~/b/fir.1001.sgi'}]})
+        self.run_tool('find --list oak', code=2, error='--list excludes name')
+        (self.folder / 'b/floor').chmod(0)
+        self.run_tool('find --list', code=1, error='b/floor: Permission denied', preexec_fn=as_a_plain_user)
+        (self.folder / 'b/floor').chmod(0o700)
         for name, hints in (('oak.sgi', ['missing, but Oak.sgi is there (case differs)', 'missing']),
                             ('elm.sgi', ['missing, but elm.png is there', 'missing']),
                             ('Floor/x', ['directory ~/a/Floor: no such directory',

@@ -58,6 +58,9 @@ struct FindOptions {
 };
 int findFiles(const FindOptions &options);
 
+// All files along the search path, with those that hide others.
+int listFiles(int category, bool json);
+
 int describeImages(const std::vector<std::string> &paths);
 int checkImages(const std::vector<std::string> &paths);
 

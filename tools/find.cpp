@@ -127,6 +127,30 @@ void printAsJson(const Answer &answer) {
     printJsonLine(json);
 }
 
+// The paths of each name, in search order.
+using FilesByName = std::map<std::string, std::vector<std::string>>;
+
+void printFiles(const std::string &name, const std::vector<std::string> &paths, bool json) {
+    if (json) {
+        Json object, hidden = Json::array();
+        setText(object, "name", name);
+        setText(object, "path", paths.front());
+        for (auto path = paths.begin() + 1; path != paths.end(); ++path) {
+            Json one;
+            setText(one, "path", *path);
+            hidden.push_back(one);
+        }
+        object["hides"] = hidden;
+        return printJsonLine(object);
+    }
+    const std::string label = printableName(name), winner = printableName(paths.front());
+    std::printf("%s\t%s\n", label.c_str(), winner.c_str());
+    for (auto path = paths.begin() + 1; path != paths.end(); ++path) {
+        std::printf("%s\t%s\thidden by %s\n", label.c_str(), printableName(*path).c_str(),
+                    winner.c_str());
+    }
+}
+
 // Prints answers, and records whether all are good.
 class Finder {
 public:
@@ -181,6 +205,23 @@ int findFiles(const FindOptions &options) {
     if (finder.allFound()) return kDone;
     reportUnreadableLists(VX_LEVEL_MERGED);  // for it may have been there
     return kFailed;
+}
+
+int listFiles(int category, bool json) {
+    const VxSearchPath *list = mergedList(category);
+    FilesByName files;
+    bool complete = true;
+    for (std::uint32_t i = 0; i < list->count; ++i) {
+        const std::string entry = list->entries[i];
+        if (whyNotSearchable(entry.empty() ? "/" : entry) == "no such directory") continue;
+        const auto add = [&](const std::string &name) {
+            files[name].push_back(candidatePath(entry, name));
+        };
+        complete = forEachFile(entry, add) && complete;
+    }
+    for (const auto &[name, paths] : files)
+        printFiles(name, paths, json);
+    return reportUnreadableLists(VX_LEVEL_MERGED) && complete ? kDone : kFailed;
 }
 
 }  // namespace tool

@@ -76,7 +76,7 @@ struct Request {
     unsigned position = 0;
     int gridSize = 0;
     bool json = false, all = false, explain = false;
-    bool nulSeparated = false;
+    bool nulSeparated = false, listFiles = false;
     bool runLength = false, verbatim = false, hostOrder = false;
 
     int categoryOr(int otherwise) const {
@@ -217,6 +217,17 @@ void addPaths(CLI::App &app, Request &request) {
         "  vxutil paths move /srv/maps 2");
 }
 
+// An option that goes with few others.
+void refuseOthers(const CLI::App &app, const std::vector<std::string> &allowed) {
+    for (const CLI::Option *option : app.get_options()) {
+        const std::string name = option->get_name();
+        if (option->count() != 0 &&
+            std::find(allowed.begin(), allowed.end(), name) == allowed.end()) {
+            throw CLI::ExcludesError(allowed.front(), name);
+        }
+    }
+}
+
 void addFind(CLI::App &app, Request &request) {
     CLI::App *find = app.add_subcommand("find", "Say which directory holds a file");
     addFile(find, "name", request.names, "Names as a scene gives them; with * ? [a-z] <UDIM> ####")
@@ -236,8 +247,15 @@ void addFind(CLI::App &app, Request &request) {
         "  vxutil find 'floor/oak.<UDIM>.sgi'\n"
         "  grep -o '[^\"]*[.]sgi' hall.scene | vxutil find --files-from -\n"
         "  vxutil find --all --explain floor/oak.sgi\n"
-        "  vxutil find --category web spot.ies");
-    choose(find, request, [&] {
+        "  vxutil find --category web spot.ies\n"
+        "  vxutil find --list");
+    find->add_flag("--list", request.listFiles,
+                   "All files along the path, and which of them hide others");
+    choose(find, request, [&request, find] {
+        if (request.listFiles) {
+            refuseOthers(*find, {"--list", "--json", "--category"});
+            return tool::listFiles(request.categoryOr(VX_CATEGORY_TEXTURES), request.json);
+        }
         if (request.names.empty() && request.namesFrom.empty()) throw CLI::RequiredError("name");
         return findFiles({request.names, request.categoryOr(VX_CATEGORY_TEXTURES), request.all,
                           request.explain, request.namesFrom, request.nulSeparated, request.json});

@@ -94,7 +94,7 @@ bool checkList(ListId where) {
         const char *directory = shown(list->entries[i]);
         const std::string fault = whyNotSearchable(directory);
         if (fault.empty()) continue;
-        printError(directory, fault + " (" + title + ", position " + std::to_string(i) + ")");
+        printError(directory, fault + (" (" + title) + ", position " + std::to_string(i) + ")");
         ++bad;
     }
     std::printf("%s: %u good, %u bad\n", title.c_str(), list->count - bad, bad);
