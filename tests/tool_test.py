@@ -128,9 +128,27 @@ class ToolTest(unittest.TestCase):
                         "paths remove ''", "find a ''", "image info ''", "image check ''", "image convert '' a",
                         "image convert a ''", "samples --pattern disk --grid 2 -o ''"):
             self.run_tool(command, code=2, error='an empty name...--help' if "''" in command else '--help')
-        self.run_tool('fly', code=2, error='which fly is not...--help')
+        for command, error in (('fly', 'which fly is not'), ('image convert a b [c d', 'unexpected: [c d'),
+                               ('find -dash.sgi', 'unknown option -dash.sgi; a file of this name is ./-dash.sgi')):
+            self.run_tool(command, code=2, error=error + '...--help')
         with open('/dev/full', 'w', encoding='ascii') as full:
             self.run_tool('paths', code=1, error='vxutil: standard output: could not be written', stdout=full)
+
+    def test_colour(self):
+        self.environment['ZOR_TEXTURE_PATH'] = f'{self.folder};/none'
+        (self.folder / 'oak').touch()
+        for command, red, green in (('find oak elm', 'not found', '~/oak'), ('find --list', '', '~/oak'),
+                                    ('find --explain oak', '', '~/oak: a file of 0 bytes, found first'),
+                                    ('paths --category texture', 'no such directory', ''),
+                                    ('paths check --category texture', 'no such directory (texture, merged, position 1)', '')):
+            colours = [(code, text) for code, text in (('32', green), ('31', red)) if text]
+            for options, environment, coloured in (('', {}, True), ('', {'NO_COLOR': '1'}, False),
+                                                   ('', {'TERM': 'dumb'}, False), ('--color never', {}, False),
+                                                   ('--color always', {'NO_COLOR': '1', 'TERM': 'dumb'}, True)):
+                shown = self.on_terminal(f'{options} {command}', **{'TERM': 'xterm', 'NO_COLOR': '', **environment})
+                self.assertEqual(re.findall('\x1b\\[(3.)m(.*?)\x1b\\[0m', shown), colours if coloured else [])
+        self.assertEqual(self.run_tool('find oak', env={'TERM': 'xterm'}), '~/oak\n')
+        self.assertEqual(self.run_tool('find oak --color always'), '\x1b[32m~/oak\x1b[0m\n')
 
     def test_paths_are_kept(self):
         for name in 'abc':
@@ -271,7 +289,7 @@ class ToolTest(unittest.TestCase):
         self.run_tool('find oak elm --category web', code=1, error='search path is empty')
         odd = '\udce4\xe4\udce2\udc82'
         self.run_tool('find', '\n\x1b' + odd, code=1, error=f'vxutil: ??{odd}: not found')
-        self.assertEqual(self.on_terminal('find', '\n\x1b' + odd), 'vxutil: ???\xe4??: not found\n')
+        self.assertEqual(self.on_terminal('find', '\n\x1b' + odd, TERM='dumb'), 'vxutil: ???\xe4??: not found\n')
         self.environment['ZOR_TEXTURE_PATH'] = f'{self.folder}/shut;{self.folder}/e'
         denied = 'not readable (Permission denied)'
         self.assertEqual(self.run_tool('find --explain shut', code=1, preexec_fn=as_a_plain_user,
@@ -504,6 +522,7 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(self.run_tool('match *.sgi', input='b.sgi\nb.png\nd.sgi\0x\nc.sgi'), 'b.sgi\nc.sgi\n')
         self.assertEqual(self.run_tool('match [~a] a', code=1), '')
         self.run_tool('match [a a', code=2, error='[a: ')
+        self.run_tool("match '' a", code=2, error='an empty')
         self.run_tool('match *', preexec_fn=lambda: os.close(0), code=1, error='standard input: Bad file descriptor')
 
 

@@ -100,12 +100,16 @@ std::string reasonFor(const Candidate &candidate, bool decided) {
 }
 
 void printCandidates(const FindOptions &options, const Answer &answer) {
-    std::printf("%s%s\n", printable(answer.name).c_str(), answer.path.empty() ? ": not found" : "");
+    const std::string missing = toned(Tone::kBad, "not found");
+    std::printf("%s%s\n", printable(answer.name).c_str(),
+                answer.path.empty() ? (": " + missing).c_str() : "");
     bool decided = false;
     for (const Candidate &candidate : answer.candidates) {
-        std::printf("%s%s: %s%s\n", candidate.wins ? "  * " : "    ",
-                    printable(candidate.path).c_str(), printable(candidate.text).c_str(),
-                    options.explain ? reasonFor(candidate, decided).c_str() : "");
+        const std::string reason = options.explain ? reasonFor(candidate, decided) : "";
+        const std::string text = printable(candidate.path + ": " + candidate.text) + reason;
+        const Tone tone = candidate.state == Candidate::kFile ? Tone::kGood : Tone::kBad;
+        std::printf("%s%s\n", candidate.wins ? "  * " : "    ",
+                    toned(candidate.wins ? tone : Tone::kFaint, text).c_str());
         decided = decided || candidate.wins;
     }
 }
@@ -144,10 +148,10 @@ void printFiles(const std::string &name, const std::vector<std::string> &paths, 
         return printJsonLine(object);
     }
     const std::string label = printableName(name), winner = printableName(paths.front());
-    std::printf("%s\t%s\n", label.c_str(), winner.c_str());
+    std::printf("%s\t%s\n", label.c_str(), toned(Tone::kGood, winner).c_str());
     for (auto path = paths.begin() + 1; path != paths.end(); ++path) {
-        std::printf("%s\t%s\thidden by %s\n", label.c_str(), printableName(*path).c_str(),
-                    winner.c_str());
+        const std::string hidden = printableName(*path) + "\thidden by " + winner;
+        std::printf("%s\t%s\n", label.c_str(), toned(Tone::kFaint, hidden).c_str());
     }
 }
 
@@ -178,7 +182,7 @@ private:
             printCandidates(options_, answer);
         } else if (!answer.path.empty() && answer.fault.empty()) {
             if (labelled) std::printf("%s\t", printableName(answer.name).c_str());
-            std::puts(printableName(answer.path).c_str());
+            std::puts(toned(Tone::kGood, printableName(answer.path)).c_str());
         }
         if (answer.fault.empty()) return;
         printError(answer.path.empty() ? answer.name : answer.path, answer.fault);

@@ -19,6 +19,8 @@ namespace tool {
 
 namespace {
 
+const std::vector<std::string> kColourWords = {"auto", "always", "never"};  // as in ColourUse
+
 constexpr char kGuard = '\x01';
 
 // CLI11 takes "[a,b]" for a list and "{}" for an empty one. Here these are names of files and
@@ -36,12 +38,13 @@ std::vector<std::string> guardedArguments(int count, char **arguments) {
     return guarded;
 }
 
+std::string unguarded(const std::string &text) {
+    return text.starts_with(kGuard) ? text.substr(1) : text;
+}
+
 template <typename Value>
 CLI::Option *addText(CLI::App *app, const char *name, Value &value, const char *what) {
-    const auto unguard = [](const std::string &text) {
-        return text.starts_with(kGuard) ? text.substr(1) : text;
-    };
-    return app->add_option(name, value, what)->transform(unguard);
+    return app->add_option(name, value, what)->transform(unguarded);
 }
 
 // A file or directory. Its name is never the empty text, as an unset variable of a shell gives it.
@@ -253,7 +256,7 @@ void addFind(CLI::App &app, Request &request) {
                    "All files along the path, and which of them hide others");
     choose(find, request, [&request, find] {
         if (request.listFiles) {
-            refuseOthers(*find, {"--list", "--json", "--category"});
+            refuseOthers(*find, {"--list", "--json", "--category", "--color"});
             return tool::listFiles(request.categoryOr(VX_CATEGORY_TEXTURES), request.json);
         }
         if (request.names.empty() && request.namesFrom.empty()) throw CLI::RequiredError("name");
@@ -312,7 +315,7 @@ void addImage(CLI::App &app, Request &request) {
 
 void addMatch(CLI::App &app, Request &request) {
     CLI::App *match = app.add_subcommand("match", "Print the names that a wildcard matches");
-    addText(match, "wildcard", request.wildcard, "With * ? [a-z] [~a-z] and \\")->required();
+    addFile(match, "wildcard", request.wildcard, "With * ? [a-z] [~a-z] and \\");
     addText(match, "name", request.names, "Without any, the lines of standard input");
     match->footer(
         "Examples:\n"
@@ -337,12 +340,37 @@ void addSamples(CLI::App &app, Request &request) {
     });
 }
 
+// For each command, so that it can be anywhere on the command line.
+void addColour(CLI::App *app) {
+    app->add_option_function<std::string>(
+           "--color",
+           [](const std::string &word) {
+               setColourUse(static_cast<ColourUse>(indexOf(kColourWords, word)));
+           },
+           "Colours in the output; default: auto")
+        ->check(CLI::IsMember(kColourWords).description(""))
+        ->type_name("auto|always|never");
+    for (CLI::App *command : app->get_subcommands({}))
+        addColour(command);
+}
+
 // The first line only: CLI11 may have more to say. Where it misses a subcommand, it has passed over
 // the word in its place.
 int refuse(const CLI::App &app, const CLI::Error &error) {
     std::string what = error.what();
     what.resize(std::min(what.find('\n'), what.size()));
-    const std::vector<std::string> left = app.remaining(true);
+    std::vector<std::string> left = app.remaining(true);
+    for (std::string &word : left)
+        word = unguarded(word);
+    const auto option = std::find_if(left.begin(), left.end(),
+                                     [](const std::string &word) { return word.starts_with('-'); });
+    if (option != left.end()) {
+        what = "unknown option " + *option + "; a file of this name is ./" + *option;
+    } else if (dynamic_cast<const CLI::ExtrasError *>(&error) != nullptr) {
+        what = "unexpected:";
+        for (const std::string &word : left)
+            what += ' ' + word;
+    }
     if (what == "A subcommand is required" && !left.empty())
         what += ", which " + left.front() + " is not";
     printError("command line", what + " (see --help)");
@@ -360,6 +388,7 @@ int run(int count, char **arguments) {
     addImage(app, request);
     addMatch(app, request);
     addSamples(app, request);
+    addColour(&app);
     app.footer(
         "Examples:\n"
         "  vxutil paths add /srv/maps\n"

@@ -62,7 +62,7 @@ void printList(ListId where) {
             std::printf("  (%s)", levelName(originOf(where.category, list->entries[i])));
         }
         const std::string fault = whyNotSearchable(directory);
-        std::printf("%s%s\n", fault.empty() ? "" : "  ", fault.c_str());
+        std::printf("%s%s\n", fault.empty() ? "" : "  ", toned(Tone::kBad, fault).c_str());
     }
 }
 

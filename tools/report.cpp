@@ -1,5 +1,6 @@
 #include "report.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -41,6 +42,25 @@ std::string withoutControls(std::string text) {
     return text;
 }
 
+ColourUse colourUse = ColourUse::kOnTerminals;
+
+bool isSet(const char *variable) {
+    const char *value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+bool usesColour(int file) {
+    if (colourUse != ColourUse::kOnTerminals) return colourUse == ColourUse::kAlways;
+    const char *terminal = std::getenv("TERM");
+    return isatty(file) != 0 && !isSet("NO_COLOR") && terminal != nullptr &&
+           std::strcmp(terminal, "dumb") != 0;
+}
+
+std::string inColour(Tone tone, const std::string &text) {
+    static constexpr std::array kCodes = {"\x1b[32m", "\x1b[31m", "\x1b[2m"};
+    return kCodes[static_cast<std::size_t>(tone)] + text + "\x1b[0m";
+}
+
 bool isOutputTerminal() {
     static const bool isTerminal = isatty(STDOUT_FILENO) != 0;
     return isTerminal;
@@ -61,10 +81,20 @@ std::string printableName(const std::string &text) {
     return isOutputTerminal() ? shownOnTerminal(text) : text;
 }
 
+void setColourUse(ColourUse use) {
+    colourUse = use;
+}
+
+std::string toned(Tone tone, const std::string &text) {
+    static const bool used = usesColour(STDOUT_FILENO);
+    return used && !text.empty() ? inColour(tone, text) : text;
+}
+
 void printError(const std::string &subject, const std::string &what) {
     std::fflush(stdout);
+    const std::string reason = onErrorLine(what);
     std::fprintf(stderr, "vxutil: %s: %s\n", onErrorLine(subject).c_str(),
-                 onErrorLine(what).c_str());
+                 usesColour(STDERR_FILENO) ? inColour(Tone::kBad, reason).c_str() : reason.c_str());
 }
 
 }  // namespace tool
