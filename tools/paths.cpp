@@ -89,12 +89,13 @@ bool checkList(ListId where) {
     const VxSearchPath *list = listOf(where);
     const std::string title =
         std::string(categoryName(where.category)) + ", " + levelName(where.level);
+    const std::string place = " (" + title + ", position ";
     unsigned bad = 0;
     for (std::uint32_t i = 0; i < list->count; ++i) {
         const char *directory = shown(list->entries[i]);
         const std::string fault = whyNotSearchable(directory);
         if (fault.empty()) continue;
-        printError(directory, fault + (" (" + title) + ", position " + std::to_string(i) + ")");
+        printError(directory, fault + place + std::to_string(i) + ")");
         ++bad;
     }
     std::printf("%s: %u good, %u bad\n", title.c_str(), list->count - bad, bad);
