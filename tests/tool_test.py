@@ -65,6 +65,13 @@ def on_a_full_disk(size):
     return lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
 
 
+def read_terminal(terminal):
+    try:
+        return os.read(terminal, 4096)
+    except OSError:  # how the end of a terminal reads
+        return b''
+
+
 class ToolTest(unittest.TestCase):
     def setUp(self):
         self.folder = Path(self.enterContext(tempfile.TemporaryDirectory())).resolve()
@@ -79,7 +86,8 @@ class ToolTest(unittest.TestCase):
         """Checks exit code and errors, which are single lines; returns standard output with ~ for the folder."""
         done = subprocess.run([PROGRAM, *shlex.split(command), *files], cwd=self.folder, text=True, check=False,
                               env={**self.environment, **dict(env)},
-                              **{'stdout': subprocess.PIPE, 'stderr': subprocess.PIPE, **options})
+                              **{'stdout': subprocess.PIPE, 'stderr': subprocess.PIPE, 'errors': 'surrogateescape',
+                                 **options})
         self.assertEqual((done.returncode, done.stderr == ''), (code, error == ''), done)
         self.errors = done.stderr.splitlines()
         self.assertTrue(all(line.startswith('vxutil: ') for line in self.errors), done.stderr)
@@ -101,6 +109,16 @@ class ToolTest(unittest.TestCase):
         lists = json.loads(self.run_tool('paths --json ' + options, **more))
         return [(entry['path'], entry['level']) for one in lists for entry in one['directories']]
 
+    def on_terminal(self, command, *files, **environment):
+        """What a terminal shows of a command, with ~ for the folder."""
+        ours, theirs = pty.openpty()
+        with subprocess.Popen([PROGRAM, *shlex.split(command), *files], cwd=self.folder, stdout=theirs, stderr=theirs,
+                              env={**self.environment, **environment}):
+            os.close(theirs)
+            shown = b''.join(iter(lambda: read_terminal(ours), b''))
+        os.close(ours)
+        return shown.decode(errors='surrogateescape').replace('\r', '').replace(str(self.folder), '~')
+
     def leftovers(self):
         return list(self.folder.rglob('.vxutil-*'))
 
@@ -110,34 +128,92 @@ class ToolTest(unittest.TestCase):
             self.assertRegex(self.run_tool(words + ' --help'), r'(?s)\A(?!.*(:\{|INT in)).*\nExamples?:\n  vxutil ')
         self.assertRegex(self.run_tool('--version'), r'^vxutil \d+\.\d+\.\d+$')
         for command in ('', 'find', 'image', 'image convert a', 'paths --level moon', 'paths move a b', 'paths confirm',
-                        'paths add /a remove /b', 'samples --pattern disk --grid 65 -o a', "paths add ''",
+                        'paths export --json', 'samples --pattern disk --grid 65 -o a', "paths add ''",
                         "paths remove ''", "find a ''", "image info ''", "image check ''", "image convert '' a",
                         "image convert a ''", "samples --pattern disk --grid 2 -o ''"):
             self.run_tool(command, code=2, error='an empty name...--help' if "''" in command else '--help')
-        self.run_tool('fly', code=2, error='which fly is not...--help')
+        for command, error in (('fly', 'which fly is not'), ('image convert a b [c d', 'unexpected: [c d'),
+                               ('find -dash.sgi', 'unknown option -dash.sgi; a file of this name is ./-dash.sgi')):
+            self.run_tool(command, code=2, error=error + '...--help')
         with open('/dev/full', 'w', encoding='ascii') as full:
             self.run_tool('paths', code=1, error='vxutil: standard output: could not be written', stdout=full)
 
+    def test_colour(self):
+        self.environment['ZOR_TEXTURE_PATH'] = f'{self.folder};/none'
+        (self.folder / 'oak').touch()
+        for command, red, green in (('find oak elm', 'not found', '~/oak'), ('find --list', '', '~/oak'),
+                                    ('find --explain oak', '', '~/oak: a file of 0 bytes, found first'),
+                                    ('paths --category texture', 'no such directory', ''),
+                                    ('paths check --category texture', 'no such directory (texture, merged, position 1)', '')):
+            colours = [(code, text) for code, text in (('32', green), ('31', red)) if text]
+            for options, environment, coloured in (('', {}, True), ('', {'NO_COLOR': '1'}, False),
+                                                   ('', {'TERM': 'dumb'}, False), ('--color never', {}, False),
+                                                   ('--color always', {'NO_COLOR': '1', 'TERM': 'dumb'}, True)):
+                shown = self.on_terminal(f'{options} {command}', **{'TERM': 'xterm', 'NO_COLOR': '', **environment})
+                self.assertEqual(re.findall('\x1b\\[(3.)m(.*?)\x1b\\[0m', shown), colours if coloured else [])
+        self.assertEqual(self.run_tool('find oak', env={'TERM': 'xterm'}), '~/oak\n')
+        self.assertEqual(self.run_tool('find oak --color always'), '\x1b[32m~/oak\x1b[0m\n')
+
     def test_paths_are_kept(self):
-        for edit in ('add a', 'add ./b/.', 'add c//', 'add /d --at 1', 'move c 0', 'move 1 3', 'remove b'):
-            self.run_tool('paths ' + edit)
+        for name in 'abc':
+            (self.folder / name).mkdir()
+        for edit, error in (('add ./b/. c// --at 0', ''), ('add a', ''), ('add /d --at 1', '/d: warning: no such dir'),
+                            ('move c 0', ''), ('move 2 1', ''), ('remove b', '')):
+            self.run_tool('paths ' + edit, error=error)
         self.assertEqual(self.paths('--level user'), [('~/c', 'user'), ('/d', 'user'), ('~/a', 'user')])
         self.assertIn(f'"0"="{self.folder}/c"', (self.registry / 'user.reg').read_text())
-        self.run_tool('paths add --level machine /d')
-        self.run_tool('paths --category web add', '/lamps/%"\xe4"')
+        self.run_tool('paths add --level machine /d', error='warning')
+        self.run_tool('paths --category web add', '/lamps/%"\xe4"', error='warning')
         self.assertEqual(self.paths('--category texture', env={'ZOR_TEXTURE_PATH': '/e;/d'}),
                          [('/e', 'environment'), ('/d', 'environment'), ('~/c', 'user'), ('~/a', 'user')])
         self.assertEqual(self.run_tool('paths --category web', env={'ZOR_IES_PATH': self.folder}),
                          'web, merged\n   0  ~  (environment)\n   1  /lamps/%"\xe4"  (user)  no such directory\n')
         entries = ({'path': '/\ufffd\n', 'path_hex': '2fff0a'}, {'path': '/\ufffd', 'path_hex': '2fe282'},
                    {'path': '/\ufffd\xe4'}, {'path': '/', 'exists': True})
-        directories = [{'level': 'environment', 'exists': False, **entry} for entry in entries]
+        gone = {'level': 'environment', 'exists': False, 'fault': 'no such directory'}
+        directories = [{**gone, **entry} for entry in entries]
+        del directories[3]['fault']
         self.assertEqual(json.loads(self.run_tool('paths --json --level environment --category web', env={
             'ZOR_IES_PATH': '/\udcff\n;/\udce2\udc82;/\ufffd\xe4;/'})),
             [{'category': 'web', 'level': 'environment', 'directories': directories}])
 
+    def test_whole_lists(self):
+        for name in ('a', 'b\n\xe4', 'c', 'shut'):
+            (self.folder / name).mkdir()
+        (self.folder / 'file').touch()
+        self.run_tool('paths add a c shut --at 0')
+        self.assertEqual(self.run_tool('paths check --category texture'), 'texture, merged: 3 good, 0 bad\n')
+        (self.folder / 'list').write_text(self.run_tool('paths export').replace('~', str(self.folder)))
+        self.run_tool('paths remove 0 c c 1', 'shut')
+        self.assertEqual(self.paths(), [])
+        self.run_tool('paths add', 'b\n\xe4', 'file', 'gone', error='file: warning: not a dir...gone: warning: no such')
+        self.run_tool('paths export', code=1, error='line break in its name: use -0')
+        listed = self.run_tool('paths export -0')
+        self.assertEqual(listed, '~/b\n\xe4\0~/file\0~/gone\0')
+        self.run_tool('paths --category web import list')
+        (self.folder / 'shut').chmod(0)
+        self.refuses(1, 'paths', {'import none': 'none: No such', 'add c c': 'already', 'remove 0 7': '7: is not in'})
+        self.run_tool('paths import - -0', input=listed.replace('~', str(self.folder)), error='warning')
+        self.assertEqual(self.run_tool('paths check', code=1, preexec_fn=as_a_plain_user, error=''.join((
+            'file: not a directory (texture, merged, position 1)...gone: no such directory (texture, merged, position 2)',
+            '...shut: closed (Permission denied) (web, merged, position 2)'))),
+            'texture, merged: 1 good, 2 bad\nweb, merged: 2 good, 1 bad\n')
+
+    def test_edit_waits_ten_seconds(self):
+        self.registry.mkdir()
+        folder = os.open(self.registry, os.O_RDONLY)
+        fcntl.flock(folder, fcntl.LOCK_EX)
+        with self.start('paths add .', stderr=subprocess.PIPE, text=True) as late:
+            self.assertIn('registry: waiting for another edit to end', late.stderr.readline())
+            self.assertIn('registry: locked by another edit for ten seconds', late.stderr.readline())
+        self.assertEqual((late.returncode, self.paths()), (1, []))
+        with self.start('paths add .', stderr=subprocess.PIPE, text=True) as patient:
+            self.assertIn('waiting', patient.stderr.readline())
+            os.close(folder)
+        self.assertEqual((patient.returncode, self.paths()), (0, [('~', 'user')]))
+
     def test_paths_that_cannot_be_kept(self):
-        self.run_tool('paths add /a')
+        self.run_tool('paths add /a', error='warning')
         self.refuses(1, 'paths', {
             'add /a/.': 'already', "add '/a;b'": 'semicolon', 'add /..': 'root', 'add /' + 'x' * 259: '259 bytes',
             'remove /b': 'not in the list', 'remove 7': '7: is not in', f'remove {10 ** 20}': '0: is not in',
@@ -164,11 +240,11 @@ class ToolTest(unittest.TestCase):
             for command in commands:
                 self.run_tool(command, code=1, error=error, preexec_fn=first,
                               env={'VX_REGISTRY_DIR': self.folder / folder})
-        self.run_tool('paths add /b', env={'VX_REGISTRY_DIR': 'new/registry'})
+        self.run_tool('paths add /b', env={'VX_REGISTRY_DIR': 'new/registry'}, error='warning')
         self.assertEqual((self.paths(), list(self.folder.glob('*/*.new'))), ([('/a', 'user')], []))
         file = self.registry / 'user.reg'
         file.write_text(file.read_text().replace('"0"="/a"\n', ''.join(f'"{i}"="/{i}"\n' for i in range(127))))
-        self.run_tool('paths add /' + 'x' * 258)
+        self.run_tool('paths add /' + 'x' * 258, error='File name too long')
         self.run_tool('paths add /one-more', code=1, error='128')
 
     def test_damaged_registry_files_are_named(self):
@@ -179,7 +255,8 @@ class ToolTest(unittest.TestCase):
                 ('paths remove /n', 1, 'not in the list'), ('find a', 1, 'machine.reg: is damaged'),
                 ('paths --level user', 1, 'user.reg: is damaged'),
                 ('paths', 1, 'user.reg: is damaged...machine.reg: is damaged'),
-                ('paths add /o', 0, 'user.reg.damaged...machine.reg.damaged'), ('paths add /n', 0, ''),
+                ('paths add /o', 0, 'user.reg.damaged...machine.reg.damaged'),
+                ('paths add /n', 0, 'warning'),
                 ('paths', 1, 'user.reg: was damaged and is kept as...machine.reg: was')):
             self.run_tool(command, code=code, error=error)
         for damaged in list(self.registry.glob('*.damaged')):
@@ -189,7 +266,8 @@ class ToolTest(unittest.TestCase):
 
     def test_edits_at_the_same_time_are_all_kept(self):
         edits = [(f'/{i}', ('user', 'machine')[i % 2]) for i in range(12)]
-        started = [self.start(command, stdout=subprocess.DEVNULL) for directory, level in edits
+        quiet = {'stdout': subprocess.DEVNULL, 'stderr': subprocess.DEVNULL}
+        started = [self.start(command, **quiet) for directory, level in edits
                    for command in (f'paths add {directory} --level {level}', 'paths')]
         self.assertEqual([process.wait() for process in started], [0] * len(started))
         self.assertEqual(sorted(self.paths()), sorted(edits))
@@ -204,31 +282,74 @@ class ToolTest(unittest.TestCase):
             (self.folder / place).chmod(0)
         self.environment['ZOR_TEXTURE_PATH'] = ';'.join(f'{self.folder}/{name}' for name in 'abcde')
         self.assertEqual(self.run_tool('find oak [x,y] {}', self.folder / 'e/oak'),
-                         '~/d/oak\n~/d/[x,y]\n~/d/{}\n~/e/oak\n')
-        explained = ('oak\n    ~/a/oak: a directory, passed over\n    ~/b/oak: missing, passed over\n'
+                         'oak\t~/d/oak\n[x,y]\t~/d/[x,y]\n{}\t~/d/{}\n~/e/oak\t~/e/oak\n')
+        explained = ('oak\n    ~/a/oak: a directory, passed over\n'
+                     '    ~/b/oak: directory ~/b: not a directory, passed over\n'
                      '    ~/c/oak: not readable (Too many levels of symbolic links), passed over\n'
                      '  * ~/d/oak: a file of 5 bytes, found first\n')
         self.assertEqual(self.run_tool('find --explain oak'), explained)
         self.assertEqual(self.run_tool('find --all --explain oak'),
-                         explained + '    ~/e/oak: a file of 5 bytes, behind the one that wins\n')
+                         explained + '    ~/e/oak: a file of 5 bytes, after the one that wins\n')
         self.run_tool('find oak elm --category web', code=1, error='search path is empty')
-        for locale, shown in (('C.UTF-8', '???\xe4??'), ('C', '??\udce4\xe4\udce2\udc82')):
-            self.run_tool('find', '\n\x1b\udce4\xe4\udce2\udc82', code=1, env={'LC_ALL': locale},
-                          error=f'vxutil: {shown}: not found', errors='surrogateescape')
+        odd = '\udce4\xe4\udce2\udc82'
+        self.run_tool('find', '\n\x1b' + odd, code=1, error=f'vxutil: ??{odd}: not found')
+        self.assertEqual(self.on_terminal('find', '\n\x1b' + odd, TERM='dumb'), 'vxutil: ???\xe4??: not found\n')
         self.environment['ZOR_TEXTURE_PATH'] = f'{self.folder}/shut;{self.folder}/e'
         denied = 'not readable (Permission denied)'
         self.assertEqual(self.run_tool('find --explain shut', code=1, preexec_fn=as_a_plain_user,
                                        error=f'{self.folder}/e/shut: found, but not readable: Perm'),
-                         f'shut\n    ~/shut/shut: {denied}, passed over\n'
-                         f'  * ~/e/shut: {denied}, found first, and looked for no further\n')
+                         f'shut\n    ~/shut/shut: directory ~/shut: closed (Permission denied), passed over\n'
+                         f'  * ~/e/shut: {denied}, found first, so the search ends here\n')
         os.mkfifo(self.folder / 'e/elm')
         self.assertEqual(self.run_tool('find --all --explain elm none/../oak', code=1, error='elm: not found'),
                          'elm: not found\n    ~/shut/elm: missing, passed over\n'
-                         '    ~/e/elm: no regular file, passed over\n'
+                         '    ~/e/elm: not a regular file, passed over\n'
                          'none/../oak: not found\n    ~/shut/oak: missing, passed over\n'
                          '    ~/e/oak: a file of 5 bytes, passed over: missing as it is written\n')
         self.assertEqual(self.run_tool(f'find {self.folder.relative_to("/")}/e/oak', env={'ZOR_TEXTURE_PATH': '/'}),
                          '~/e/oak\n')
+
+    def test_find_many(self):
+        for name in ('a/Oak.sgi', 'a/elm.png', 'a/fir.1001.sgi', 'b/fir.1001.sgi', 'b/fir.1012.sgi', 'b/fir.x.sgi',
+                     'b/floor/ash #2\n\xe4.sgi', 'b/.hidden.sgi', 'b/s007'):
+            (self.folder / name).parent.mkdir(parents=True, exist_ok=True)
+            (self.folder / name).write_text('')
+        self.environment['ZOR_TEXTURE_PATH'] = f'{self.folder}/a;{self.folder}/b;{self.folder}/c:{self.folder}/d'
+        tiles = 'fir.1001.sgi\t~/a/fir.1001.sgi\nfir.1012.sgi\t~/b/fir.1012.sgi\n'
+        self.assertEqual(self.run_tool("find 'fir.<UDIM>.sgi'"), tiles)
+        self.assertEqual(self.run_tool('find *.sgi floor/*2* s###', self.folder / '?/s*'),
+                         'Oak.sgi\t~/a/Oak.sgi\n' + tiles + 'fir.x.sgi\t~/b/fir.x.sgi\nfloor/ash #2\n\xe4.sgi\t'
+                         '~/b/floor/ash #2\n\xe4.sgi\ns007\t~/b/s007\n~/b/s007\t~/b/s007\n')
+        self.assertEqual(self.run_tool('find --files-from - -0', input='s007\0floor/ash #2\n\xe4.sgi'),
+                         's007\t~/b/s007\nfloor/ash #2\n\xe4.sgi\t~/b/floor/ash #2\n\xe4.sgi\n')
+        self.run_tool('find --files-from none', code=1, error='none: No such file')
+        log = self.start('find s007 z.* --files-from -', text=True, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                         stderr=subprocess.STDOUT).communicate('\ns007\0x\ns007\n')[0]
+        found = f's007\t{self.folder}/b/s007\n'
+        self.assertEqual(log, found + 'vxutil: z.*: not found\nvxutil: s007?x: not found: no file has a NUL byte in its '
+                         'name\n' + found)
+        (self.folder / 'b/floor/loop').symlink_to('..')
+        (self.folder / 'a/s007').touch()
+        listed = self.run_tool('find --list')
+        self.assertEqual(re.findall('^(?:.hid|elm|floor|s).*', listed, re.M), [
+            '.hidden.sgi\t~/b/.hidden.sgi', 'elm.png\t~/a/elm.png', 'floor/ash #2', 's007\t~/a/s007',
+            's007\t~/b/s007\thidden by ~/a/s007'])
+        self.assertEqual({one['name']: one['hides'] for one in map(json.loads, self.run_tool(
+            'find --list --json').splitlines()) if one['hides']},
+            {'s007': [{'path': '~/b/s007'}], 'fir.1001.sgi': [{'path': '~/b/fir.1001.sgi'}]})
+        self.run_tool('find --list oak', code=2, error='--list excludes name')
+        (self.folder / 'b/floor').chmod(0)
+        self.run_tool('find --list', code=1, error='b/floor: Permission denied', preexec_fn=as_a_plain_user)
+        (self.folder / 'b/floor').chmod(0o700)
+        for name, hints in (('oak.sgi', ['missing, but Oak.sgi is there (case differs)', 'missing']),
+                            ('elm.sgi', ['missing, but elm.png is there', 'missing']),
+                            ('Floor/x', ['directory ~/a/Floor: no such directory',
+                                         'directory ~/b/Floor: no such directory, but floor is there (case differs)'])):
+            answer = json.loads(self.run_tool('find --explain --json', name, code=1, error='not found'))
+            self.assertEqual([one['text'] for one in answer['candidates']], hints + [
+                'directory ~/c:~/d: no such directory (directories are separated by ; and not :)'])
+            self.assertEqual([one['state'][:9] for one in answer['candidates']],
+                             ['missing d' if 'dir' in hint else 'missing f' for hint in hints] + ['missing d'])
 
     def test_samples_of_other_programs_are_good(self):
         for line in re.findall(r'^\w.*', (SAMPLES.parent / 'samples.txt').read_text(), re.M):
@@ -551,6 +672,7 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(self.run_tool('match *.sgi', input='b.sgi\nb.png\nd.sgi\0x\nc.sgi'), 'b.sgi\nc.sgi\n')
         self.assertEqual(self.run_tool('match [~a] a', code=1), '')
         self.run_tool('match [a a', code=2, error='[a: ')
+        self.run_tool("match '' a", code=2, error='an empty')
         self.run_tool('match *', preexec_fn=lambda: os.close(0), code=1, error='standard input: Bad file descriptor')
 
 

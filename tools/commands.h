@@ -24,15 +24,24 @@ inline const char *levelName(int level) {
 
 int listPaths(const std::vector<int> &categories, int level, bool json);
 
+// Reports directories in which nothing can be found.
+int checkPaths(const std::vector<int> &categories, int level);
+
 struct ListId {
     int category;
     int level;
 };
 
-// These go on after beginEdit. Positions count from 0. An entry is named by its directory or by its
-// position.
-int addPath(ListId where, const std::string &directory, std::optional<unsigned> position);
-int removePath(ListId where, const std::string &entry);
+// Prints the directories of a list, each ended by the separator.
+int exportPaths(ListId where, char separator);
+
+// These continue after beginEdit. Positions count from 0. An entry is named by its directory or by
+// its position.
+int addPaths(ListId where, const std::vector<std::string> &directories,
+             std::optional<unsigned> position);
+int removePaths(ListId where, const std::vector<std::string> &entries);
+// Replaces the list by what exportPaths has printed. "-" is standard input.
+int importPaths(ListId where, const std::string &file, char separator);
 int movePath(ListId where, const std::string &entry, unsigned position);
 
 // What these end in, with the program started anew: is the list kept as it was wanted?
@@ -41,10 +50,16 @@ int confirmPaths(ListId where, const std::vector<std::string> &wanted);
 struct FindOptions {
     std::vector<std::string> names;
     int category;
-    bool all;      // every candidate
-    bool explain;  // why candidates were passed over
+    bool all;               // every candidate
+    bool explain;           // why candidates were passed over
+    std::string namesFrom;  // a file with further names, "-" for standard input, or empty
+    bool nulSeparated;
+    bool json;
 };
 int findFiles(const FindOptions &options);
+
+// All files along the search path, with those that hide others.
+int listFiles(int category, bool json);
 
 struct BatchOptions;  // of batch.h
 int describeImages(const BatchOptions &options, bool atLength);

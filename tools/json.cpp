@@ -31,4 +31,8 @@ void printJson(const Json &json) {
     std::puts(json.dump(2, ' ', false, kReplaceWrongBytes).c_str());
 }
 
+void printJsonLine(const Json &json) {
+    std::puts(json.dump(-1, ' ', false, kReplaceWrongBytes).c_str());
+}
+
 }  // namespace tool

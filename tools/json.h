@@ -13,8 +13,9 @@ using Json = nlohmann::ordered_json;
 // wrong byte becomes U+FFFD, and a member KEY_hex has the exact bytes in hexadecimal.
 void setText(Json &object, const std::string &key, const std::string &text);
 
-// Prints on standard output.
+// These print on standard output: with indentation, or as one line.
 void printJson(const Json &json);
+void printJsonLine(const Json &json);
 
 }  // namespace tool
 

@@ -21,6 +21,8 @@ namespace tool {
 
 namespace {
 
+const std::vector<std::string> kColourWords = {"auto", "always", "never"};  // as in ColourUse
+
 constexpr char kGuard = '\x01';
 
 // CLI11 takes "[a,b]" for a list and "{}" for an empty one. Here these are names of files and
@@ -38,12 +40,13 @@ std::vector<std::string> guardedArguments(int count, char **arguments) {
     return guarded;
 }
 
+std::string unguarded(const std::string &text) {
+    return text.starts_with(kGuard) ? text.substr(1) : text;
+}
+
 template <typename Value>
 CLI::Option *addText(CLI::App *app, const char *name, Value &value, const char *what) {
-    const auto unguard = [](const std::string &text) {
-        return text.starts_with(kGuard) ? text.substr(1) : text;
-    };
-    return app->add_option(name, value, what)->transform(unguard);
+    return app->add_option(name, value, what)->transform(unguarded);
 }
 
 // A file or directory. Its name is never the empty text, as an unset variable of a shell gives it.
@@ -72,7 +75,7 @@ struct Request {
     char **arguments = nullptr;  // of the program
     std::function<int()> run;
     std::string category, level;
-    std::string directory, wildcard, input, output, name, pattern;
+    std::string directory, wildcard, input, output, name, pattern, namesFrom;
     std::vector<std::string> names;
     std::optional<unsigned> place;
     unsigned position = 0;
@@ -83,21 +86,31 @@ struct Request {
     BatchOptions batch;
     CompareOptions compare;
     ConvertOptions convert;
+    bool nulSeparated = false, listFiles = false;
 
     int categoryOr(int otherwise) const {
         return category.empty() ? otherwise : indexOf(kCategoryNames, category);
     }
 
-    int list() const {
-        const int level_ = level.empty() ? VX_LEVEL_MERGED : indexOf(kLevelNames, level);
-        if (!category.empty()) return listPaths({categoryOr(0)}, level_, json);
-        return listPaths({VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS}, level_, json);
+    int levelOr(int otherwise) const {
+        return level.empty() ? otherwise : indexOf(kLevelNames, level);
+    }
+
+    std::vector<int> listedCategories() const {
+        if (!category.empty()) return {categoryOr(0)};
+        return {VX_CATEGORY_TEXTURES, VX_CATEGORY_PHOTOMETRIC_WEBS};
+    }
+
+    char separator() const { return nulSeparated ? '\0' : '\n'; }
+
+    void refuseJson() const {
+        if (json) throw CLI::ValidationError("--json", "is for listing only");
     }
 
     // The list to edit, after a wait for those who edit now.
     ListId edited() const {
-        const int level_ = level.empty() ? VX_LEVEL_USER : indexOf(kLevelNames, level);
-        if (json) throw CLI::ValidationError("--json", "is for listing only");
+        const int level_ = levelOr(VX_LEVEL_USER);
+        refuseJson();
         if (level_ != VX_LEVEL_USER && level_ != VX_LEVEL_MACHINE) {
             throw CLI::ValidationError("--level",
                                        "only the user's and the machine's can be edited");
@@ -118,6 +131,46 @@ void choose(CLI::App *app, Request &request, std::function<int()> run) {
     });
 }
 
+// The subcommands of paths that work on the list as one.
+void addPathLists(CLI::App *paths, Request &request) {
+    CLI::App *check =
+        paths->add_subcommand("check", "Report directories that are missing")->fallthrough();
+    check->footer(
+        "Examples:\n"
+        "  vxutil paths check\n"
+        "  vxutil paths check --category web --level machine");
+    choose(check, request, [&] {
+        request.refuseJson();
+        return checkPaths(request.listedCategories(), request.levelOr(VX_LEVEL_MERGED));
+    });
+
+    CLI::App *toFile = paths->add_subcommand("export", "Print a list for import")->fallthrough();
+    toFile->add_flag("-0,--null", request.nulSeparated,
+                     "End directories in NUL, not in a line break");
+    toFile->footer(
+        "Examples:\n"
+        "  vxutil paths export > maps.txt\n"
+        "  vxutil paths export --category web --level machine > lamps.txt");
+    choose(toFile, request, [&] {
+        request.refuseJson();
+        return exportPaths(
+            {request.categoryOr(VX_CATEGORY_TEXTURES), request.levelOr(VX_LEVEL_USER)},
+            request.separator());
+    });
+
+    CLI::App *fromFile =
+        paths->add_subcommand("import", "Replace a list by the lines of a file")->fallthrough();
+    addFile(fromFile, "file", request.input, "What export has printed; -: standard input");
+    fromFile->add_flag("-0,--null", request.nulSeparated,
+                       "Directories end in NUL, not in a line break");
+    fromFile->footer(
+        "Examples:\n"
+        "  vxutil paths import maps.txt\n"
+        "  ssh host vxutil paths export -0 | vxutil paths import - -0");
+    choose(fromFile, request,
+           [&] { return importPaths(request.edited(), request.input, request.separator()); });
+}
+
 void addPaths(CLI::App &app, Request &request) {
     CLI::App *paths = app.add_subcommand("paths", "List or edit the search paths");
     paths->require_subcommand(0, 1);
@@ -125,25 +178,27 @@ void addPaths(CLI::App &app, Request &request) {
     addChoice(paths, "--level", request.level, {kLevelNames.begin(), kLevelNames.end()},
               "merged|user|machine|environment", "Default: merged to list, user to edit");
     paths->add_flag("--json", request.json, "List as JSON");
-    choose(paths, request, [&] { return request.list(); });
+    choose(paths, request, [&] {
+        return listPaths(request.listedCategories(), request.levelOr(VX_LEVEL_MERGED),
+                         request.json);
+    });
 
-    CLI::App *add = paths->add_subcommand("add", "Add a directory")->fallthrough();
-    addFile(add, "directory", request.directory, "A relative one is made absolute");
-    add->add_option("--at", request.place, "Position, from 0; default: the end");
+    CLI::App *add = paths->add_subcommand("add", "Add directories")->fallthrough();
+    addFile(add, "directory", request.names, "A relative one is made absolute");
+    add->add_option("--at", request.place, "Position of the first, from 0; default: the end");
     add->footer(
         "Examples:\n"
-        "  vxutil paths add /srv/maps --at 0\n"
+        "  vxutil paths add /srv/maps /srv/skies --at 0\n"
         "  vxutil paths add /srv/lamps --category web --level machine");
-    choose(add, request,
-           [&] { return addPath(request.edited(), request.directory, request.place); });
+    choose(add, request, [&] { return addPaths(request.edited(), request.names, request.place); });
 
-    CLI::App *remove = paths->add_subcommand("remove", "Remove a directory")->fallthrough();
-    addFile(remove, "directory", request.directory, "Directory or its position");
+    CLI::App *remove = paths->add_subcommand("remove", "Remove directories")->fallthrough();
+    addFile(remove, "directory", request.names, "Directories or their positions");
     remove->footer(
         "Examples:\n"
         "  vxutil paths remove /srv/maps\n"
         "  vxutil paths remove 2 --category web --level machine");
-    choose(remove, request, [&] { return removePath(request.edited(), request.directory); });
+    choose(remove, request, [&] { return removePaths(request.edited(), request.names); });
 
     CLI::App *move = paths->add_subcommand("move", "Move a directory")->fallthrough();
     addFile(move, "directory", request.directory, "Directory or its position");
@@ -154,6 +209,8 @@ void addPaths(CLI::App &app, Request &request) {
         "  vxutil paths move 2 0 --category web --level machine");
     choose(move, request,
            [&] { return movePath(request.edited(), request.directory, request.position); });
+
+    addPathLists(paths, request);
 
     if (holdsEditLock()) {  // which starts this one, and nobody else does
         CLI::App *confirm = paths->add_subcommand("confirm")->fallthrough()->group("");
@@ -169,20 +226,48 @@ void addPaths(CLI::App &app, Request &request) {
         "  vxutil paths move /srv/maps 2");
 }
 
+// An option that goes with few others.
+void refuseOthers(const CLI::App &app, const std::vector<std::string> &allowed) {
+    for (const CLI::Option *option : app.get_options()) {
+        const std::string name = option->get_name();
+        if (option->count() != 0 &&
+            std::find(allowed.begin(), allowed.end(), name) == allowed.end()) {
+            throw CLI::ExcludesError(allowed.front(), name);
+        }
+    }
+}
+
 void addFind(CLI::App &app, Request &request) {
     CLI::App *find = app.add_subcommand("find", "Say which directory holds a file");
-    addFile(find, "name", request.names, "Names as a scene gives them");
+    addFile(find, "name", request.names, "Names as a scene gives them; with * ? [a-z] <UDIM> ####")
+        ->required(false);
+    addText(find, "--files-from", request.namesFrom,
+            "Names from the lines of a file; -: standard input")
+        ->type_name("FILE");
+    find->add_flag("-0,--null", request.nulSeparated,
+                   "These names end in NUL, not in a line break");
     addCategory(find, request, "Default: texture");
     find->add_flag("--all", request.all, "Every candidate in search order, and what is there");
     find->add_flag("--explain", request.explain, "Why candidates were passed over");
+    find->add_flag("--json", request.json, "One JSON object per name and line");
     find->footer(
         "Examples:\n"
         "  vxutil find wood.sgi\n"
+        "  vxutil find 'floor/oak.<UDIM>.sgi'\n"
+        "  grep -o '[^\"]*[.]sgi' hall.scene | vxutil find --files-from -\n"
         "  vxutil find --all --explain floor/oak.sgi\n"
-        "  vxutil find --category web spot.ies");
-    choose(find, request, [&] {
+        "  vxutil find --category web spot.ies\n"
+        "  vxutil find --list");
+    find->add_flag("--list", request.listFiles,
+                   "All files along the path, and which of them hide others");
+    choose(find, request, [&request, find] {
+        if (request.listFiles) {
+            refuseOthers(*find, {"--list", "--json", "--category", "--color"});
+            return tool::listFiles(request.categoryOr(VX_CATEGORY_TEXTURES), request.json);
+        }
+        if (request.names.empty() && request.namesFrom.empty()) throw CLI::RequiredError("name");
         return findFiles({request.names, request.categoryOr(VX_CATEGORY_TEXTURES), request.all,
-                          request.explain});
+                          request.explain, request.namesFrom, request.nulSeparated, request.json});
     });
 }
 
@@ -334,7 +419,7 @@ void addImage(CLI::App &app, Request &request) {
 
 void addMatch(CLI::App &app, Request &request) {
     CLI::App *match = app.add_subcommand("match", "Print the names that a wildcard matches");
-    addText(match, "wildcard", request.wildcard, "With * ? [a-z] [~a-z] and \\")->required();
+    addFile(match, "wildcard", request.wildcard, "With * ? [a-z] [~a-z] and \\");
     addText(match, "name", request.names, "Without any, the lines of standard input");
     match->footer(
         "Examples:\n"
@@ -359,12 +444,37 @@ void addSamples(CLI::App &app, Request &request) {
     });
 }
 
+// For each command, so that it can be anywhere on the command line.
+void addColour(CLI::App *app) {
+    app->add_option_function<std::string>(
+           "--color",
+           [](const std::string &word) {
+               setColourUse(static_cast<ColourUse>(indexOf(kColourWords, word)));
+           },
+           "Colours in the output; default: auto")
+        ->check(CLI::IsMember(kColourWords).description(""))
+        ->type_name("auto|always|never");
+    for (CLI::App *command : app->get_subcommands({}))
+        addColour(command);
+}
+
 // The first line only: CLI11 may have more to say. Where it misses a subcommand, it has passed over
 // the word in its place.
 int refuse(const CLI::App &app, const CLI::Error &error) {
     std::string what = error.what();
     what.resize(std::min(what.find('\n'), what.size()));
-    const std::vector<std::string> left = app.remaining(true);
+    std::vector<std::string> left = app.remaining(true);
+    for (std::string &word : left)
+        word = unguarded(word);
+    const auto option = std::find_if(left.begin(), left.end(),
+                                     [](const std::string &word) { return word.starts_with('-'); });
+    if (option != left.end()) {
+        what = "unknown option " + *option + "; a file of this name is ./" + *option;
+    } else if (dynamic_cast<const CLI::ExtrasError *>(&error) != nullptr) {
+        what = "unexpected:";
+        for (const std::string &word : left)
+            what += ' ' + word;
+    }
     if (what == "A subcommand is required" && !left.empty())
         what += ", which " + left.front() + " is not";
     printError("command line", what + " (see --help)");
@@ -382,6 +492,7 @@ int run(int count, char **arguments) {
     addImage(app, request);
     addMatch(app, request);
     addSamples(app, request);
+    addColour(&app);
     app.footer(
         "Examples:\n"
         "  vxutil paths add /srv/maps\n"

@@ -1,12 +1,12 @@
 // Names against a wildcard.
 
 #include "commands.h"
+#include "name_list.h"
 #include "report.h"
 
 #include <vxpattern.h>
 
 #include <cstdio>
-#include <cstdlib>
 
 namespace tool {
 
@@ -17,31 +17,8 @@ bool printIfMatching(const std::string &name, const char *pattern) {
     if (name.find('\0') != std::string::npos || vxMatchPattern(name.c_str(), pattern) == 0) {
         return false;
     }
-    std::puts(name.c_str());
+    std::puts(printableName(name).c_str());
     return true;
-}
-
-struct Line {
-    Line() = default;
-    ~Line() { std::free(text); }
-    Line(const Line &) = delete;
-    Line &operator=(const Line &) = delete;
-
-    char *text = nullptr;
-    std::size_t room = 0;
-};
-
-bool printMatchingLines(const char *pattern) {
-    bool any = false;
-    Line line;
-    for (ssize_t length = 0; (length = getline(&line.text, &line.room, stdin)) >= 0;) {
-        std::string name(line.text, static_cast<std::size_t>(length));
-        if (name.ends_with('\n')) name.pop_back();
-        any = printIfMatching(name, pattern) || any;
-    }
-    // A stream of the language's library does not tell a failure from the end.
-    if (std::feof(stdin) == 0) throw systemError("standard input");
-    return any;
 }
 
 }  // namespace
@@ -55,7 +32,11 @@ int matchNames(const std::string &wildcard, const std::vector<std::string> &name
     bool any = false;
     for (const std::string &name : names)
         any = printIfMatching(name, pattern) || any;
-    if (names.empty()) any = printMatchingLines(pattern);
+    if (names.empty()) {
+        forEachListedName("-", '\n', [&](const std::string &name) {
+            any = printIfMatching(name, pattern) || any;
+        });
+    }
     return any ? kDone : kFailed;
 }
 

@@ -1,7 +1,9 @@
 // The lists of the store: shown, and edited where the store keeps them.
 
+#include "candidate.h"
 #include "commands.h"
 #include "json.h"
+#include "name_list.h"
 #include "registry_files.h"
 #include "report.h"
 
@@ -12,6 +14,8 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <functional>
+#include <set>
 #include <sys/stat.h>
 
 namespace tool {
@@ -57,7 +61,8 @@ void printList(ListId where) {
         if (where.level == VX_LEVEL_MERGED) {
             std::printf("  (%s)", levelName(originOf(where.category, list->entries[i])));
         }
-        std::printf("%s\n", isDirectory(directory) ? "" : "  no such directory");
+        const std::string fault = whyNotSearchable(directory);
+        std::printf("%s%s\n", fault.empty() ? "" : "  ", toned(Tone::kBad, fault).c_str());
     }
 }
 
@@ -71,11 +76,30 @@ Json jsonList(ListId where) {
         directory["level"] =
             levelName(isMerged ? originOf(where.category, list->entries[i]) : where.level);
         directory["exists"] = isDirectory(shown(list->entries[i]));
+        const std::string fault = whyNotSearchable(shown(list->entries[i]));
+        if (!fault.empty()) directory["fault"] = fault;
         directories.push_back(directory);
     }
     return {{"category", categoryName(where.category)},
             {"level", levelName(where.level)},
             {"directories", directories}};
+}
+
+bool checkList(ListId where) {
+    const VxSearchPath *list = listOf(where);
+    const std::string title =
+        std::string(categoryName(where.category)) + ", " + levelName(where.level);
+    const std::string place = " (" + title + ", position ";
+    unsigned bad = 0;
+    for (std::uint32_t i = 0; i < list->count; ++i) {
+        const char *directory = shown(list->entries[i]);
+        const std::string fault = whyNotSearchable(directory);
+        if (fault.empty()) continue;
+        printError(directory, fault + place + std::to_string(i) + ")");
+        ++bad;
+    }
+    std::printf("%s: %u good, %u bad\n", title.c_str(), list->count - bad, bad);
+    return bad == 0;
 }
 
 // ---- Editing
@@ -136,6 +160,22 @@ void checkPosition(unsigned position, std::uint32_t end, const VxSearchPath *lis
                 "no such position in a list of " + std::to_string(list->count));
 }
 
+// Adds a directory, which may come into being later.
+void insert(VxSearchPath *list, unsigned place, const std::string &directory) {
+    const std::string path = canonical(directory);
+    checkEntry(directory, path);
+    if (list->count >= VX_STORED_LIST_ENTRIES) {
+        throw Error(directory, "the list is full: it keeps " +
+                                   std::to_string(int{VX_STORED_LIST_ENTRIES}) + " directories");
+    }
+    if (vxSearchPathIndexOf(list, path.c_str()) >= 0) {
+        throw Error(directory, "is in the list already");
+    }
+    if (vxSearchPathInsert(list, place, path.c_str()) == 0) throw std::bad_alloc();
+    const std::string fault = whyNotSearchable(path);
+    if (!fault.empty()) printError(directory, "warning: " + fault);
+}
+
 // The library writes its lists when a process ends, and says nothing when it cannot. So one process
 // edits and ends, and this one starts anew to see what has become of the list.
 [[noreturn]] void save(ListId where, VxSearchPath *list) {
@@ -168,26 +208,53 @@ int listPaths(const std::vector<int> &categories, int level, bool json) {
     return reportUnreadableLists(level) ? kDone : kFailed;
 }
 
-int addPath(ListId where, const std::string &directory, std::optional<unsigned> position) {
+int checkPaths(const std::vector<int> &categories, int level) {
+    bool good = true;
+    for (const int category : categories)
+        good = checkList({category, level}) && good;
+    return reportUnreadableLists(level) && good ? kDone : kFailed;
+}
+
+int exportPaths(ListId where, char separator) {
+    const VxSearchPath *list = listOf(where);
+    for (std::uint32_t i = 0; i < list->count; ++i) {
+        const std::string directory = shown(list->entries[i]);
+        if (directory.find(separator) != std::string::npos) {
+            throw Error(directory, "has a line break in its name: use -0");
+        }
+        std::fwrite(directory.data(), 1, directory.size(), stdout);
+        std::putchar(separator);
+    }
+    return reportUnreadableLists(where.level) ? kDone : kFailed;
+}
+
+int addPaths(ListId where, const std::vector<std::string> &directories,
+             std::optional<unsigned> position) {
     VxSearchPath *list = listOf(where);
-    const std::string path = canonical(directory);
-    checkEntry(directory, path);
-    const unsigned place = position.value_or(list->count);
+    unsigned place = position.value_or(list->count);
     checkPosition(place, list->count + 1, list);
-    if (list->count >= VX_STORED_LIST_ENTRIES) {
-        throw Error(directory, "the list is full: it keeps " +
-                                   std::to_string(int{VX_STORED_LIST_ENTRIES}) + " directories");
-    }
-    if (vxSearchPathIndexOf(list, path.c_str()) >= 0) {
-        throw Error(directory, "is in the list already");
-    }
-    if (vxSearchPathInsert(list, place, path.c_str()) == 0) throw std::bad_alloc();
+    for (const std::string &directory : directories)
+        insert(list, place++, directory);
     save(where, list);
 }
 
-int removePath(ListId where, const std::string &entry) {
+int importPaths(ListId where, const std::string &file, char separator) {
     VxSearchPath *list = listOf(where);
-    vxSearchPathRemove(list, positionOf(list, entry));
+    while (list->count != 0)
+        vxSearchPathRemove(list, list->count - 1);
+    forEachListedName(file, separator, [&](const std::string &directory) {
+        if (!directory.empty()) insert(list, list->count, directory);
+    });
+    save(where, list);
+}
+
+int removePaths(ListId where, const std::vector<std::string> &entries) {
+    VxSearchPath *list = listOf(where);
+    std::set<std::uint32_t, std::greater<>> positions;  // those of the list as it is now
+    for (const std::string &entry : entries)
+        positions.insert(positionOf(list, entry));
+    for (const std::uint32_t position : positions)
+        vxSearchPathRemove(list, position);
     save(where, list);
 }
 

@@ -7,6 +7,7 @@
 #include <vxsearchpath.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -17,7 +18,9 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace tool {
 
@@ -71,10 +74,35 @@ void checkRights(int level) {
     if (access(file.c_str(), W_OK) != 0 && errno != ENOENT) throw systemError(file);
 }
 
+// Other edits take moments. But whoever may read a folder can hold its lock for as long as they
+// like.
+class EditWait {
+public:
+    void lock(int file, const std::string &folder) {
+        while (flock(file, LOCK_EX | LOCK_NB) != 0) {
+            if (errno != EWOULDBLOCK && errno != EINTR) throw systemError(folder);
+            const auto waited = std::chrono::steady_clock::now() - start_;
+            if (waited >= kLongestWait) {
+                throw Error(folder, "locked by another edit for ten seconds: nothing was changed");
+            }
+            if (waited >= kSilentWait && !std::exchange(isReported_, true)) {
+                printError(folder, "waiting for another edit to end");
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    }
+
+private:
+    static constexpr std::chrono::seconds kSilentWait{1}, kLongestWait{10};
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    bool isReported_ = false;
+};
+
 // Each edit writes the files of both levels, as it has read them. So it locks the folders of both,
 // but for one where it cannot write. Whatever process has the descriptors holds the locks.
 void lockFolders() {
     std::error_code ignored;
+    EditWait wait;
     int place = kFirstLock;
     for (const int level : kLevels) {
         const std::string folder = registryFolder(level);
@@ -86,9 +114,7 @@ void lockFolders() {
         vx::File file(open(folder.c_str(), O_RDONLY | O_DIRECTORY));
         if (!file.isOpen() || dup2(file.get(), place) < 0) throw systemError(folder);
         if (file.get() == place) file.release();
-        while (flock(place, LOCK_EX) != 0) {
-            if (errno != EINTR) throw systemError(folder);
-        }
+        wait.lock(place, folder);
         ++place;
     }
 }
