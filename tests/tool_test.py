@@ -132,7 +132,7 @@ class ToolTest(unittest.TestCase):
                         "paths remove ''", "find a ''", "image info ''", "image check ''", "image convert '' a",
                         "image convert a ''", "samples --pattern disk --grid 2 -o ''"):
             self.run_tool(command, code=2, error='an empty name...--help' if "''" in command else '--help')
-        for command, error in (('fly', 'which fly is not'), ('image convert a b [c d', 'unexpected: [c d'),
+        for command, error in (('fly', 'which fly is not'), ('paths move a 1 [c d', 'unexpected: [c d'),
                                ('find -dash.sgi', 'unknown option -dash.sgi; a file of this name is ./-dash.sgi')):
             self.run_tool(command, code=2, error=error + '...--help')
         with open('/dev/full', 'w', encoding='ascii') as full:
