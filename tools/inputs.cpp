@@ -1,16 +1,12 @@
 #include "inputs.h"
 
-#include "platform/files.h"
-#include "report.h"
+#include "name_list.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <string_view>
-#include <unistd.h>
 
 namespace tool {
 
@@ -20,32 +16,6 @@ namespace fs = std::filesystem;
 
 constexpr std::array<std::string_view, 6> kImageExtensions = {"sgi", "rgb", "rgba",
                                                               "bw",  "int", "inta"};
-
-std::string readAll(const std::string &path) {
-    const vx::File file(path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                                    : open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    const std::string subject = path == "-" ? "standard input" : path;
-    if (!file.isOpen()) throw systemError(subject);
-    std::string text;
-    std::array<char, 1 << 16> buffer;
-    for (;;) {
-        const int got = vx::readFile(file.get(), buffer.data(), buffer.size());
-        if (got < 0) throw systemError(subject);
-        if (got == 0) return text;
-        text.append(buffer.data(), static_cast<std::size_t>(got));
-    }
-}
-
-std::vector<std::string> listedNames(const std::string &list, char separator) {
-    const std::string text = readAll(list);
-    std::vector<std::string> names;
-    for (std::size_t start = 0; start < text.size();) {
-        const std::size_t end = std::min(text.find(separator, start), text.size());
-        if (end > start) names.push_back(text.substr(start, end - start));
-        start = end + 1;
-    }
-    return names;
-}
 
 // A listed name keeps its folders, but none above the one that it is copied to.
 std::string placeOfListed(const std::string &name) {
@@ -104,9 +74,10 @@ std::vector<Input> collectInputs(const InputOptions &options, NameFilter wanted)
     for (const std::string &name : options.names)
         collector.add(name, fs::path(name).filename().string());
     if (!options.list.empty()) {
-        for (const std::string &name :
-             listedNames(options.list, options.nulSeparated ? '\0' : '\n'))
-            collector.add(name, placeOfListed(name));
+        const char separator = options.nulSeparated ? '\0' : '\n';
+        forEachListedName(options.list, separator, [&](const std::string &name) {
+            if (!name.empty()) collector.add(name, placeOfListed(name));
+        });
     }
     return collector.take();
 }
